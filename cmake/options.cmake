@@ -1,0 +1,36 @@
+# What every target of this project is compiled and linked with.
+
+option(VEK_WARNINGS_AS_ERRORS "Stop at the first warning" ON)
+
+add_library(vek_options INTERFACE)
+target_include_directories(vek_options INTERFACE ${PROJECT_SOURCE_DIR})
+# Narrow Win32 functions are called by their own names (CreateFileA), so UNICODE doesn't matter. 0x0A00 shows the whole
+# API; what an older system may lack is looked up at run time.
+target_compile_definitions(vek_options INTERFACE _WIN32_WINNT=0x0A00)
+if(MSVC)
+  target_compile_definitions(vek_options INTERFACE _CRT_SECURE_NO_WARNINGS)
+  target_compile_options(vek_options INTERFACE /W4 /utf-8 $<$<BOOL:${VEK_WARNINGS_AS_ERRORS}>:/WX>)
+else()
+  target_compile_options(
+    vek_options
+    INTERFACE -Wall
+              -Wextra
+              -Wconversion
+              -Wshadow
+              $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+              $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
+              $<$<BOOL:${VEK_WARNINGS_AS_ERRORS}>:-Werror>)
+  if(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # GCC 12 warns of overlapping copies inside its own std::string (its bug 105651).
+    target_compile_options(vek_options INTERFACE -Wno-restrict)
+  endif()
+endif()
+
+# vek_library(NAME SOURCE... LINKS LIBRARY...): the library of one folder or chief header. It links what stands below it,
+# and nothing else is visible to it, so that an arrow upwards doesn't link.
+function(vek_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINKS")
+  add_library(vek_${name} STATIC ${arg_UNPARSED_ARGUMENTS})
+  add_library(vek::${name} ALIAS vek_${name})
+  target_link_libraries(vek_${name} PUBLIC vek_options ${arg_LINKS})
+endfunction()

@@ -1,0 +1,34 @@
+#include "vek/fs/program_path.h"
+
+#include <array>
+
+#include "vek/base/windows.h"
+#include "vek/exception.h"
+#include "vek/fs/path_text.h"
+
+namespace vek {
+
+namespace {
+
+std::string modulePath() {
+    std::array<char, 260> buffer = {};
+    const DWORD length = GetModuleFileNameA(nullptr, buffer.data(), buffer.size());
+    if (length == 0) {
+        throw OsError(GetLastError());
+    }
+    if (length == buffer.size()) {
+        throw OsError(ERROR_BUFFER_OVERFLOW);
+    }
+    return std::string(buffer.data(), length);
+}
+
+}  // namespace
+
+std::string programDirectory() {
+    std::string path = modulePath();
+    fs::removeTrailingSeparators(path);
+    fs::dirName(path);
+    return path;
+}
+
+}  // namespace vek

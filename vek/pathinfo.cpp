@@ -1,0 +1,170 @@
+#include "vek/pathinfo.h"
+
+#include <array>
+#include <cstdlib>
+
+#include "vek/auxiliary/ini_reader.h"
+#include "vek/base/host_name.h"
+#include "vek/base/text.h"
+#include "vek/base/windows.h"
+#include "vek/fs/program_path.h"
+
+// Behind windows.h, which they need.
+#include <initguid.h>
+#include <knownfolders.h>
+#include <objbase.h>
+#include <shlobj.h>
+
+namespace vek {
+
+namespace {
+
+PathInfo* singleton = nullptr;
+
+std::string hostNameOrPlaceholder() {
+    try {
+        return hostName(0);
+    } catch (const OsError&) {
+        return "hostname";
+    }
+}
+
+std::string windowsDirectory() {
+    wchar_t* wide = nullptr;
+    if (SHGetKnownFolderPath(FOLDERID_Windows, 0, nullptr, &wide) != S_OK) {
+        throw PathInfo::Error("failed to determine windows directory");
+    }
+    std::array<char, 260> narrow = {};
+    const std::size_t length = std::wcstombs(narrow.data(), wide, narrow.size());
+    CoTaskMemFree(wide);
+    if (length >= narrow.size()) {
+        throw PathInfo::Error("failed to determine windows directory");
+    }
+    return narrow.data();
+}
+
+std::string lowered(std::string text) {
+    toLower(text);
+    return text;
+}
+
+// Replaces every `placeholder` in `text`, whatever its case, and never looks at what it put in.
+void replacePlaceholder(std::string& text, const std::string& placeholder,
+                        const std::string& value) {
+    const std::string foldedText = lowered(text);
+    const std::string foldedPlaceholder = lowered(placeholder);
+    std::size_t found = foldedText.find(foldedPlaceholder);
+    if (found == std::string::npos) {
+        return;
+    }
+    std::string result;
+    std::size_t copied = 0;
+    for (; found != std::string::npos; found = foldedText.find(foldedPlaceholder, copied)) {
+        result.append(text, copied, found - copied);
+        result += value;
+        copied = found + placeholder.size();
+    }
+    result.append(text, copied);
+    text = result;
+}
+
+std::string foldedPath(const std::string& path) {
+    std::string folded = lowered(path);
+    replaceChar(folded, '\\', '/');
+    return folded;
+}
+
+}  // namespace
+
+PathInfo::Error::Error(const std::string& message) : ExceptionOf("PathInfo Error: " + message) {}
+
+PathInfo::Error::Error(const std::string& message, const Exception& causedBy)
+    : ExceptionOf("PathInfo Error: " + message, causedBy) {}
+
+PathInfo::PathInfo() {
+    const std::string host = hostNameOrPlaceholder();
+    set("HOSTNAME", host);
+    set("COMPUTERNAME", host);
+    const std::string windows = windowsDirectory();
+    set("SystemRoot", windows);
+    set("WINDIR", windows);
+}
+
+PathInfo::PathInfo(const std::string& file) : PathInfo() {
+    load(file);
+}
+
+PathInfo& PathInfo::instance() {
+    if (singleton == nullptr) {
+        singleton = new PathInfo();
+        // Stored ahead of the load, deliberately: a file that can't be read leaves the built-in
+        // keys in place.
+        std::string file;
+        try {
+            file = programDirectory();
+        } catch (const OsError& error) {
+            throw Error("failed to get path of current executable", error);
+        }
+        singleton->load(file + "/pathinfo.ini");
+    }
+    return *singleton;
+}
+
+void PathInfo::destroy() {
+    delete singleton;
+    singleton = nullptr;
+}
+
+std::string PathInfo::lookup(const std::string& key, const std::string& file) {
+    return instance().get(key, file);
+}
+
+std::string PathInfo::get(const std::string& key, const std::string& file) const {
+    const auto spelled = foldedKeys.find(lowered(key));
+    if (spelled == foldedKeys.end()) {
+        throw Error("key \"" + key + "\" not found (1)");
+    }
+    const auto value = values.find(spelled->second);
+    if (value == values.end()) {
+        throw Error("key \"" + key + "\" not found (2)");
+    }
+    return file.empty() ? value->second : value->second + "\\" + file;
+}
+
+std::string PathInfo::relativePath(const std::string& path, const std::string& key) const {
+    const std::string base = foldedPath(get(key, "")) + "/";
+    return foldedPath(path).starts_with(base) ? path.substr(base.size()) : path;
+}
+
+void PathInfo::set(const std::string& key, const std::string& value) {
+    foldedKeys[lowered(key)] = key;
+    std::string expanded = expand(value);
+    if (!expanded.empty() && (expanded.back() == '/' || expanded.back() == '\\')) {
+        expanded.pop_back();
+    }
+    values[key] = expanded;
+}
+
+void PathInfo::load(const std::string& file) {
+    aux::IniReader reader;
+    try {
+        reader.read(file);
+    } catch (const FsError& error) {
+        throw Error("failed to load config file", error);
+    }
+    for (const auto& [key, value] : reader.entries()) {
+        set(key, value);
+    }
+}
+
+std::string PathInfo::expand(const std::string& value) const {
+    std::string text = value;
+    for (const auto& [key, replacement] : values) {
+        replacePlaceholder(text, "%" + key + "%", replacement);
+        replacePlaceholder(text, "${" + key + "}", replacement);
+        replacePlaceholder(text, "{" + key + "}", replacement);
+    }
+    return text;
+}
+
+}  // namespace vek

@@ -1,0 +1,30 @@
+#include "vek/thread/mutex.h"
+
+#include "vek/exception.h"
+
+namespace vek::thread {
+
+Mutex::Mutex(bool checkReentry) : recursive(!checkReentry) {
+    InitializeCriticalSection(&section);
+}
+
+Mutex::~Mutex() {
+    DeleteCriticalSection(&section);
+}
+
+void Mutex::lock() {
+    EnterCriticalSection(&section);
+    if (recursive) {
+        return;
+    }
+    if (++depth >= 2) {
+        throw OsError(ERROR_POSSIBLE_DEADLOCK);
+    }
+}
+
+void Mutex::unlock() {
+    --depth;
+    LeaveCriticalSection(&section);
+}
+
+}  // namespace vek::thread
