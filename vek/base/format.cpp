@@ -1,9 +1,11 @@
 #include "vek/base/format.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+
+#include "vek/base/compiler.h"
 
 namespace vek {
 
@@ -28,30 +30,8 @@ int printPlain(char* buffer, std::size_t room, const char* pattern, std::va_list
 
 #ifdef _WIN32
 
-// A runtime of the newer kind ends the process for a format that it refuses, unless the thread has
-// a handler. In the older one the start-up code of the compiler has installed one that does
-// nothing.
-class QuietFormatErrors {
-  public:
-    QuietFormatErrors() = default;
-    QuietFormatErrors(const QuietFormatErrors&) = delete;
-    QuietFormatErrors& operator=(const QuietFormatErrors&) = delete;
-#ifdef _UCRT
-    ~QuietFormatErrors() {
-        _set_thread_local_invalid_parameter_handler(previous);
-    }
-
-  private:
-    static void ignore(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, std::uintptr_t) {}
-
-    _invalid_parameter_handler previous = _set_thread_local_invalid_parameter_handler(&ignore);
-#else
-    ~QuietFormatErrors() {}
-#endif
-};
-
 int printPositional(char* buffer, std::size_t room, const char* pattern, std::va_list arguments) {
-    const QuietFormatErrors quiet;
+    const QuietRuntimeErrors quiet;
     std::va_list copy;
     va_copy(copy, arguments);
     int length = _vsprintf_p(buffer, room, pattern, copy);
@@ -71,34 +51,121 @@ constexpr Print printPositional = printPlain;
 
 #endif
 
-// Whether `pattern` holds nothing but the plain conversions that all runtimes print alike. They are
-// left to vsnprintf, which is several times faster and reports the length at once.
-bool isCommonPlain(const char* pattern) {
-    while ((pattern = std::strchr(pattern, '%')) != nullptr) {
+const char* skipDigits(const char* text) {
+    while (*text >= '0' && *text <= '9') {
+        ++text;
+    }
+    return text;
+}
+
+// Whether the plain conversion at `pattern`, which stands behind its '%', is one that all runtimes
+// print alike: the common integers and narrow texts, without the rarer flags, and without a
+// precision where they don't agree on it (beside leading zeros, for a character). `pattern` is
+// moved behind it.
+bool skipCommonConversion(const char*& pattern) {
+    if (*pattern == '-') {
         ++pattern;
+    }
+    const bool zeros = *pattern == '0';
+    pattern = skipDigits(pattern);
+    const bool precision = *pattern == '.';
+    if (precision) {
+        pattern = skipDigits(pattern + 1);
+    }
+    const bool isLong = *pattern == 'l';
+    if (isLong) {
+        pattern += pattern[1] == 'l' ? 2 : 1;
+    }
+    switch (*pattern++) {
+        case 'd':
+        case 'i':
+        case 'u':
+        case 'x':
+        case 'X':
+        case 'o':
+            return !(zeros && precision);
+        case 's':
+            return !isLong && !zeros;
+        case 'c':
+            return !isLong && !zeros && !precision;
+        default:
+            return false;
+    }
+}
+
+// How the arguments of a pattern are named.
+enum class Form { plain, numberedInOrder, other };
+
+// `other` also stands for patterns with conversions other than those above. The search is written
+// out, as the functions of the runtime would take longer than the formatting.
+Form formOf(const char* pattern) {
+    int conversions = 0;
+    int numbered = 0;
+    while (*pattern != '\0') {
+        if (*pattern++ != '%') {
+            continue;
+        }
         if (*pattern == '%') {
             ++pattern;
             continue;
         }
-        const bool zeros = *pattern == '0';
-        const bool left = *pattern == '-';
-        pattern += zeros || left ? 1 : 0;
-        pattern += std::strspn(pattern, "0123456789");
-        if (*pattern == '.') {
-            ++pattern;
-            pattern += std::strspn(pattern, "0123456789");
+        ++conversions;
+        if (*pattern == '0' + conversions && pattern[1] == '$' && conversions <= 9) {
+            ++numbered;
+            pattern += 2;
         }
-        const std::size_t longs = std::strspn(pattern, "l");
-        pattern += longs;
-        const bool integer = *pattern != '\0' && std::strchr("diuxXo", *pattern) != nullptr;
-        const bool text = (*pattern == 's' || *pattern == 'c') && longs == 0 && !zeros;
-        if (!(integer && longs <= 2) && !text) {
-            return false;
+        if (!skipCommonConversion(pattern)) {
+            return Form::other;
         }
-        ++pattern;
     }
-    return true;
+    if (numbered == 0) {
+        return Form::plain;
+    }
+    return numbered == conversions ? Form::numberedInOrder : Form::other;
 }
+
+// Copies a pattern of the form `numberedInOrder` without its numbers of one digit.
+void copyWithoutNumbers(const char* pattern, char* plain) {
+    while ((*plain++ = *pattern) != '\0') {
+        if (*pattern++ != '%') {
+            continue;
+        }
+        if (*pattern == '%') {
+            *plain++ = *pattern++;
+        } else {
+            pattern += 2;
+        }
+    }
+}
+
+// The ways of formatting come down to two. vsnprintf is several times faster and reports the length
+// of a long text at once, so it gets what it can print just alike: plain patterns, and those whose
+// numbers say no more than their order does. All others go to the runtime's numbered form.
+class Formatter {
+  public:
+    explicit Formatter(const char* pattern) : usedPattern(pattern) {
+        const Form form = formOf(pattern);
+        if (form == Form::numberedInOrder && std::strlen(pattern) < plain.size()) {
+            copyWithoutNumbers(pattern, plain.data());
+            usedPattern = plain.data();
+            print = &printPlain;
+        } else if (form == Form::plain) {
+            print = &printPlain;
+        }
+    }
+    Formatter(const Formatter&) = delete;
+    Formatter& operator=(const Formatter&) = delete;
+
+    // As Print.
+    int operator()(char* buffer, std::size_t room, std::va_list arguments) const {
+        return print(buffer, room, usedPattern, arguments);
+    }
+
+  private:
+    const char* usedPattern;
+    Print print = printPositional;
+    std::array<char, 256> plain;
+};
 
 }  // namespace
 
@@ -106,10 +173,10 @@ std::string formatv(const char* pattern, std::va_list arguments) {
     if (pattern == nullptr) {
         return {};
     }
-    const Print print = isCommonPlain(pattern) ? &printPlain : &printPositional;
+    const Formatter print(pattern);
     char first[firstSize + 1];
     std::size_t size = firstSize;
-    int length = print(first, size + 1, pattern, arguments);
+    int length = print(first, size + 1, arguments);
     if (length >= 0 && static_cast<std::size_t>(length) <= size) {
         return std::string(first, static_cast<std::size_t>(length));
     }
@@ -123,7 +190,7 @@ std::string formatv(const char* pattern, std::va_list arguments) {
             size *= 2;
         }
         result.resize(size);
-        length = print(&result[0], size + 1, pattern, arguments);
+        length = print(&result[0], size + 1, arguments);
         if (length >= 0 && static_cast<std::size_t>(length) <= size) {
             result.resize(static_cast<std::size_t>(length));
             return result;
