@@ -36,8 +36,9 @@ int printPositional(char* buffer, std::size_t room, const char* pattern, std::va
     va_copy(copy, arguments);
     int length = _vsprintf_p(buffer, room, pattern, copy);
     va_end(copy);
-    if (length < 0) {
-        // Either an error or a text that is too long; only the count can tell.
+    // Either an error or a text that is too long; only the count can tell. For a padded character
+    // that doesn't fit, the runtime may give the length before it, with no end there.
+    if (length < 0 || (static_cast<std::size_t>(length) < room && buffer[length] != '\0')) {
         va_copy(copy, arguments);
         length = _vscprintf_p(pattern, copy);
         va_end(copy);

@@ -68,6 +68,14 @@ INSTANTIATE_TEST_SUITE_P(Lengths, FormatLength,
                          testing::Values(1, 126, 127, 128, 129, 130, 255, 256, 257, 258, 32767,
                                          32768, 32769, 32770, 65536, 100000, 1 << 20));
 
+TEST_P(FormatLength, PaddedCharacterIsWhole) {
+    const int width = static_cast<int>(GetParam());
+    const std::string expected = std::string(GetParam() - 1, ' ') + "y";
+    EXPECT_EQ(format(("%" + std::to_string(width) + "c").c_str(), 'y'), expected);
+    EXPECT_EQ(format("%*c", width, 'y'), expected);
+    EXPECT_EQ(format(("%2$s%1$" + std::to_string(width) + "c").c_str(), 'y', "a"), "a" + expected);
+}
+
 // The fast way must print what the numbered form of the runtime prints. A number that comes out of
 // order, here that of the empty text in front, keeps a pattern from the fast way.
 TEST(Format, PlainAndNumberedFormsAgree) {
@@ -89,7 +97,7 @@ TEST(Format, PlainAndNumberedFormsAgree) {
                     for (const int value : {0, 1, -1, 1234, INT_MAX, INT_MIN}) {
                         compare(start + type, value);
                         compare(start + "l" + type, static_cast<long>(value));
-                        compare(start + "ll" + type, value * 0x100000001LL);
+                        compare(start + "ll" + type, value * 0x7FFFFFFFLL);
                     }
                 }
                 compare(start + "s", "abc");
