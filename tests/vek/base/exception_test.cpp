@@ -22,19 +22,6 @@ std::string errorOutputOf(F f) {
     return testing::internal::GetCapturedStderr();
 }
 
-TEST(OsErrorText, DropsTheLineEndOfTheSystemsText) {
-    const std::string text = osErrorText(2);
-    ASSERT_FALSE(text.empty());
-    EXPECT_EQ(text.find_first_of("\r\n"), std::string::npos);
-}
-
-TEST(OsErrorText, UnknownNumberIsReportedAndGivesAPlaceholder) {
-    std::string text;
-    const std::string output = errorOutputOf([&] { text = osErrorText(99999); });
-    EXPECT_EQ(text, "<unknown-error>");
-    EXPECT_EQ(output, "vek::osErrorText: error getting error text from FormatMessage!\n");
-}
-
 TEST(OsError, TextIsTheSystemsTextAndTheNumber) {
     EXPECT_EQ(vek::OsError(2).what(), osErrorText(2) + " (2)");
     EXPECT_EQ(vek::OsError(2).code(), 2u);

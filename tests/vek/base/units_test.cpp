@@ -1,6 +1,9 @@
 #include "vek/base/units.h"
 
+#include <locale>
 #include <sstream>
+#include <string>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -158,6 +161,21 @@ TEST(ParseUnits, OtherNotationsLeaveTheirRestAsTheUnit) {
               parseErrorText("x10", "couldn't deduce file size unit"));
     EXPECT_EQ(failureOf(parseFileSize, "1,000 b", ",000"),
               parseErrorText(",000", "couldn't deduce file size unit"));
+}
+
+// As a language with points or commas in its numbers would bring along.
+class Grouping : public std::numpunct<char> {
+  protected:
+    char do_thousands_sep() const override { return ','; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(ParseUnits, GlobalLocaleDoesNotMatter) {
+    const std::locale before =
+        std::locale::global(std::locale(std::locale::classic(), new Grouping));
+    const std::string error = failureOf(parseFileSize, "1,000 b", ",000");
+    std::locale::global(before);
+    EXPECT_EQ(error, parseErrorText(",000", "couldn't deduce file size unit"));
 }
 
 TEST(ParseUnits, TakeAMegabyteOfText) {
