@@ -8,13 +8,11 @@
 namespace {
 
 constexpr char manual[] =
-    "event_peer [--help] [--manual-reset] [--answer-after MS]\n"
+    "event_peer [--help] [--answer-after MS]\n"
     "\n"
-    "Makes the two events of the update's hand-shake, waits up to 30 seconds for the helper to "
-    "say\n"
-    "that it is up, and answers it. Prints \"ready\" once the events stand.\n"
+    "Makes the two events of the update's hand-shake, waits up to 30 seconds for the helper to\n"
+    "say that it is up, and answers it. Prints \"ready\" once the events stand.\n"
     "\n"
-    "  --manual-reset     the events stay signalled until they are reset\n"
     "  --answer-after MS  lets MS milliseconds pass before it answers (default 500)\n"
     "\n"
     "Ends with 0 if the hand-shake took place, 1 if the helper didn't come, 2 if it can't run.\n";
@@ -25,9 +23,9 @@ constexpr char event2Name[] = "Global\\vektolmareventguiupdate2";
 
 constexpr DWORD helperLimitMs = 30000;
 
-int shakeHands(bool manualReset, DWORD answerAfterMs) {
-    const HANDLE event1 = CreateEventA(nullptr, manualReset, FALSE, event1Name);
-    const HANDLE event2 = CreateEventA(nullptr, manualReset, FALSE, event2Name);
+int shakeHands(DWORD answerAfterMs) {
+    const HANDLE event1 = CreateEventA(nullptr, FALSE, FALSE, event1Name);
+    const HANDLE event2 = CreateEventA(nullptr, FALSE, FALSE, event2Name);
     if (event1 == nullptr || event2 == nullptr) {
         std::fprintf(stderr, "event_peer: can't make the events, error %lu\n", GetLastError());
         return 2;
@@ -50,7 +48,6 @@ int shakeHands(bool manualReset, DWORD answerAfterMs) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    bool manualReset = false;
     DWORD answerAfterMs = 500;
     for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
@@ -58,9 +55,7 @@ int main(int argc, char** argv) {
             std::fputs(manual, stdout);
             return 0;
         }
-        if (argument == "--manual-reset") {
-            manualReset = true;
-        } else if (argument == "--answer-after" && i + 1 < argc) {
+        if (argument == "--answer-after" && i + 1 < argc) {
             char* end = nullptr;
             answerAfterMs = std::strtoul(argv[++i], &end, 10);
             if (end == argv[i] || *end != '\0') {
@@ -73,5 +68,5 @@ int main(int argc, char** argv) {
             return 2;
         }
     }
-    return shakeHands(manualReset, answerAfterMs);
+    return shakeHands(answerAfterMs);
 }
