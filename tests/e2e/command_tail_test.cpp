@@ -30,8 +30,7 @@ TEST_F(CommandTail, ThatIsEmptyDoesNothing) {
 
 TEST_F(CommandTail, Of222BytesIsProcessed) {
     installIntoPathOfLength(222);
-    registerService();
-    startService();
+    runService();
     EXPECT_EQ(runHelper(installedDirectory).exitCode, 0u);
     EXPECT_EQ(
         endState(),

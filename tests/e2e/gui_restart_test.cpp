@@ -155,8 +155,7 @@ TEST_F(GuiRestart, EndsWithZeroWhereThereIsNoGuiToStart) {
 }
 
 TEST_F(GuiRestart, DoesNotTouchTheService) {
-    registerService();
-    startService();
+    runService();
     shakeHands("-restartgui " + installedDirectory, FALSE);
     EXPECT_EQ(
         endState(),

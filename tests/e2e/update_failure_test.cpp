@@ -1,5 +1,6 @@
 // The update end to end: every way in which it fails, with what then stands, and how an operator
 // gets out of it.
+#include "tests/e2e/procedure_waits.h"
 #include "tests/support/files.h"
 #include "tests/support/helper_fixture.h"
 #include "vek/base/os_error_text.h"
@@ -11,13 +12,6 @@ using support::limitMs;
 using support::Outcome;
 using support::TolmarService;
 
-// 31 attempts with a pause between them.
-constexpr double attempts = 30 * 500;
-constexpr double stopPoll = 1000;
-constexpr double swapPauses = 1000;
-constexpr double startPoll = 1000;
-constexpr double watchRounds = 3000 + 50 * 100;
-
 const EndState untouched = {
     .installed = 1, .kept = 0, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 1};
 const EndState movedAside = {
@@ -25,11 +19,6 @@ const EndState movedAside = {
 
 class FailingUpdate : public support::HelperFixture {
   protected:
-    void runService() {
-        registerService();
-        startService();
-    }
-
     // What an operator does where the executable was moved aside.
     void recover() {
         ASSERT_NE(MoveFileA(kept().c_str(), installed().c_str()), 0) << GetLastError();
@@ -90,7 +79,7 @@ TEST_F(FailingUpdate, WithoutPathInfoIniTellsWhyAndLeavesTheExecutableMovedAside
               "PathInfo Error: failed to load config file: File system error at location: \"" +
                   helperDirectory + "/pathinfo.ini\": " + vek::osErrorText(ERROR_FILE_NOT_FOUND) +
                   " (2)");
-    EXPECT_GE(outcome.milliseconds, stopPoll + swapPauses / 2);
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + waits::pause);
     EXPECT_EQ(endState(), movedAside);
     recover();
 }
@@ -111,7 +100,7 @@ TEST_F(FailingUpdate, WithoutANewExecutableGivesUpAfter31AttemptsAndRestoresNoth
     const Outcome outcome = runHelper(installedDirectory);
     EXPECT_EQ(outcome.exitCode, 1u);
     EXPECT_EQ(outcome.errorText, "");
-    EXPECT_GE(outcome.milliseconds, stopPoll + swapPauses / 2 + attempts);
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + waits::pause + waits::attempts);
     EXPECT_EQ(
         endState(),
         (EndState{
@@ -144,7 +133,7 @@ TEST_F(FailingUpdate, WithAKeptExecutableThatIsHeldOpenGivesUpAfter31Attempts) {
     CloseHandle(held);
     EXPECT_EQ(outcome.exitCode, 1u);
     EXPECT_EQ(outcome.errorText, "");
-    EXPECT_GE(outcome.milliseconds, stopPoll + attempts);
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + waits::attempts);
     EXPECT_EQ(endState(), (EndState{.installed = 1,
                                     .kept = -1,
                                     .fresh = 2,
@@ -159,7 +148,7 @@ TEST_F(FailingUpdate, WithADirectoryInPlaceOfTheKeptExecutableGivesUpAfter31Atte
     runService();
     const Outcome outcome = runHelper(installedDirectory);
     EXPECT_EQ(outcome.exitCode, 1u);
-    EXPECT_GE(outcome.milliseconds, stopPoll + attempts);
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + waits::attempts);
     EXPECT_EQ(endState(), (EndState{.installed = 1,
                                     .kept = -1,
                                     .fresh = 2,
@@ -183,7 +172,8 @@ TEST_F(BadNewVersion, StaysInPlaceWhereTheRollBackRunsOut) {
     const Outcome outcome = runHelper(installedDirectory);
     EXPECT_EQ(outcome.exitCode, 1u);
     EXPECT_EQ(outcome.errorText, "");
-    EXPECT_GE(outcome.milliseconds, stopPoll + swapPauses + startPoll + watchRounds + attempts);
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + 2 * waits::pause + waits::startPoll +
+                                        waits::watch + waits::attempts);
     EXPECT_EQ(
         endState(),
         (EndState{
@@ -201,8 +191,8 @@ TEST_F(BadNewVersion, IsRolledBackWhereSomebodyTakesItAwayMeanwhile) {
     ASSERT_TRUE(support::waitUntil([&] { return DeleteFileA(installed().c_str()) != 0; }, limitMs));
     const Outcome outcome = finish(*helper);
     EXPECT_EQ(outcome.exitCode, 1u);
-    EXPECT_GE(outcome.milliseconds,
-              stopPoll + swapPauses + startPoll + watchRounds + swapPauses / 2 + startPoll);
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + 2 * waits::pause + waits::startPoll +
+                                        waits::watch + waits::pause + waits::startPoll);
     EXPECT_EQ(endState(), untouched);
 }
 
@@ -250,6 +240,20 @@ TEST_F(EndlessWait, HoldsForAnOldVersionThatNeverGetsDoneStopping) {
                                     .fresh = 2,
                                     .serviceState = SERVICE_STOP_PENDING,
                                     .running = 0}));
+}
+
+// Nothing warns of it: the way back has to be taken before the helper is run again.
+TEST_F(FailingUpdate, RunAgainWithTheExecutableMovedAsideDeletesTheKeptOneToo) {
+    registerService();
+    ASSERT_NE(MoveFileA(installed().c_str(), kept().c_str()), 0);
+    ASSERT_EQ(endState(), movedAside);
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 1u);
+    EXPECT_GE(outcome.milliseconds, waits::attempts);
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 0, .kept = 0, .fresh = 2, .serviceState = SERVICE_STOPPED, .running = 0}));
 }
 
 TEST_F(FailingUpdate, KilledBetweenTheMoveAndTheCopyLeavesNoExecutable) {

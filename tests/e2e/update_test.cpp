@@ -1,4 +1,5 @@
 // The update end to end: what happens when it works.
+#include "tests/e2e/procedure_waits.h"
 #include "tests/support/files.h"
 #include "tests/support/helper_fixture.h"
 
@@ -8,23 +9,10 @@ using support::EndState;
 using support::Outcome;
 using support::TolmarService;
 
-// The fixed waits of the procedure, in milliseconds.
-constexpr double stopPoll = 1000;
-constexpr double swapPauses = 1000;  // behind the move and behind the copy
-constexpr double startPoll = 1000;
-constexpr double watch = 3100;
-constexpr double goodUpdate = stopPoll + swapPauses + startPoll + watch;  // 6100
-
 const EndState updated = {
     .installed = 2, .kept = 1, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 2};
 
-class Update : public support::HelperFixture {
-  protected:
-    void runService() {
-        registerService();
-        startService();
-    }
-};
+class Update : public support::HelperFixture {};
 
 void expectGoodUpdate(const Outcome& outcome, double leastMs) {
     EXPECT_EQ(outcome.exitCode, 0u);
@@ -34,7 +22,7 @@ void expectGoodUpdate(const Outcome& outcome, double leastMs) {
 
 TEST_F(Update, ReplacesARunningVersionAndKeepsTheOldExecutable) {
     runService();
-    expectGoodUpdate(runHelper(installedDirectory), goodUpdate);
+    expectGoodUpdate(runHelper(installedDirectory), waits::goodUpdate);
     EXPECT_EQ(endState(), updated);
     EXPECT_EQ(journal(), "1 starting, 1 running, 1 stopping, 1 stopped, 2 starting, 2 running");
 }
@@ -42,7 +30,7 @@ TEST_F(Update, ReplacesARunningVersionAndKeepsTheOldExecutable) {
 TEST_F(Update, OfAStoppedServiceSkipsTheWaitForItsStopAndStartsIt) {
     registerService();
     const Outcome outcome = runHelper(installedDirectory);
-    expectGoodUpdate(outcome, goodUpdate - stopPoll);
+    expectGoodUpdate(outcome, waits::goodUpdate - waits::stopPoll);
     EXPECT_EQ(endState(), updated);
     EXPECT_EQ(journal(), "2 starting, 2 running");
 }
@@ -51,14 +39,14 @@ TEST_F(Update, DeletesTheExecutableThatWasKeptFromTheUpdateBefore) {
     support::writeFile(kept(), "the version before the last");
     ASSERT_EQ(versionOf(kept()), -1);
     runService();
-    expectGoodUpdate(runHelper(installedDirectory), goodUpdate);
+    expectGoodUpdate(runHelper(installedDirectory), waits::goodUpdate);
     EXPECT_EQ(endState(), updated);
 }
 
 TEST_F(Update, CanBeDoneTwice) {
     runService();
-    expectGoodUpdate(runHelper(installedDirectory), goodUpdate);
-    expectGoodUpdate(runHelper(installedDirectory), goodUpdate);
+    expectGoodUpdate(runHelper(installedDirectory), waits::goodUpdate);
+    expectGoodUpdate(runHelper(installedDirectory), waits::goodUpdate);
     EXPECT_EQ(
         endState(),
         (EndState{
@@ -68,28 +56,28 @@ TEST_F(Update, CanBeDoneTwice) {
 TEST_F(Update, TakesAnUnquotedDirectoryWithABlank) {
     installInto("with a blank");
     runService();
-    expectGoodUpdate(runHelper(installedDirectory), goodUpdate);
+    expectGoodUpdate(runHelper(installedDirectory), waits::goodUpdate);
     EXPECT_EQ(endState(), updated);
 }
 
 TEST_F(Update, TakesAQuotedDirectoryWithABlank) {
     installInto("with a blank");
     runService();
-    expectGoodUpdate(runHelper("\"" + installedDirectory + "\""), goodUpdate);
+    expectGoodUpdate(runHelper("\"" + installedDirectory + "\""), waits::goodUpdate);
     EXPECT_EQ(endState(), updated);
 }
 
 TEST_F(Update, FindsTheNewExecutableThroughPlaceholdersAndInAnyCaseOfTheKey) {
     support::writeFile(pathInfo(), "Top=" + root + "\nQADDATADIR=%top%/fresh/ # the updates\n");
     runService();
-    expectGoodUpdate(runHelper(installedDirectory), goodUpdate);
+    expectGoodUpdate(runHelper(installedDirectory), waits::goodUpdate);
     EXPECT_EQ(endState(), updated);
 }
 
 TEST_F(Update, WaitsForASlowStop) {
     behave(1, "stop-delay-ms", 2500);
     runService();
-    expectGoodUpdate(runHelper(installedDirectory), goodUpdate + 2 * stopPoll);
+    expectGoodUpdate(runHelper(installedDirectory), waits::goodUpdate + 2 * waits::stopPoll);
     EXPECT_EQ(endState(), updated);
     EXPECT_EQ(journal(), "1 starting, 1 running, 1 stopping, 1 stopped, 2 starting, 2 running");
 }
@@ -97,7 +85,7 @@ TEST_F(Update, WaitsForASlowStop) {
 TEST_F(Update, WaitsForASlowStart) {
     behave(2, "start-delay-ms", 2500);
     runService();
-    expectGoodUpdate(runHelper(installedDirectory), goodUpdate + 2 * startPoll);
+    expectGoodUpdate(runHelper(installedDirectory), waits::goodUpdate + 2 * waits::startPoll);
     EXPECT_EQ(endState(), updated);
 }
 
@@ -110,7 +98,7 @@ TEST_F(Update, MovesAsideTheImageOfAProcessThatLingersBehindItsStop) {
     EXPECT_EQ(WaitForSingleObject(oldProcess, 0), static_cast<DWORD>(WAIT_TIMEOUT))
         << "the old process was to be there still";
     CloseHandle(oldProcess);
-    expectGoodUpdate(outcome, goodUpdate);
+    expectGoodUpdate(outcome, waits::goodUpdate);
     EXPECT_EQ(endState(), updated);
 }
 

@@ -77,6 +77,11 @@ void HelperFixture::startService() {
     ASSERT_EQ(runningVersion(), 1);
 }
 
+void HelperFixture::runService() {
+    registerService();
+    startService();
+}
+
 std::unique_ptr<ChildProcess> HelperFixture::startHelper(const std::string& tail) {
     return std::make_unique<ChildProcess>(helperDirectory + "\\tolmarhlp.exe", tail,
                                           root + "\\stderr.txt");

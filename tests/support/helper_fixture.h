@@ -59,9 +59,10 @@ class HelperFixture : public testing::Test {
     // Sets `key` for `version` of the fake service; it reads it at its start.
     void behave(int version, const char* key, int value);
 
-    // Registers version 1 as the service; the second waits until it runs.
+    // Registers version 1 as the service; starts it and waits until it runs; both.
     void registerService();
     void startService();
+    void runService();
 
     // Starts the helper; `tail` is its raw command tail.
     std::unique_ptr<ChildProcess> startHelper(const std::string& tail);
