@@ -10,6 +10,8 @@ constexpr double firstTest = 3000 + 100;
 constexpr double watch = 3000 + 50 * 100;
 constexpr double attempts = 30 * 500;  // between the 31 attempts
 constexpr double goodUpdate = stopPoll + 2 * pause + startPoll + firstTest;
+// The longest of all: the start is done, the new version never runs, and the roll-back runs out.
+constexpr double failedRollBack = stopPoll + 2 * pause + startPoll + watch + attempts;
 
 static_assert(goodUpdate == 6100);
 

@@ -15,7 +15,7 @@
 namespace support {
 
 // An upper bound for everything that is waited for, far above what it takes.
-constexpr unsigned limitMs = 60000;
+constexpr unsigned limitMs = 40000;
 
 // An upper bound for a run in which the helper waits for nothing: far above what a process takes on
 // a busy machine, and below every loop of the helper that runs out (15 and 90 seconds).
