@@ -1,6 +1,7 @@
 #include "vek/thread/condition_emulation.h"
 
 #include <memory>
+#include <set>
 
 #include "tests/vek/thread/lock_support.h"
 #include "vek/thread/scope_guard.h"
@@ -375,22 +376,34 @@ TEST_F(Emulation, ManyConsumersGetAllThatIsProduced) {
 
 // --- failures of the system, made by taking the event away from under the emulation ---
 
-// An emulation and the value of its event's handle, which is the one that the system gives out
-// next.
+// The values of this process's handles.
+std::set<std::uintptr_t> openHandles() {
+    std::set<std::uintptr_t> open;
+    DWORD flags = 0;
+    for (std::uintptr_t value = 4; value < 0x4000; value += 4) {
+        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0) {
+            open.insert(value);
+        }
+    }
+    return open;
+}
+
+// An emulation and the value of its event's handle: the one that came with it and is an event.
 struct WithKnownEvent {
-    HANDLE event = nextHandle();
+    std::set<std::uintptr_t> before = openHandles();
     std::unique_ptr<ConditionEmulation> emulation = std::make_unique<ConditionEmulation>();
+    HANDLE event = nullptr;
     Mutex mutex{true};
 
     WithKnownEvent() {
-        DWORD flags = 0;
-        EXPECT_NE(GetHandleInformation(event, &flags), 0);
-    }
-
-    static HANDLE nextHandle() {
-        const HANDLE probe = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-        CloseHandle(probe);
-        return probe;
+        for (const std::uintptr_t value : openHandles()) {
+            const HANDLE handle = reinterpret_cast<HANDLE>(value);
+            if (before.count(value) == 0 && ResetEvent(handle) != 0) {
+                EXPECT_EQ(event, nullptr);
+                event = handle;
+            }
+        }
+        EXPECT_NE(event, nullptr);
     }
 };
 
@@ -461,31 +474,29 @@ void failToSignalAndReset(void (ConditionEmulation::*wake)()) {
     HANDLE ownEvent = nullptr;
     ASSERT_NE(DuplicateHandle(self, with.event, self, &ownEvent, 0, FALSE, DUPLICATE_SAME_ACCESS),
               0);
-    {
-        Signal about;
-        std::uint32_t error = 0;
-        bool mutexHeld = false;
-        bool lockHeld = true;
-        std::thread waiter([&] {
-            with.mutex.lock();
-            about.set();
-            error = osErrorOf([&] { with.emulation->wait(with.mutex); });
-            mutexHeld = with.mutex.isHeldByCaller();
-            lockHeld = with.emulation->getLock().isHeldByCaller();
-            with.mutex.unlock();
-        });
-        EXPECT_TRUE(about.wait());
+    ASSERT_NO_FATAL_FAILURE(replaceHandle(with.event, ownEvent));
+    Signal about;
+    std::uint32_t error = 0;
+    bool mutexHeld = false;
+    bool lockHeld = true;
+    std::thread waiter([&] {
         with.mutex.lock();
+        about.set();
+        error = osErrorOf([&] { with.emulation->wait(with.mutex); });
+        mutexHeld = with.mutex.isHeldByCaller();
+        lockHeld = with.emulation->getLock().isHeldByCaller();
         with.mutex.unlock();
+    });
+    EXPECT_TRUE(about.wait());
+    with.mutex.lock();
+    with.mutex.unlock();
 
-        ASSERT_NO_FATAL_FAILURE(replaceHandle(with.event, ownEvent));
-        EXPECT_EQ(osErrorOf([&] { (with.emulation.get()->*wake)(); }), accessDenied);
-        SetEvent(ownEvent);
-        waiter.join();
-        EXPECT_EQ(error, accessDenied);
-        EXPECT_TRUE(mutexHeld);
-        EXPECT_FALSE(lockHeld);
-    }
+    EXPECT_EQ(osErrorOf([&] { (with.emulation.get()->*wake)(); }), accessDenied);
+    SetEvent(ownEvent);
+    waiter.join();
+    EXPECT_EQ(error, accessDenied);
+    EXPECT_TRUE(mutexHeld);
+    EXPECT_FALSE(lockHeld);
     CloseHandle(ownEvent);
 }
 

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <future>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,6 +12,7 @@
 
 #include "vek/base/optional_function.h"
 #include "vek/base/shared_lib.h"
+#include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/thread/condition_functions.h"
 #include "vek/thread/read_write_functions.h"
@@ -52,16 +52,22 @@ inline constexpr const char* nativeLibrary = "kernel32";
 inline constexpr const char* olderLibrary = "older_system.dll";
 inline constexpr const char* watchedLibrary = "watched_conditions.dll";
 
-// Signalled once by one thread for another.
+// Signalled by one thread for another.
 class Signal {
   public:
-    void set() { promise.set_value(); }
+    Signal() = default;
+    ~Signal() { CloseHandle(event); }
+    Signal(const Signal&) = delete;
+    Signal& operator=(const Signal&) = delete;
+
+    void set() { SetEvent(event); }
     // False if it hasn't come in time.
-    bool wait() { return future.wait_for(enough) == std::future_status::ready; }
+    bool wait(std::chrono::milliseconds timeout = enough) {
+        return WaitForSingleObject(event, static_cast<DWORD>(timeout.count())) == WAIT_OBJECT_0;
+    }
 
   private:
-    std::promise<void> promise;
-    std::future<void> future = promise.get_future();
+    const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
 };
 
 // Waits until `condition` holds, where there is nothing to sleep on. False if it doesn't in time.
@@ -76,6 +82,29 @@ bool becomesTrue(Condition condition) {
     }
     return true;
 }
+
+// Lets `count` threads pass together, again and again. It stands on nothing but atomics: the
+// runtime's own one is built on what is tested here, and less reliable.
+class Barrier {
+  public:
+    explicit Barrier(int count) : threads(count) {}
+
+    // False if the others don't come in time.
+    bool arriveAndWait() {
+        const int ownRound = round;
+        if (++arrived == threads) {
+            arrived = 0;
+            ++round;
+            return true;
+        }
+        return becomesTrue([&] { return round != ownRound; });
+    }
+
+  private:
+    const int threads;
+    std::atomic<int> arrived = 0;
+    std::atomic<int> round = 0;
+};
 
 // The text of the exception of class E that `f` throws.
 template <class E, class F>

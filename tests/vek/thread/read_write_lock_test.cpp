@@ -1,12 +1,11 @@
 #include "vek/thread/read_write_lock.h"
 
-#include <barrier>
-
 #include "tests/vek/thread/lock_support.h"
 
 namespace {
 
 using namespace vek::thread;
+using vek_test::Barrier;
 using vek_test::becomesTrue;
 using vek_test::LookedUpIn;
 using vek_test::nativeLibrary;
@@ -41,14 +40,14 @@ TEST_P(EitherLock, CanBeTakenInBothWaysAgainAndAgain) {
 
 TEST_P(EitherLock, ReadersHoldItTogether) {
     constexpr int readerCount = 4;
-    std::barrier allInside(readerCount);
+    Barrier allInside(readerCount);
     std::vector<std::thread> threads;
     for (int i = 0; i < readerCount; ++i) {
         threads.emplace_back([&] {
             for (int round = 0; round < 50; ++round) {
                 lock.lockShared();
                 // Passed only while all of them hold the lock.
-                allInside.arrive_and_wait();
+                EXPECT_TRUE(allInside.arriveAndWait());
                 lock.unlock();
             }
         });
@@ -202,11 +201,11 @@ TEST_F(EmulatedLock, LeavingWriterPrefersTheNextWriterToReaders) {
 
 TEST_F(EmulatedLock, LeavingWriterLetsAllReadersIn) {
     lock.lockExclusive();
-    std::barrier allInside(3);
+    Barrier allInside(3);
     for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&] {
             lock.lockShared();
-            allInside.arrive_and_wait();
+            EXPECT_TRUE(allInside.arriveAndWait());
             lock.unlock();
         });
     }
