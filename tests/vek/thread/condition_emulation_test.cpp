@@ -14,7 +14,6 @@ using vek_test::becomesTrue;
 using vek_test::osErrorOf;
 using vek_test::Signal;
 
-constexpr DWORD invalidHandle = 6;
 constexpr DWORD accessDenied = 5;
 
 MonotonicClock in(std::int64_t milliseconds) {
@@ -416,54 +415,56 @@ TEST(EmulationFailure, EventIsManualResetAndNotSignalled) {
 }
 
 TEST(EmulationFailure, EventIsClosedAtTheEnd) {
-    WithKnownEvent with;
-    testing::internal::CaptureStderr();
-    with.emulation.reset();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    DWORD flags = 0;
-    EXPECT_EQ(GetHandleInformation(with.event, &flags), 0);
+    { const ConditionEmulation warmUp; }
+    const std::size_t before = openHandles().size();
+    for (int i = 0; i < 100; ++i) {
+        const ConditionEmulation emulation;
+    }
+    EXPECT_LT(openHandles().size(), before + 50);
 }
 
 TEST(EmulationFailure, EventThatCannotBeClosedIsReported) {
     WithKnownEvent with;
-    // Capturing takes handles of its own: not the one that becomes free.
+    ASSERT_NE(SetHandleInformation(with.event, HANDLE_FLAG_PROTECT_FROM_CLOSE,
+                                   HANDLE_FLAG_PROTECT_FROM_CLOSE),
+              0);
     testing::internal::CaptureStderr();
-    const bool closed = CloseHandle(with.event) != 0;
     with.emulation.reset();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "error closing event!\n");
-    EXPECT_TRUE(closed);
+    SetHandleInformation(with.event, HANDLE_FLAG_PROTECT_FROM_CLOSE, 0);
+    EXPECT_NE(CloseHandle(with.event), 0);
 }
 
-TEST(EmulationFailure, FailedWaitGivesUpAndThrowsWithTheMutexHeld) {
-    WithKnownEvent with;
-    testing::internal::CaptureStderr();
-    CloseHandle(with.event);
-    {
-        const ScopeGuard guard(with.mutex);
-        EXPECT_EQ(osErrorOf([&] { with.emulation->wait(with.mutex); }), invalidHandle);
-        EXPECT_TRUE(with.mutex.isHeldByCaller());
-        EXPECT_EQ(osErrorOf([&] { with.emulation->waitUntil(with.mutex, in(60000)); }),
-                  invalidHandle);
-        EXPECT_TRUE(with.mutex.isHeldByCaller());
-    }
-    EXPECT_FALSE(with.emulation->getLock().isHeldByCaller());
-    // Nobody counts as waiting any more: the event that is gone isn't even asked for.
-    EXPECT_NO_THROW(with.emulation->wakeOne());
-    EXPECT_NO_THROW(with.emulation->wakeAll());
-    with.emulation.reset();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error closing event!\n");
-}
-
-// Makes `handle` one of `event` that can be waited for and nothing else.
-void replaceHandle(HANDLE handle, HANDLE event) {
+// Makes `handle` one of `event` with nothing but the right `access`.
+void replaceHandle(HANDLE handle, HANDLE event, DWORD access) {
     const HANDLE self = GetCurrentProcess();
     ASSERT_NE(CloseHandle(handle), 0);
     // The system gives out the lowest free value, or the one that was freed last.
     HANDLE replaced = nullptr;
     for (int i = 0; i < 1000 && replaced != handle; ++i) {
-        ASSERT_NE(DuplicateHandle(self, event, self, &replaced, SYNCHRONIZE, FALSE, 0), 0);
+        ASSERT_NE(DuplicateHandle(self, event, self, &replaced, access, FALSE, 0), 0);
     }
     ASSERT_EQ(replaced, handle);
+}
+
+TEST(EmulationFailure, FailedWaitGivesUpAndThrowsWithTheMutexHeld) {
+    WithKnownEvent with;
+    const HANDLE other = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    ASSERT_NO_FATAL_FAILURE(replaceHandle(with.event, other, EVENT_MODIFY_STATE));
+    {
+        const ScopeGuard guard(with.mutex);
+        EXPECT_EQ(osErrorOf([&] { with.emulation->wait(with.mutex); }), accessDenied);
+        EXPECT_TRUE(with.mutex.isHeldByCaller());
+        EXPECT_EQ(osErrorOf([&] { with.emulation->waitUntil(with.mutex, in(60000)); }),
+                  accessDenied);
+        EXPECT_TRUE(with.mutex.isHeldByCaller());
+    }
+    EXPECT_FALSE(with.emulation->getLock().isHeldByCaller());
+    // Nobody counts as waiting any more, so the event isn't signalled.
+    EXPECT_NO_THROW(with.emulation->wakeOne());
+    EXPECT_NO_THROW(with.emulation->wakeAll());
+    EXPECT_EQ(WaitForSingleObject(other, 0), static_cast<DWORD>(WAIT_TIMEOUT));
+    CloseHandle(other);
 }
 
 // Lets a waiter sleep on an event that its emulation can neither signal nor reset: the handle is
@@ -474,7 +475,7 @@ void failToSignalAndReset(void (ConditionEmulation::*wake)()) {
     HANDLE ownEvent = nullptr;
     ASSERT_NE(DuplicateHandle(self, with.event, self, &ownEvent, 0, FALSE, DUPLICATE_SAME_ACCESS),
               0);
-    ASSERT_NO_FATAL_FAILURE(replaceHandle(with.event, ownEvent));
+    ASSERT_NO_FATAL_FAILURE(replaceHandle(with.event, ownEvent, SYNCHRONIZE));
     Signal about;
     std::uint32_t error = 0;
     bool mutexHeld = false;
