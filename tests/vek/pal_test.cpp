@@ -1,0 +1,166 @@
+#include "vek/pal.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "vek/base/windows.h"
+#include "vek/exception.h"
+#include "vek/fs/null_device.h"
+#include "vek/net/winsock.h"
+#include "vek/thread/condition.h"
+#include "vek/thread/condition_functions.h"
+#include "vek/thread/read_write_functions.h"
+#include "vek/time/clock_source.h"
+
+namespace {
+
+using vek::VekPal;
+
+bool winsockStands() {
+    const SOCKET made = socket(AF_INET, SOCK_DGRAM, 0);
+    if (made == INVALID_SOCKET) {
+        return false;
+    }
+    closesocket(made);
+    return true;
+}
+
+DWORD handleCount() {
+    DWORD count = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &count);
+    return count;
+}
+
+TEST(VekPal, MakesEverythingReadyAndTakesItBack) {
+    EXPECT_EQ(vek::thread::nativeConditions(), nullptr);
+    {
+        const VekPal pal(false, 0, 4, nullptr);
+        EXPECT_EQ(VekPal::current(), &pal);
+        EXPECT_NE(vek::thread::nativeConditions(), nullptr);
+        EXPECT_NE(vek::thread::nativeReadWriteLocks(), nullptr);
+        ASSERT_NE(vek::fs::nullInput(), nullptr);
+        EXPECT_TRUE(vek::fs::nullOutput()->isOpen());
+        EXPECT_TRUE(vek::time::clockState().performanceCounterAvailable);
+        EXPECT_NE(vek::time::clockState().clockOrigin, 0);
+        EXPECT_TRUE(winsockStands());
+        EXPECT_NE(vek::net::recvMsgFunction(), nullptr);
+    }
+    EXPECT_EQ(VekPal::current(), nullptr);
+    EXPECT_EQ(vek::fs::nullInput(), nullptr);
+    EXPECT_EQ(vek::fs::nullOutput(), nullptr);
+    EXPECT_FALSE(winsockStands());
+    EXPECT_EQ(vek::thread::nativeConditions(), nullptr);
+}
+
+TEST(VekPal, InstallsTheTerminateHandlerAndLeavesItThere) {
+    std::set_terminate(std::abort);
+    { const VekPal pal(false, 0, 4, nullptr); }
+    EXPECT_NE(std::get_terminate(), std::abort);
+}
+
+TEST(VekPal, EmptySwitchesInTheEnvironmentCountAsPresent) {
+    constexpr const char* switches[] = {"VEKPAL_NO_TERMINATE_HANDLER", "VEK_NO_COLOR",
+                                        "VEK_FORCE_COLOR"};
+    for (const char* name : switches) {
+        SetEnvironmentVariableA(name, "");
+    }
+    std::set_terminate(std::abort);
+    EXPECT_NO_THROW(VekPal(false, 0, 4, nullptr));
+    EXPECT_EQ(std::get_terminate(), std::abort);
+    for (const char* name : switches) {
+        SetEnvironmentVariableA(name, nullptr);
+    }
+}
+
+TEST(VekPal, SecondReplacesTheFirstAndEitherEndLeavesNone) {
+    const auto first = std::make_unique<VekPal>(false, 0, 4, nullptr);
+    {
+        const VekPal second(false, 0, 4, nullptr);
+        EXPECT_EQ(VekPal::current(), &second);
+    }
+    EXPECT_EQ(VekPal::current(), nullptr);
+    VekPal::setCurrent(first.get());
+    EXPECT_EQ(VekPal::current(), first.get());
+}
+
+TEST(VekPal, ThousandStartsAndStopsLeaveNoHandle) {
+    { const VekPal warmUp(true, 0, 4, nullptr); }
+    const DWORD before = handleCount();
+    for (int i = 0; i < 1000; ++i) {
+        const VekPal pal(true, 0, 4, nullptr);
+    }
+    EXPECT_EQ(handleCount(), before);
+}
+
+TEST(VekPal, ConditionsWorkInEveryLife) {
+    for (int life = 0; life < 2; ++life) {
+        const VekPal pal(false, 0, 4, nullptr);
+        vek::thread::Condition condition;
+        EXPECT_NO_THROW(condition.wakeOne());
+    }
+}
+
+// Quit events.
+
+struct Quitter final : vek::VekPalInit {
+    explicit Quitter(std::vector<Quitter*>& log, bool failing = false)
+        : told(log), throwing(failing) {}
+    void onQuit() override {
+        told.push_back(this);
+        if (throwing) {
+            throw vek::RuntimeError("outer", vek::RuntimeError("inner"));
+        }
+    }
+    std::vector<Quitter*>& told;
+    bool throwing;
+};
+
+TEST(VekPal, TellsItsQuitObjectsInTheOrderOfTheirAddresses) {
+    VekPal pal(false, 0, 4, nullptr);
+    std::vector<Quitter*> told;
+    Quitter objects[] = {Quitter(told), Quitter(told), Quitter(told)};
+    pal.addQuitObject(objects[2]);
+    pal.addQuitObject(objects[0]);
+    pal.addQuitObject(objects[1]);
+    pal.addQuitObject(objects[0]);
+    pal.onQuit();
+    EXPECT_EQ(told, (std::vector<Quitter*>{&objects[0], &objects[1], &objects[2]}));
+}
+
+TEST(VekPal, ExceptionOfAQuitObjectEndsTheRoundAndIsReported) {
+    VekPal pal(false, 0, 4, nullptr);
+    std::vector<Quitter*> told;
+    Quitter objects[] = {Quitter(told), Quitter(told, true), Quitter(told)};
+    for (Quitter& object : objects) {
+        pal.addQuitObject(object);
+    }
+    testing::internal::CaptureStderr();
+    pal.onQuit();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Error processing quit event:\n\nouter\ninner\n\n");
+    EXPECT_EQ(told, (std::vector<Quitter*>{&objects[0], &objects[1]}));
+    // The lock is free again.
+    testing::internal::CaptureStderr();
+    pal.onQuit();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(told.size(), 4u);
+}
+
+TEST(VekPal, ForkHandlersAreTakenAndNeverCalled) {
+    struct Handler final : vek::IForkHandler {
+        void afterFork() override { called = true; }
+        bool called = false;
+    } handler;
+    {
+        VekPal pal(false, 0, 4, nullptr);
+        pal.registerForkHandler(handler);
+    }
+    EXPECT_FALSE(handler.called);
+}
+
+}  // namespace

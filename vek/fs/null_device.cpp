@@ -1,0 +1,40 @@
+#include "vek/fs/null_device.h"
+
+#include <memory>
+
+namespace vek::fs {
+
+namespace {
+
+std::unique_ptr<File> input;
+std::unique_ptr<File> output;
+
+std::unique_ptr<File> openedNul(Access access) {
+    auto file = std::make_unique<File>();
+    file->open("nul", access);
+    return file;
+}
+
+}  // namespace
+
+void openNullDevice() {
+    closeNullDevice();
+    auto opened = openedNul(Access::read);
+    output = openedNul(Access::write);
+    input = std::move(opened);
+}
+
+void closeNullDevice() {
+    output.reset();
+    input.reset();
+}
+
+File* nullInput() {
+    return input.get();
+}
+
+File* nullOutput() {
+    return output.get();
+}
+
+}  // namespace vek::fs
