@@ -14,7 +14,6 @@ using vek_test::becomesTrue;
 using vek_test::osErrorOf;
 using vek_test::Signal;
 
-constexpr DWORD invalidHandle = 6;
 constexpr DWORD accessDenied = 5;
 
 MonotonicClock in(std::int64_t milliseconds) {
@@ -374,7 +373,7 @@ TEST_F(Emulation, ManyConsumersGetAllThatIsProduced) {
     EXPECT_EQ(consumed, produced);
 }
 
-// --- failures of the system, made by taking the event away from under the emulation ---
+// --- failures of the system, made by taking rights on the event away from the emulation ---
 
 // The values of this process's handles.
 std::set<std::uintptr_t> openHandles() {
@@ -393,7 +392,6 @@ struct WithKnownEvent {
     std::set<std::uintptr_t> before = openHandles();
     std::unique_ptr<ConditionEmulation> emulation = std::make_unique<ConditionEmulation>();
     HANDLE event = nullptr;
-    Mutex mutex{true};
 
     WithKnownEvent() {
         for (const std::uintptr_t value : openHandles()) {
@@ -406,6 +404,28 @@ struct WithKnownEvent {
         EXPECT_NE(event, nullptr);
     }
 };
+
+// Makes the handle of the emulation's event one that has no more rights than `access`. Its value is
+// never free for long: the runtime would take it for something of its own.
+void replaceEvent(const WithKnownEvent& with, DWORD access) {
+    const HANDLE self = GetCurrentProcess();
+    HANDLE kept = nullptr;
+    ASSERT_NE(DuplicateHandle(self, with.event, self, &kept, access, FALSE, 0), 0);
+    ASSERT_NE(CloseHandle(with.event), 0);
+    // The system gives out the lowest free value, or the one that was freed last.
+    std::vector<HANDLE> others;
+    HANDLE replaced = nullptr;
+    while (replaced != with.event && others.size() < 1000) {
+        ASSERT_NE(DuplicateHandle(self, kept, self, &replaced, access, FALSE, 0), 0);
+        others.push_back(replaced);
+    }
+    ASSERT_EQ(replaced, with.event);
+    others.pop_back();
+    others.push_back(kept);
+    for (const HANDLE other : others) {
+        CloseHandle(other);
+    }
+}
 
 TEST(EmulationFailure, EventIsManualResetAndNotSignalled) {
     const WithKnownEvent with;
@@ -426,70 +446,58 @@ TEST(EmulationFailure, EventIsClosedAtTheEnd) {
 
 TEST(EmulationFailure, EventThatCannotBeClosedIsReported) {
     WithKnownEvent with;
-    // Capturing takes handles of its own: not the one that becomes free.
+    ASSERT_NE(SetHandleInformation(with.event, HANDLE_FLAG_PROTECT_FROM_CLOSE,
+                                   HANDLE_FLAG_PROTECT_FROM_CLOSE),
+              0);
     testing::internal::CaptureStderr();
-    const bool closed = CloseHandle(with.event) != 0;
     with.emulation.reset();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "error closing event!\n");
-    EXPECT_TRUE(closed);
+    SetHandleInformation(with.event, HANDLE_FLAG_PROTECT_FROM_CLOSE, 0);
+    CloseHandle(with.event);
 }
 
 TEST(EmulationFailure, FailedWaitGivesUpAndThrowsWithTheMutexHeld) {
-    WithKnownEvent with;
-    testing::internal::CaptureStderr();
-    CloseHandle(with.event);
+    const WithKnownEvent with;
+    Mutex mutex(true);
+    ASSERT_NO_FATAL_FAILURE(replaceEvent(with, READ_CONTROL));
     {
-        const ScopeGuard guard(with.mutex);
-        EXPECT_EQ(osErrorOf([&] { with.emulation->wait(with.mutex); }), invalidHandle);
-        EXPECT_TRUE(with.mutex.isHeldByCaller());
-        EXPECT_EQ(osErrorOf([&] { with.emulation->waitUntil(with.mutex, in(60000)); }),
-                  invalidHandle);
-        EXPECT_TRUE(with.mutex.isHeldByCaller());
+        const ScopeGuard guard(mutex);
+        EXPECT_EQ(osErrorOf([&] { with.emulation->wait(mutex); }), accessDenied);
+        EXPECT_TRUE(mutex.isHeldByCaller());
+        EXPECT_EQ(osErrorOf([&] { with.emulation->waitUntil(mutex, in(60000)); }), accessDenied);
+        EXPECT_TRUE(mutex.isHeldByCaller());
     }
     EXPECT_FALSE(with.emulation->getLock().isHeldByCaller());
-    // Nobody counts as waiting any more: the event that is gone isn't even asked for.
+    // Nobody counts as waiting any more: the event, which can't be signalled, isn't even asked for.
     EXPECT_NO_THROW(with.emulation->wakeOne());
     EXPECT_NO_THROW(with.emulation->wakeAll());
-    with.emulation.reset();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error closing event!\n");
-}
-
-// Makes `handle` one of `event` that can be waited for and nothing else.
-void replaceHandle(HANDLE handle, HANDLE event) {
-    const HANDLE self = GetCurrentProcess();
-    ASSERT_NE(CloseHandle(handle), 0);
-    // The system gives out the lowest free value, or the one that was freed last.
-    HANDLE replaced = nullptr;
-    for (int i = 0; i < 1000 && replaced != handle; ++i) {
-        ASSERT_NE(DuplicateHandle(self, event, self, &replaced, SYNCHRONIZE, FALSE, 0), 0);
-    }
-    ASSERT_EQ(replaced, handle);
 }
 
 // Lets a waiter sleep on an event that its emulation can neither signal nor reset: the handle is
 // replaced by one without those rights. `wake` is to fail; the waiter is then woken by the test.
 void failToSignalAndReset(void (ConditionEmulation::*wake)()) {
-    WithKnownEvent with;
+    const WithKnownEvent with;
+    Mutex mutex(true);
     const HANDLE self = GetCurrentProcess();
     HANDLE ownEvent = nullptr;
     ASSERT_NE(DuplicateHandle(self, with.event, self, &ownEvent, 0, FALSE, DUPLICATE_SAME_ACCESS),
               0);
-    ASSERT_NO_FATAL_FAILURE(replaceHandle(with.event, ownEvent));
+    ASSERT_NO_FATAL_FAILURE(replaceEvent(with, SYNCHRONIZE));
     Signal about;
     std::uint32_t error = 0;
     bool mutexHeld = false;
     bool lockHeld = true;
     std::thread waiter([&] {
-        with.mutex.lock();
+        mutex.lock();
         about.set();
-        error = osErrorOf([&] { with.emulation->wait(with.mutex); });
-        mutexHeld = with.mutex.isHeldByCaller();
+        error = osErrorOf([&] { with.emulation->wait(mutex); });
+        mutexHeld = mutex.isHeldByCaller();
         lockHeld = with.emulation->getLock().isHeldByCaller();
-        with.mutex.unlock();
+        mutex.unlock();
     });
     EXPECT_TRUE(about.wait());
-    with.mutex.lock();
-    with.mutex.unlock();
+    mutex.lock();
+    mutex.unlock();
 
     EXPECT_EQ(osErrorOf([&] { (with.emulation.get()->*wake)(); }), accessDenied);
     SetEvent(ownEvent);

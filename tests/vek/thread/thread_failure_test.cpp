@@ -94,6 +94,8 @@ bool closeHandleOf(const Thread& thread) {
     Worker worker([](Worker& self) { self.wait(); });
     worker.start();
     const std::uint32_t id = worker.getId();
+    // Nothing else opens handles meanwhile.
+    worker.sleeps();
     if (!closeHandleOf(worker)) {
         std::_Exit(1);
     }
