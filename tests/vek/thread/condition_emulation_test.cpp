@@ -1,7 +1,6 @@
 #include "vek/thread/condition_emulation.h"
 
 #include <memory>
-#include <set>
 
 #include "tests/vek/thread/lock_support.h"
 #include "vek/thread/scope_guard.h"
@@ -11,6 +10,7 @@ namespace {
 using namespace vek::thread;
 using vek::time::MonotonicClock;
 using vek_test::becomesTrue;
+using vek_test::openHandles;
 using vek_test::osErrorOf;
 using vek_test::Signal;
 
@@ -374,18 +374,6 @@ TEST_F(Emulation, ManyConsumersGetAllThatIsProduced) {
 }
 
 // --- failures of the system, made by taking rights on the event away from the emulation ---
-
-// The values of this process's handles.
-std::set<std::uintptr_t> openHandles() {
-    std::set<std::uintptr_t> open;
-    DWORD flags = 0;
-    for (std::uintptr_t value = 4; value < 0x4000; value += 4) {
-        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0) {
-            open.insert(value);
-        }
-    }
-    return open;
-}
 
 // An emulation and the value of its event's handle: the one that came with it and is an event.
 struct WithKnownEvent {
