@@ -14,8 +14,9 @@
 // On a system without condition variables a sleep is good for one wake-up. One that ends by
 // time-out is as it should be, but one that `wakeup` or `terminate` ends doesn't return: it throws
 // OsError with code 1131 (see condition_emulation.h), and so ends the worker unless the body
-// catches it. From then on `wakeup` and `terminate` block for good if they have to wake that
-// worker, and a worker that is started anew blocks for good in its first sleep.
+// catches it. If it does, then until that worker has ended, `terminate` and a `wakeup` of another
+// sleep block for good, and the worker with them. A worker that is started anew blocks for good in
+// its first sleep.
 #pragma once
 
 #include <atomic>

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -105,6 +106,18 @@ class Barrier {
     std::atomic<int> arrived = 0;
     std::atomic<int> round = 0;
 };
+
+// The values of this process's handles.
+inline std::set<std::uintptr_t> openHandles() {
+    std::set<std::uintptr_t> open;
+    DWORD flags = 0;
+    for (std::uintptr_t value = 4; value < 0x4000; value += 4) {
+        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0) {
+            open.insert(value);
+        }
+    }
+    return open;
+}
 
 // The text of the exception of class E that `f` throws.
 template <class E, class F>

@@ -197,6 +197,8 @@ TEST_F(EmulatedLock, LeavingWriterPrefersTheNextWriterToReaders) {
     ASSERT_TRUE(haveGoneToSleep(3));
     lock.unlock();
     EXPECT_EQ(orderAtTheEnd(), "wrr");
+    // The readers weren't woken to find the writer ahead of them.
+    EXPECT_EQ(sleepCount() - sleepsBefore, 3u);
 }
 
 TEST_F(EmulatedLock, LeavingWriterLetsAllReadersIn) {
