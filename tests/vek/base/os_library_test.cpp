@@ -118,6 +118,14 @@ TEST_F(Library, ReportGivesTheSystemsTextOfAFailureInOneBuffer) {
     EXPECT_EQ(vek::os::loadLibraryReport(path("missing.dll").c_str(), nullptr), nullptr);
 }
 
+TEST_F(Library, ReportGivesTheNumberOfAFailureWithoutText) {
+    const std::string failing = moduleDirectory() + "\\os_failing_library.dll";
+    const char* text = nullptr;
+    EXPECT_EQ(vek::os::loadLibraryReport(failing.c_str(), &text), nullptr);
+    EXPECT_EQ(GetLastError(), 0x20000001u);
+    EXPECT_STREQ(text, "Error 536870913 occured");
+}
+
 TEST(ProgramPath, IsTheDirectoryOfTheProgram) {
     std::array<char, MAX_PATH> buffer = {};
     std::uint32_t error = 77;
