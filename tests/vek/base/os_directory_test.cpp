@@ -298,8 +298,7 @@ TEST_F(RemoveTree, PathOfAnEntryMayHave255Bytes) {
     EXPECT_EQ(vek::os::removeTree(path("top").c_str()), 1);
 }
 
-// A path that was cut would be that of the other file.
-TEST_F(RemoveTree, EntryWhosePathHas256BytesStaysAndSoDoesTheOneItWouldBeCutInto) {
+TEST_F(RemoveTree, EntryWhosePathHas256BytesStaysAndMakesItFail) {
     const std::string directory = nameForPathOf(240);
     makeDirectory(directory);
     const std::size_t room = 255 - 240 - 1;
