@@ -26,8 +26,9 @@ show_help() {
 # The Wine settings that every run shares. A prefix always stands below build/wine, never in the home directory.
 wine_environment() {
   export WINEPREFIX=$1 WINEARCH=win32 WINEDEBUG=${WINEDEBUG:--all}
-  # winedbg would print pages for a crashed test, and the other two would ask for downloads.
-  export WINEDLLOVERRIDES='winedbg.exe=d;mscoree=;mshtml='
+  # winedbg would print pages for a crashed test, winemenubuilder write into the home directory, and the other two
+  # would ask for downloads.
+  export WINEDLLOVERRIDES='winedbg.exe=d;winemenubuilder.exe=d;mscoree=;mshtml='
   export LC_ALL=C LANG=C
   unset DISPLAY WAYLAND_DISPLAY WINEPATH
 }

@@ -71,4 +71,8 @@ std::string FsError::description() const {
     return text.empty() ? error.description() : text + ": " + error.description();
 }
 
+std::string RegistryOsError::description() const {
+    return text.empty() ? error.description() : error.description() + ": " + text;
+}
+
 }  // namespace vek

@@ -2,8 +2,10 @@
 //
 // The thrower picks the class. Error numbers are captured when an exception is built; their text is
 // looked up when it is asked for. Every class is copied whole, its causes included, so that it can
-// be kept (`clone`) and thrown again
-// (`raise`) with its full type.
+// be kept (`clone`) and thrown again (`raise`) with its full type.
+//
+// Constructors take their numbers as GetLastError or WSAGetLastError gave them, and throw nothing
+// but std::bad_alloc. A class that belongs to one owner stands with it.
 //
 // One object is not to be asked for its texts by two threads at once: both texts are cached at the
 // first call.
@@ -86,6 +88,37 @@ class OsError : public ExceptionOf<OsError> {
     std::uint32_t errorCode;
 };
 
+// A failed socket call. `errorNumber` is what WSAGetLastError gave.
+class NetError : public ExceptionOf<NetError, OsError> {
+  public:
+    explicit NetError(std::uint32_t errorNumber) : ExceptionOf(errorNumber) {}
+};
+
+// This host doesn't have the address. Takes WSAGetLastError() by itself, so it is to be built
+// before anything else touches that number; so are the next two.
+class NoSuchAddress : public ExceptionOf<NoSuchAddress, NetError> {
+  public:
+    NoSuchAddress();
+};
+
+// Nobody listens at the other end.
+class NoPeer : public ExceptionOf<NoPeer, NetError> {
+  public:
+    NoPeer();
+};
+
+// The network is down.
+class NoNetwork : public ExceptionOf<NoNetwork, NetError> {
+  public:
+    NoNetwork();
+};
+
+// The system refused a right.
+class PermissionError : public ExceptionOf<PermissionError, OsError> {
+  public:
+    explicit PermissionError(std::uint32_t errorNumber) : ExceptionOf(errorNumber) {}
+};
+
 // A call that the caller was not allowed to make. "Usage error: " and the message.
 class UsageError : public ExceptionOf<UsageError> {
   public:
@@ -137,6 +170,56 @@ class FileAccessError : public ExceptionOf<FileAccessError, FsError> {
   public:
     FileAccessError(const std::string& failedPath, std::uint32_t errorNumber)
         : ExceptionOf(failedPath, errorNumber) {}
+};
+
+// The file exists, and it was to be a new one.
+class FileExistsError : public ExceptionOf<FileExistsError, FsError> {
+  public:
+    FileExistsError(const std::string& failedPath, std::uint32_t errorNumber)
+        : ExceptionOf(failedPath, errorNumber) {}
+};
+
+// The two paths stand on different volumes.
+class NotSameDeviceError : public ExceptionOf<NotSameDeviceError, FsError> {
+  public:
+    NotSameDeviceError(const std::string& failedPath, std::uint32_t errorNumber)
+        : ExceptionOf(failedPath, errorNumber) {}
+};
+
+// The path is a symbolic link where none is followed. Known to who copies files; nothing throws it,
+// deliberately, as symbolic links don't exist for this system.
+class IsASymlinkError : public ExceptionOf<IsASymlinkError, FsError> {
+  public:
+    IsASymlinkError(const std::string& failedPath, std::uint32_t errorNumber)
+        : ExceptionOf(failedPath, errorNumber) {}
+};
+
+// A failure of the registry, told by its message alone, or by nothing.
+class RegistryError : public ExceptionOf<RegistryError> {
+  public:
+    RegistryError() = default;
+    explicit RegistryError(const std::string& message) : ExceptionOf(message) {}
+};
+
+// A value of the registry is of another type than the one asked for.
+class RegistryTypeError : public ExceptionOf<RegistryTypeError, RegistryError> {
+  public:
+    RegistryTypeError() = default;
+    explicit RegistryTypeError(const std::string& message) : ExceptionOf(message) {}
+};
+
+// A failed system call on the registry. The order is the reverse of FsError's, deliberately: the
+// system's text first, then, if there is a message, ": " and the message.
+class RegistryOsError : public ExceptionOf<RegistryOsError, RegistryError> {
+  public:
+    RegistryOsError(const std::string& message, std::uint32_t errorNumber)
+        : ExceptionOf(message), error(errorNumber) {}
+
+    const OsError& osError() const { return error; }
+    std::string description() const override;
+
+  private:
+    OsError error;
 };
 
 }  // namespace vek

@@ -5,6 +5,8 @@
 
 #include "vek/auxiliary/ini_reader.h"
 #include "vek/base/host_name.h"
+#include "vek/base/optional_function.h"
+#include "vek/base/shared_lib.h"
 #include "vek/base/text.h"
 #include "vek/base/windows.h"
 #include "vek/fs/program_path.h"
@@ -29,18 +31,44 @@ std::string hostNameOrPlaceholder() {
     }
 }
 
+// The shell's libraries are loaded here alone: as imports of the program they would double the
+// time that each start takes, also one that needs no directory.
+class ShellFunctions {
+  public:
+    ShellFunctions() {
+        shell.load("shell32", 0);
+        ole.load("ole32", 0);
+        getKnownFolderPath =
+            resolveFunction<decltype(&::SHGetKnownFolderPath)>(shell, "SHGetKnownFolderPath");
+        freeTaskMemory = resolveFunction<decltype(&::CoTaskMemFree)>(ole, "CoTaskMemFree");
+    }
+
+    decltype(&::SHGetKnownFolderPath) getKnownFolderPath = nullptr;
+    decltype(&::CoTaskMemFree) freeTaskMemory = nullptr;
+
+  private:
+    SharedLib shell;
+    SharedLib ole;
+};
+
 std::string windowsDirectory() {
-    wchar_t* wide = nullptr;
-    if (SHGetKnownFolderPath(FOLDERID_Windows, 0, nullptr, &wide) != S_OK) {
-        throw PathInfo::Error("failed to determine windows directory");
+    constexpr char failure[] = "failed to determine windows directory";
+    try {
+        const ShellFunctions functions;
+        wchar_t* wide = nullptr;
+        if (functions.getKnownFolderPath(FOLDERID_Windows, 0, nullptr, &wide) != S_OK) {
+            throw PathInfo::Error(failure);
+        }
+        std::array<char, 260> narrow = {};
+        const std::size_t length = std::wcstombs(narrow.data(), wide, narrow.size());
+        functions.freeTaskMemory(wide);
+        if (length >= narrow.size()) {
+            throw PathInfo::Error(failure);
+        }
+        return narrow.data();
+    } catch (const SharedLibError& error) {
+        throw PathInfo::Error(failure, error);
     }
-    std::array<char, 260> narrow = {};
-    const std::size_t length = std::wcstombs(narrow.data(), wide, narrow.size());
-    CoTaskMemFree(wide);
-    if (length >= narrow.size()) {
-        throw PathInfo::Error("failed to determine windows directory");
-    }
-    return narrow.data();
 }
 
 std::string lowered(std::string text) {

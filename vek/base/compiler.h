@@ -3,6 +3,7 @@
 
 #ifdef _MSC_VER
 #include <intrin.h>
+#include <stdlib.h>
 #endif
 
 namespace vek {
@@ -17,5 +18,28 @@ namespace vek {
     __builtin_unreachable();
 #endif
 }
+
+// While one lives, the C runtime reports an argument that it refuses to the caller of this thread,
+// where it would otherwise end the process. For programs of the other compilers their start-up code
+// sees to that.
+class QuietRuntimeErrors {
+  public:
+    QuietRuntimeErrors(const QuietRuntimeErrors&) = delete;
+    QuietRuntimeErrors& operator=(const QuietRuntimeErrors&) = delete;
+#ifdef _MSC_VER
+    QuietRuntimeErrors() : previous(_set_thread_local_invalid_parameter_handler(&ignore)) {}
+    ~QuietRuntimeErrors() {
+        _set_thread_local_invalid_parameter_handler(previous);
+    }
+
+  private:
+    static void ignore(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) {}
+
+    _invalid_parameter_handler previous;
+#else
+    QuietRuntimeErrors() {}
+    ~QuietRuntimeErrors() {}
+#endif
+};
 
 }  // namespace vek

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 namespace vek {
 
@@ -9,6 +10,29 @@ namespace {
 
 bool isTrimmed(char candidate, char ch) {
     return ch == 0 ? std::isspace(static_cast<unsigned char>(candidate)) != 0 : candidate == ch;
+}
+
+// Replaces each of the `length` characters that `findFrom(position)` finds in `text`. The result is
+// put together beside the text, as replacing in place would move the rest of it each time.
+template <class FindFrom>
+std::size_t replaceEach(std::string& text, std::size_t length, const std::string& replacement,
+                        FindFrom findFrom) {
+    std::size_t found = findFrom(0);
+    if (found == std::string::npos) {
+        return 0;
+    }
+    std::size_t count = 0;
+    std::size_t position = 0;
+    std::string result;
+    for (; found != std::string::npos; found = findFrom(position)) {
+        result.append(text, position, found - position);
+        result += replacement;
+        position = found + length;
+        ++count;
+    }
+    result.append(text, position, std::string::npos);
+    text = std::move(result);
+    return count;
 }
 
 }  // namespace
@@ -40,6 +64,13 @@ std::string& toLower(std::string& text) {
     return text;
 }
 
+std::string& toUpper(std::string& text) {
+    for (char& ch : text) {
+        ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    }
+    return text;
+}
+
 void split(const std::string& text, char delimiter, std::vector<std::string>& out, bool trimFields,
            bool keepEmpty) {
     out.clear();
@@ -66,6 +97,28 @@ void split(const std::string& text, char delimiter, std::vector<std::string>& ou
 std::string& replaceChar(std::string& text, char from, char to) {
     std::replace(text.begin(), text.end(), from, to);
     return text;
+}
+
+std::size_t replaceAll(std::string& text, const std::string& find, const std::string& replacement) {
+    if (find.empty()) {
+        return 0;
+    }
+    return replaceEach(text, find.size(), replacement,
+                       [&](std::size_t position) { return text.find(find, position); });
+}
+
+std::size_t replaceAnyOf(std::string& text, const std::string& set,
+                         const std::string& replacement) {
+    return replaceEach(text, 1, replacement,
+                       [&](std::size_t position) { return text.find_first_of(set, position); });
+}
+
+std::size_t expandVariables(std::string& text, const std::map<std::string, std::string>& values) {
+    std::size_t count = 0;
+    for (const auto& [key, value] : values) {
+        count += replaceAll(text, "{" + key + "}", value);
+    }
+    return count;
 }
 
 }  // namespace vek

@@ -27,4 +27,10 @@ void Mutex::unlock() {
     LeaveCriticalSection(&section);
 }
 
+bool Mutex::isHeldByCaller() const {
+    // Whoever else comes and goes meanwhile, only the caller can put its own id there.
+    const HANDLE volatile& owner = section.OwningThread;
+    return owner == ULongToHandle(GetCurrentThreadId());
+}
+
 }  // namespace vek::thread

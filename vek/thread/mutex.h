@@ -25,10 +25,17 @@ class Mutex : public NoCopy {
     // LeaveCriticalSection. Throws nothing.
     void unlock();
 
+    // The calling thread is in the section. Throws nothing.
+    bool isHeldByCaller() const;
+
   private:
+    // Sleeps on the section.
+    friend class Condition;
+
     CRITICAL_SECTION section;
     const bool recursive;
-    // Touched only with the section held; counts while `recursive` is false.
+    // Touched only with the section held; counted up while `recursive` is false, and always counted
+    // down.
     std::uint32_t depth = 0;
 };
 

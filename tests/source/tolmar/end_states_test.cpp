@@ -86,23 +86,20 @@ EndState replaceEnd(const Machine& machine, const Fails& fails, int* failableCal
     ScriptedSystem system;
     system.keepTrace = false;
     machine.prepare(system);
-    const std::string keptBefore = contentOf(system, ScriptedSystem::kept);
     const std::string runningBefore = system.runningVersion;
     system.fails = fails;
     const std::string end = runToItsEnd(system, "D");
     if (failableCalls != nullptr) {
         *failableCalls = system.failableCalls;
     }
+    if (system.countOf["DeleteFileA"] == 0 && system.runningVersion == runningBefore &&
+        system.states.size() == 1) {
+        return end + " | as before | as before | as before";
+    }
     const std::string kept = contentOf(system, ScriptedSystem::kept);
-    const bool untouched = system.countOf["DeleteFileA"] == 0 && system.countOf["MoveFileA"] == 0;
-    const bool serviceUntouched = untouched && system.runningVersion == runningBefore &&
-                                  system.states.front() == system.states.back();
     return end + " | " + contentOf(system, ScriptedSystem::installed) + " | " +
-           (kept == keptBefore && kept != "old" ? (kept == "none" ? "none" : "as before") : kept) +
-           " | " +
-           (serviceUntouched                ? "as before"
-            : system.runningVersion.empty() ? "not running"
-                                            : "runs " + system.runningVersion);
+           (kept == "previous" ? "as before" : kept) + " | " +
+           (system.runningVersion.empty() ? "not running" : "runs " + system.runningVersion);
 }
 
 const Machine machines[] = {
@@ -117,6 +114,14 @@ const Machine machines[] = {
          system.states = {SERVICE_STOPPED};
          system.runningVersion = "";
      }},
+    {"ExecutableMovedAside",
+     [](ScriptedSystem& system) {
+         system.files.erase(ScriptedSystem::installed);
+         system.files[ScriptedSystem::kept] = "old";
+         system.states = {SERVICE_STOPPED};
+         system.runningVersion = "";
+     }},
+    {"NothingKept", [](ScriptedSystem& system) { system.files.erase(ScriptedSystem::kept); }},
     {"ServiceAbsent", [](ScriptedSystem& system) { system.serviceExists = false; }},
     {"NeverStops", [](ScriptedSystem& system) { system.statesAfterStop = {SERVICE_STOP_PENDING}; }},
     {"NeverStarts",

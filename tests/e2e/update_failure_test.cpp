@@ -1,0 +1,269 @@
+// The update end to end: every way in which it fails, with what then stands, and how an operator
+// gets out of it.
+#include "tests/e2e/procedure_waits.h"
+#include "tests/support/files.h"
+#include "tests/support/helper_fixture.h"
+#include "vek/base/os_error_text.h"
+
+namespace {
+
+using support::EndState;
+using support::limitMs;
+using support::Outcome;
+using support::TolmarService;
+
+const EndState untouched = {
+    .installed = 1, .kept = 0, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 1};
+const EndState movedAside = {
+    .installed = 0, .kept = 1, .fresh = 2, .serviceState = SERVICE_STOPPED, .running = 0};
+
+class FailingUpdate : public support::HelperFixture {
+  protected:
+    // What an operator does where the executable was moved aside.
+    void recover() {
+        ASSERT_NE(MoveFileA(kept().c_str(), installed().c_str()), 0) << GetLastError();
+        startService();
+        EXPECT_EQ(endState(), untouched);
+    }
+};
+
+HANDLE openUnshared(const std::string& path, DWORD share) {
+    return CreateFileA(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+TEST_F(FailingUpdate, WithoutTheServiceEndsAtOnceAndTouchesNothing) {
+    support::writeFile(kept(), "kept from before");
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_EQ(outcome.errorText, "");
+    EXPECT_LT(outcome.milliseconds, support::atOnceMs);
+    EXPECT_EQ(endState(),
+              (EndState{.installed = 1, .kept = -1, .fresh = 2, .serviceState = 0, .running = 0}));
+    EXPECT_EQ(support::readFile(kept()), "kept from before");
+}
+
+TEST_F(FailingUpdate, OfAServiceThatRefusesToStopEndsAtOnceAndTouchesNothing) {
+    behave(1, "refuses-stop", 1);
+    runService();
+    ASSERT_NE(TolmarService::askToStop(), 0u);
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_EQ(outcome.errorText, "");
+    EXPECT_LT(outcome.milliseconds, support::atOnceMs);
+    EXPECT_EQ(endState(), untouched);
+    EXPECT_EQ(journal(), "1 starting, 1 running");
+}
+
+TEST_F(FailingUpdate, OfAServiceThatIsStillStartingEndsAtOnceAndTouchesNothing) {
+    behave(1, "starts-forever", 1);
+    registerService();
+    TolmarService::start();
+    ASSERT_TRUE(TolmarService::waitForState(SERVICE_START_PENDING, limitMs));
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_LT(outcome.milliseconds, support::atOnceMs);
+    EXPECT_EQ(endState(), (EndState{.installed = 1,
+                                    .kept = 0,
+                                    .fresh = 2,
+                                    .serviceState = SERVICE_START_PENDING,
+                                    .running = 0}));
+}
+
+TEST_F(FailingUpdate, WithoutPathInfoIniTellsWhyAndLeavesTheExecutableMovedAside) {
+    ASSERT_NE(DeleteFileA(pathInfo().c_str()), 0);
+    runService();
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_EQ(outcome.errorText,
+              "PathInfo Error: failed to load config file: File system error at location: \"" +
+                  helperDirectory + "/pathinfo.ini\": " + vek::osErrorText(ERROR_FILE_NOT_FOUND) +
+                  " (2)");
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + waits::pause);
+    EXPECT_EQ(endState(), movedAside);
+    recover();
+}
+
+TEST_F(FailingUpdate, WithoutTheKeyTellsWhyAndLeavesTheExecutableMovedAside) {
+    support::writeFile(pathInfo(), "AnotherDir = " + freshDirectory + "\n");
+    runService();
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_EQ(outcome.errorText, "PathInfo Error: key \"QadDataDir\" not found (1)");
+    EXPECT_EQ(endState(), movedAside);
+    recover();
+}
+
+TEST_F(FailingUpdate, WithoutANewExecutableGivesUpAfter31AttemptsAndRestoresNothing) {
+    ASSERT_NE(MoveFileA(fresh().c_str(), (fresh() + ".late").c_str()), 0);
+    runService();
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 1u);
+    EXPECT_EQ(outcome.errorText, "");
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + waits::pause + waits::attempts);
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 0, .kept = 1, .fresh = 0, .serviceState = SERVICE_STOPPED, .running = 0}));
+    ASSERT_NE(MoveFileA((fresh() + ".late").c_str(), fresh().c_str()), 0);
+    recover();
+}
+
+TEST_F(FailingUpdate, TakesANewExecutableThatTurnsUpBetweenTheAttempts) {
+    ASSERT_NE(MoveFileA(fresh().c_str(), (fresh() + ".late").c_str()), 0);
+    runService();
+    const auto helper = startHelper(installedDirectory);
+    ASSERT_TRUE(support::waitUntil([&] { return support::exists(kept()); }, limitMs));
+    EXPECT_FALSE(helper->waitForEnd(2000));
+    EXPECT_FALSE(support::exists(installed()));
+    ASSERT_NE(MoveFileA((fresh() + ".late").c_str(), fresh().c_str()), 0);
+    EXPECT_EQ(finish(*helper).exitCode, 0u);
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 2, .kept = 1, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 2}));
+}
+
+TEST_F(FailingUpdate, WithAKeptExecutableThatIsHeldOpenGivesUpAfter31Attempts) {
+    support::writeFile(kept(), "kept from before");
+    runService();
+    const HANDLE held = openUnshared(kept(), FILE_SHARE_READ);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    const Outcome outcome = runHelper(installedDirectory);
+    CloseHandle(held);
+    EXPECT_EQ(outcome.exitCode, 1u);
+    EXPECT_EQ(outcome.errorText, "");
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + waits::attempts);
+    EXPECT_EQ(endState(), (EndState{.installed = 1,
+                                    .kept = -1,
+                                    .fresh = 2,
+                                    .serviceState = SERVICE_STOPPED,
+                                    .running = 0}));
+    EXPECT_EQ(support::readFile(kept()), "kept from before");
+    startService();
+}
+
+TEST_F(FailingUpdate, WithADirectoryInPlaceOfTheKeptExecutableGivesUpAfter31Attempts) {
+    support::makeDirectory(kept());
+    runService();
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 1u);
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + waits::attempts);
+    EXPECT_EQ(endState(), (EndState{.installed = 1,
+                                    .kept = -1,
+                                    .fresh = 2,
+                                    .serviceState = SERVICE_STOPPED,
+                                    .running = 0}));
+    startService();
+}
+
+// The new version runs for a moment, so the start counts as done; then it never runs again.
+class BadNewVersion : public FailingUpdate {
+  protected:
+    void SetUp() override {
+        FailingUpdate::SetUp();
+        behave(2, "falls-after-ms", 200);
+        behave(2, "stop-delay-ms", 4000);
+        runService();
+    }
+};
+
+TEST_F(BadNewVersion, StaysInPlaceWhereTheRollBackRunsOut) {
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 1u);
+    EXPECT_EQ(outcome.errorText, "");
+    EXPECT_GE(outcome.milliseconds, waits::failedRollBack);
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 2, .kept = 1, .fresh = 2, .serviceState = SERVICE_STOPPED, .running = 0}));
+    EXPECT_EQ(journal(),
+              "1 starting, 1 running, 1 stopping, 1 stopped, "
+              "2 starting, 2 running, 2 stopping, 2 stopped");
+    ASSERT_NE(DeleteFileA(installed().c_str()), 0) << GetLastError();
+    recover();
+}
+
+TEST_F(BadNewVersion, IsRolledBackWhereSomebodyTakesItAwayMeanwhile) {
+    const auto helper = startHelper(installedDirectory);
+    ASSERT_TRUE(support::waitUntil([&] { return journal().ends_with("2 stopped"); }, limitMs));
+    ASSERT_TRUE(support::waitUntil([&] { return DeleteFileA(installed().c_str()) != 0; }, limitMs));
+    const Outcome outcome = finish(*helper);
+    EXPECT_EQ(outcome.exitCode, 1u);
+    EXPECT_GE(outcome.milliseconds, waits::stopPoll + 2 * waits::pause + waits::startPoll +
+                                        waits::watch + waits::pause + waits::startPoll);
+    EXPECT_EQ(endState(), untouched);
+}
+
+class EndlessWait : public FailingUpdate {
+  protected:
+    // A helper that were not kept waiting would have given up on the new version within this time.
+    static constexpr DWORD observeMs = static_cast<DWORD>(waits::failedRollBack) + 2000;
+
+    void expectToBeKeptWaiting(const EndState& meanwhile) {
+        runService();
+        const auto helper = startHelper(installedDirectory);
+        EXPECT_FALSE(helper->waitForEnd(observeMs)) << "exit code " << helper->exitCode();
+        EXPECT_EQ(endState(), meanwhile);
+    }
+
+    static EndState newVersionIn(DWORD serviceState) {
+        return {.installed = 2, .kept = 1, .fresh = 2, .serviceState = serviceState, .running = 0};
+    }
+};
+
+TEST_F(EndlessWait, HoldsForANewVersionThatNeverGetsDoneStarting) {
+    behave(2, "starts-forever", 1);
+    expectToBeKeptWaiting(newVersionIn(SERVICE_START_PENDING));
+}
+
+TEST_F(EndlessWait, HoldsForANewVersionThatStopsWhileStarting) {
+    behave(2, "dies-while-starting", 1);
+    expectToBeKeptWaiting(newVersionIn(SERVICE_STOPPED));
+    EXPECT_EQ(journal(), "1 starting, 1 running, 1 stopping, 1 stopped, 2 starting, 2 stopped");
+}
+
+TEST_F(EndlessWait, HoldsForANewVersionThatDiesBeforeItConnects) {
+    behave(2, "dies-before-connecting", 1);
+    expectToBeKeptWaiting(newVersionIn(SERVICE_STOPPED));
+    EXPECT_EQ(journal(), "1 starting, 1 running, 1 stopping, 1 stopped");
+}
+
+TEST_F(EndlessWait, HoldsForAnOldVersionThatNeverGetsDoneStopping) {
+    behave(1, "stop-delay-ms", 60000);
+    expectToBeKeptWaiting({.installed = 1,
+                           .kept = 0,
+                           .fresh = 2,
+                           .serviceState = SERVICE_STOP_PENDING,
+                           .running = 0});
+}
+
+// Nothing warns of it: the way back has to be taken before the helper is run again.
+TEST_F(FailingUpdate, RunAgainWithTheExecutableMovedAsideDeletesTheKeptOneToo) {
+    registerService();
+    ASSERT_NE(MoveFileA(installed().c_str(), kept().c_str()), 0);
+    ASSERT_EQ(endState(), movedAside);
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 1u);
+    EXPECT_GE(outcome.milliseconds, waits::attempts);
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 0, .kept = 0, .fresh = 2, .serviceState = SERVICE_STOPPED, .running = 0}));
+}
+
+TEST_F(FailingUpdate, KilledBetweenTheMoveAndTheCopyLeavesNoExecutable) {
+    runService();
+    // The copy can't succeed while this is open, so there is time to hit the helper in between.
+    const HANDLE held = openUnshared(fresh(), 0);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    const auto helper = startHelper(installedDirectory);
+    EXPECT_TRUE(support::waitUntil([&] { return support::exists(kept()); }, limitMs));
+    helper->terminate();
+    CloseHandle(held);
+    EXPECT_EQ(helper->exitCode(), 99u) << "the helper had ended by itself";
+    EXPECT_EQ(endState(), movedAside);
+    recover();
+}
+
+}  // namespace

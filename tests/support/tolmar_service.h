@@ -1,0 +1,37 @@
+// support::TolmarService: the service "tolmar" in the service database of this machine, or of this
+// Wine prefix. Each call opens the service anew, so nothing is held that would delay its removal.
+#pragma once
+
+#include <string>
+
+#include "vek/base/windows.h"
+
+namespace support {
+
+class TolmarService {
+  public:
+    // Registers the service with `executable`, not started. Throws vek::OsError.
+    static void install(const std::string& executable);
+
+    // Starts it and returns; it need not run yet. Throws vek::OsError.
+    static void start();
+
+    // Asks it to stop and returns. The result is 0 or the error of ControlService.
+    static DWORD askToStop();
+
+    // Its state, one of SERVICE_STOPPED to SERVICE_PAUSED, or 0 if there is no such service.
+    static DWORD state();
+
+    // Waits up to `limitMs` milliseconds for `wanted`. False if it never was seen.
+    static bool waitForState(DWORD wanted, unsigned limitMs);
+
+    // A handle of its process with the right to wait on it, owned by the caller; null if it has
+    // none.
+    static HANDLE openProcess();
+
+    // Deletes it, and waits up to `limitMs` milliseconds until it has gone. It should be stopped.
+    // True if there is no such service any more.
+    static bool remove(unsigned limitMs);
+};
+
+}  // namespace support

@@ -1,0 +1,62 @@
+// vek::log::Sink: a destination of log messages, and the settings that all sinks share.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "vek/log/level.h"
+#include "vek/log/message.h"
+#include "vek/log/message_format.h"
+
+namespace vek::log {
+
+// Copied by value into each sink.
+struct SinkConfig {
+    // Does the sink work at all.
+    bool enabled = false;
+    // What the default layout shows; a format shows what it names and nothing else.
+    bool print_pids = true;
+    bool print_tids = true;
+    bool print_time = true;
+    // The most verbose level that the sink takes; the initial value takes all.
+    Level max_level = INVALID;
+    // The compiled format; empty means the default layout.
+    std::vector<FormatToken> format;
+};
+
+// The values of Sink::type.
+enum SinkType : int { sinkStdout = 0, sinkFile = 1, sinkNet = 2, sinkDebugger = 3 };
+
+// The manager owns a sink once it has been added, and deletes it. Everything but the constructor
+// runs on the manager's worker thread, under the manager's mutex: one sink and one message at a
+// time. So `store` must make no logging statement and call nothing of the manager.
+class Sink {
+  public:
+    // A SinkType.
+    virtual int type() const = 0;
+
+    virtual ~Sink() = default;
+    Sink(const Sink&) = delete;
+    Sink& operator=(const Sink&) = delete;
+
+    // Takes a message, borrowed for this call. A vek::Exception has the manager remove and delete
+    // this sink; any other exception ends the manager's worker.
+    virtual void store(const AttrMessage& message) { store(static_cast<const Message&>(message)); }
+    virtual void store(const Message& message) = 0;
+
+    // The sink's name among sinks: "stdout", "debugger", "file#" or "net#" with a number.
+    virtual std::string id() const = 0;
+
+    const SinkConfig& getConfig() const { return *config; }
+
+    // Whether the manager offers this sink messages of `level`.
+    bool accepts(Level level) const { return level <= config->max_level; }
+
+  protected:
+    // `ownConfig` lives in the derived object.
+    explicit Sink(SinkConfig& ownConfig) : config(&ownConfig) {}
+
+    SinkConfig* const config;
+};
+
+}  // namespace vek::log

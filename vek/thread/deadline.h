@@ -1,0 +1,15 @@
+// Time-outs for system calls, from deadlines.
+#pragma once
+
+#include <cstdint>
+
+#include "vek/time/clock.h"
+
+namespace vek::thread {
+
+// The milliseconds from now to `deadline`; 0 if that has passed. Deliberately cut to 32 bits, so
+// that a deadline more than 49 days ahead comes too early, or never, if just the value INFINITE is
+// left. Throws OsError if the clock can't be read.
+std::uint32_t millisecondsUntil(const time::MonotonicClock& deadline);
+
+}  // namespace vek::thread

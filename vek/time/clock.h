@@ -1,0 +1,90 @@
+// The clocks. A clock is a stamp: it holds the time that it read when it was last refreshed, in
+// milliseconds. Time-outs are worked out on stamps:
+//
+//     MonotonicClock deadline(true);
+//     deadline += 500;
+//     ...
+//     const std::int64_t left = deadline - MonotonicClock(true);
+//
+// A duration is a plain std::int64_t of milliseconds. Each user has clocks of its own: one object
+// is not to be used by two threads at once.
+//
+// See clock_source.h for the sources, and for what a clock reads before start-up.
+#pragma once
+
+#include <cstdint>
+
+namespace vek::time {
+
+// Anything whose time can be read anew.
+class OsClock {
+  public:
+    virtual void refresh() = 0;
+
+  protected:
+    OsClock() = default;
+    OsClock(const OsClock&) = default;
+    OsClock& operator=(const OsClock&) = default;
+    ~OsClock() = default;
+};
+
+// Which time a clock reads.
+namespace clock_kind {
+inline constexpr std::uint32_t REALTIME = 0;
+inline constexpr std::uint32_t MONOTONIC = 1;
+inline constexpr std::uint32_t INIT = 2;
+}  // namespace clock_kind
+
+class ClockBase : public OsClock {
+  public:
+    // Reads the system's time for the clock's kind. A clock of another kind than those above keeps
+    // its value. Throws OsError if the performance counter can't be read; the value is kept then.
+    void refresh() override;
+
+    // The time read last, moved by the operators below; 0 if it was never read.
+    std::int64_t getValue() const { return value; }
+    std::uint32_t getKind() const { return kind; }
+
+    // Moves the clock by a duration. A result beyond 64 bits wraps.
+    ClockBase& operator+=(std::int64_t duration);
+    ClockBase& operator-=(std::int64_t duration);
+
+  protected:
+    // A clock of `clockKind` that holds 0.
+    explicit ClockBase(std::uint32_t clockKind) : kind(clockKind) {}
+    ClockBase(const ClockBase&) = default;
+    // Copies the value; a clock keeps its kind.
+    ClockBase& operator=(const ClockBase& other);
+    ~ClockBase() = default;
+
+    const std::uint32_t kind;
+    std::int64_t value = 0;
+};
+
+// The duration from `earlier` to `later`, which have to be of one kind. Wraps like the above.
+std::int64_t operator-(const ClockBase& later, const ClockBase& earlier);
+
+// Milliseconds since 1970-01-01 00:00 UTC: for stamps that users see.
+class RealtimeClock final : public ClockBase {
+  public:
+    // Reads the time, or leaves the value at 0.
+    explicit RealtimeClock(bool readNow);
+};
+
+// Milliseconds of the monotonic source, from an arbitrary start: for intervals and deadlines.
+class MonotonicClock final : public ClockBase {
+  public:
+    // As above. Throws OsError as `refresh` does.
+    explicit MonotonicClock(bool readNow);
+};
+
+// Milliseconds since start-up, by the monotonic source.
+class InitClock final : public ClockBase {
+  public:
+    // As above.
+    explicit InitClock(bool readNow);
+
+    void refresh() override;
+};
+
+}  // namespace vek::time
