@@ -1,0 +1,62 @@
+// What the tests of the flat system functions share.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "vek/base/windows.h"
+
+namespace vek::test {
+
+// A name for a system object that no other test run uses.
+inline std::string uniqueName(const std::string& name) {
+    return "vek-test-" + std::to_string(GetCurrentProcessId()) + "-" + name;
+}
+
+class OwnedHandle {
+  public:
+    OwnedHandle() = default;
+    explicit OwnedHandle(HANDLE owned) : handle(owned) {}
+    ~OwnedHandle() {
+        if (handle != nullptr) {
+            CloseHandle(handle);
+        }
+    }
+    OwnedHandle(const OwnedHandle&) = delete;
+    OwnedHandle& operator=(const OwnedHandle&) = delete;
+    HANDLE get() const { return handle; }
+    // For functions that store a handle.
+    HANDLE* out() { return &handle; }
+    HANDLE release() {
+        const HANDLE released = handle;
+        handle = nullptr;
+        return released;
+    }
+
+  private:
+    HANDLE handle = nullptr;
+};
+
+// The command line that runs the support program os_child.exe, which stands beside the test.
+inline std::string childCommand(const std::string& arguments) {
+    std::array<char, MAX_PATH> path = {};
+    GetModuleFileNameA(nullptr, path.data(), path.size());
+    const std::string program = path.data();
+    return "\"" + program.substr(0, program.rfind('\\')) + "\\os_child.exe\" " + arguments;
+}
+
+// By trying each value that a handle may have: Wine's GetProcessHandleCount doesn't count.
+inline int handlesOfThisProcess() {
+    constexpr std::uintptr_t behindLast = 0x4000;
+    int count = 0;
+    for (std::uintptr_t value = 4; value < behindLast; value += 4) {
+        DWORD flags = 0;
+        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+}  // namespace vek::test
