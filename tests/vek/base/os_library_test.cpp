@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr char systemLibrary[] = "version.dll";
+constexpr char systemLibrary[] = "cabinet.dll";
 const std::string veryLong(100000, 'n');
 
 // The path of this test's program, by the system.
