@@ -11,6 +11,14 @@ namespace vek::fs {
 
 namespace {
 
+bool isDirectory(const std::string& path) {
+    try {
+        return stat(path).isDirectory();
+    } catch (const Exception&) {
+        return false;
+    }
+}
+
 // Makes the directory that `text` names up to its first zero byte. If that isn't all of `text`, it
 // is as good if somebody else has made it meanwhile.
 void createLevel(const std::string& text) {
@@ -18,7 +26,7 @@ void createLevel(const std::string& text) {
     try {
         createDirectory(level);
     } catch (const FileExistsError&) {
-        if (level.size() == text.size() || !stat(level).isDirectory()) {
+        if (level.size() == text.size() || !isDirectory(level)) {
             throw;
         }
     }
@@ -54,7 +62,7 @@ bool ensureDirectories(const std::string& path) {
         createDirectories(path);
         return true;
     } catch (const FileExistsError&) {
-        if (!stat(path).isDirectory()) {
+        if (!isDirectory(path)) {
             throw;
         }
         return false;

@@ -13,7 +13,7 @@ namespace vek::fs {
 void createDirectories(const std::string& path);
 
 // The same, but content with a directory that exists: the result is false then, and true if it was
-// made. What exists and is no directory throws FileExistsError.
+// made. Otherwise throws as createDirectories does.
 bool ensureDirectories(const std::string& path);
 
 // Whether nothing is in the directory `path`. Throws what Dir throws.

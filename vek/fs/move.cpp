@@ -57,7 +57,7 @@ void move(const std::string& from, const std::string& to, std::uint32_t options)
 void moveAnywhere(const std::string& from, const std::string& to, std::uint32_t options) {
     const Stat moved = stat(from);
     try {
-        move(from, to, options);
+        fs::move(from, to, options);
         return;
     } catch (const RuntimeError& error) {
         if (dynamic_cast<const NotSameDeviceError*>(error.getCause()) == nullptr) {
