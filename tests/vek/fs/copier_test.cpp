@@ -176,6 +176,14 @@ TEST_F(CopierTest, FailureHalfWayClosesBothSides) {
     EXPECT_EQ(readFile("y"), "");
 }
 
+TEST_F(CopierTest, FailedWriteClosesTheSource) {
+    writeFile("x", "contents");
+    EXPECT_EQ(codeThrownBy<vek::OsError>(
+                  [&] { Copier(vek::fs::overwriteTarget).copy(path("x"), fullFile); }),
+              static_cast<std::uint32_t>(ERROR_DISK_FULL));
+    EXPECT_TRUE(isClosed("x"));
+}
+
 TEST_F(CopierTest, SourceThatCantBeAskedIsAnOsError) {
     vek::fs::PipeEnds pipe;
     ASSERT_NE(CreatePipe(&pipe.readEnd, &pipe.writeEnd, nullptr, 0), 0);

@@ -279,6 +279,8 @@ TEST_F(FileTest, VeryLongPathIsRefused) {
 
 static_assert(!std::is_copy_constructible_v<File> && !std::is_copy_assignable_v<File>);
 static_assert(!std::is_copy_constructible_v<StreamFile> && !std::is_copy_assignable_v<StreamFile>);
+static_assert(std::is_nothrow_move_constructible_v<File>);
+static_assert(std::is_nothrow_move_constructible_v<StreamFile>);
 static_assert(std::is_base_of_v<vek::NoCopy, File>);
 
 }  // namespace

@@ -105,6 +105,16 @@ TEST_F(FormatFileTest, TargetThatCantBeOpenedIsTold) {
     }
 }
 
+TEST_F(FormatFileTest, CtrlZEndsTheSource) {
+    EXPECT_EQ(formatted("a\r\nb\x1A{x}\r\nc\r\n", {{"x", "1"}}, 0), "a\r\nb\r\n");
+}
+
+TEST_F(FormatFileTest, TargetThatCantBeWrittenIsAnOsError) {
+    writeFile("source", "text");
+    EXPECT_EQ(codeThrownBy<vek::OsError>([&] { formatFile(path("source"), fullFile, {}); }),
+              static_cast<std::uint32_t>(ERROR_DISK_FULL));
+}
+
 TEST_F(FormatFileTest, SourceThatCantBeReadIsAnOsError) {
     EXPECT_THROW(formatFile(unreadableFile, path("target"), {}), vek::OsError);
 }

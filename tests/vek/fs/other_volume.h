@@ -35,6 +35,10 @@ class TwoVolumesTest : public TemporaryDirectoryTest {
     // Readable to the first byte, which fails: the memory of a process, where nothing is at 0.
     static constexpr char unreadableFile[] = "Z:\\proc\\self\\mem";
 
+    // Can be opened for writing and is always full. It is a device of the machine: nothing that
+    // could remove it may get its path.
+    static constexpr char fullFile[] = "Z:\\dev\\full";
+
   private:
     std::string otherRoot;
 };

@@ -2,6 +2,7 @@
 //
 //   fs_peer lock FILE exclusive|shared EVENTS   locks FILE and holds it until told otherwise
 //   fs_peer try FILE exclusive|shared           exit code 0 if the lock was to be had, 1 if not
+//   fs_peer program-name NAME                   exit code 0 if this program's name is NAME
 //   fs_peer flush-console                       exit code 0 if flushing a console tells false
 //
 // EVENTS begins the names of three events that the caller has made: "trying" is set ahead of the
@@ -11,6 +12,7 @@
 
 #include "vek/exception.h"
 #include "vek/fs/lock.h"
+#include "vek/fs/program_path.h"
 #include "vek/fs/stream_file.h"
 
 namespace {
@@ -55,6 +57,9 @@ int flushConsole() {
 
 int run(int argc, char** argv) {
     const std::string command = argc > 1 ? argv[1] : "";
+    if (command == "program-name" && argc > 2) {
+        return vek::programName() == argv[2] ? 0 : refused;
+    }
     if (command == "flush-console") {
         return flushConsole();
     }

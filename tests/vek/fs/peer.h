@@ -16,8 +16,8 @@ inline constexpr DWORD peerLimitMs = 30000;
 
 class Peer : public NoCopy {
   public:
-    explicit Peer(const std::string& arguments) {
-        std::string commandLine = "\"" + programDirectory() + "\\fs_peer.exe\" " + arguments;
+    explicit Peer(const std::string& arguments, const std::string& program = peerProgram()) {
+        std::string commandLine = "\"" + program + "\" " + arguments;
         STARTUPINFOA startup = {};
         startup.cb = sizeof startup;
         PROCESS_INFORMATION started = {};
@@ -38,6 +38,8 @@ class Peer : public NoCopy {
         }
         CloseHandle(process);
     }
+
+    static std::string peerProgram() { return programDirectory() + "\\fs_peer.exe"; }
 
     // Waits for its end; -1 and a failure if that doesn't come.
     int exitCode() const {

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/vek/fs/peer.h"
+#include "tests/vek/temporary_directory.h"
 #include "vek/base/windows.h"
+#include "vek/fs/operations.h"
 
 namespace {
 
@@ -19,6 +22,16 @@ TEST(ProgramDirectory, IsWhereThisProgramStands) {
 
 TEST(ProgramName, EndsAtTheFirstDot) {
     EXPECT_EQ(vek::programName(), "fs_test");
+}
+
+class CopiedProgramTest : public vek::test::TemporaryDirectoryTest {};
+
+TEST_F(CopiedProgramTest, NameEndsAtTheFirstOfSeveralDots) {
+    vek::fs::createDirectory(path("dir.with.dots"));
+    const std::string copied = path("dir.with.dots\\one.two.three.exe");
+    ASSERT_NE(CopyFileA(vek::test::Peer::peerProgram().c_str(), copied.c_str(), TRUE), 0);
+    EXPECT_EQ(vek::test::Peer("program-name one", copied).exitCode(), 0);
+    EXPECT_EQ(vek::test::Peer("program-name one.two", copied).exitCode(), 1);
 }
 
 }  // namespace
