@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "vek/exception.h"
+#include "vek/fs/system_path.h"
 
 namespace vek::fs {
 
@@ -52,10 +53,20 @@ File::~File() {
     }
 }
 
+File::File(File&& other) noexcept : handle(other.release()) {}
+
+File& File::operator=(File&& other) {
+    if (this != &other) {
+        close();
+        handle = other.release();
+    }
+    return *this;
+}
+
 void File::open(const std::string& path, Access access, std::uint32_t flags,
                 SECURITY_ATTRIBUTES* attributes) {
     close();
-    handle = CreateFileA(path.c_str(), desiredAccess(access),
+    handle = CreateFileA(systemPath(path), desiredAccess(access),
                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, attributes,
                          disposition(flags), FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
@@ -64,10 +75,19 @@ void File::open(const std::string& path, Access access, std::uint32_t flags,
 }
 
 void File::close() {
-    const HANDLE closing = std::exchange(handle, INVALID_HANDLE_VALUE);
+    const HANDLE closing = release();
     if (closing != INVALID_HANDLE_VALUE && CloseHandle(closing) == 0) {
         throw OsError(GetLastError());
     }
+}
+
+void File::adopt(HANDLE adopted) {
+    close();
+    handle = adopted;
+}
+
+HANDLE File::release() {
+    return std::exchange(handle, INVALID_HANDLE_VALUE);
 }
 
 }  // namespace vek::fs

@@ -31,4 +31,10 @@ std::string programDirectory() {
     return path;
 }
 
+std::string programName() {
+    std::string name = modulePath();
+    fs::baseName(name);
+    return name.substr(0, name.find('.'));
+}
+
 }  // namespace vek

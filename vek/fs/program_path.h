@@ -1,4 +1,4 @@
-// Where the executable of this process stands.
+// Where the executable of this process stands, and its name.
 #pragma once
 
 #include <string>
@@ -10,5 +10,9 @@ namespace vek {
 // Throws OsError: with the system's number, or with 111 (ERROR_BUFFER_OVERFLOW) for a path of 260
 // bytes or more. Safe from any thread.
 std::string programDirectory();
+
+// The name of the executable up to its first dot: "tolmarhlp" for "tolmarhlp.exe". Stands on
+// GetModuleFileNameA. Throws as programDirectory does. Safe from any thread.
+std::string programName();
 
 }  // namespace vek

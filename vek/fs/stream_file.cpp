@@ -4,6 +4,21 @@
 
 namespace vek::fs {
 
+namespace {
+
+DWORD moveMethod(Whence whence) {
+    switch (whence) {
+        case Whence::current:
+            return FILE_CURRENT;
+        case Whence::end:
+            return FILE_END;
+        default:
+            return FILE_BEGIN;
+    }
+}
+
+}  // namespace
+
 std::uint32_t StreamFile::read(void* buffer, std::uint32_t size) {
     DWORD count = 0;
     if (ReadFile(handle, buffer, size, &count, nullptr) == 0) {
@@ -33,6 +48,39 @@ bool StreamFile::flush() {
         throw OsError(error);
     }
     return true;
+}
+
+std::uint32_t StreamFile::seek(std::uint32_t offset, Whence whence) {
+    LARGE_INTEGER distance = {};
+    distance.QuadPart = offset;
+    return move(distance, moveMethod(whence)).LowPart;
+}
+
+void StreamFile::resize(std::uint64_t size) {
+    const LARGE_INTEGER position = move({}, FILE_CURRENT);
+    LARGE_INTEGER end = {};
+    end.QuadPart = static_cast<LONGLONG>(size);
+    move(end, FILE_BEGIN);
+    if (SetEndOfFile(handle) == 0) {
+        throw OsError(GetLastError());
+    }
+    move(position, FILE_BEGIN);
+}
+
+void StreamFile::takeEnd(HANDLE& end) {
+    if (end == INVALID_HANDLE_VALUE) {
+        throw UsageError("bad pipe end passed");
+    }
+    adopt(end);
+    end = INVALID_HANDLE_VALUE;
+}
+
+LARGE_INTEGER StreamFile::move(LARGE_INTEGER distance, DWORD method) {
+    LARGE_INTEGER position = {};
+    if (SetFilePointerEx(handle, distance, &position, method) == 0) {
+        throw OsError(GetLastError());
+    }
+    return position;
 }
 
 }  // namespace vek::fs

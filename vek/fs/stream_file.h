@@ -1,12 +1,18 @@
 // vek::fs::StreamFile: a file that is read and written as a stream of bytes.
 #pragma once
 
+#include <cstdint>
+
 #include "vek/fs/file.h"
+#include "vek/fs/pipe_ends.h"
 #include "vek/fs/stream.h"
 
 namespace vek::fs {
 
-// Not to be used by two threads at once.
+// What an offset counts from; a value that isn't listed here means begin.
+enum class Whence : std::uint32_t { begin = 0, current = 1, end = 2 };
+
+// Moves as a File does. Not to be used by two threads at once.
 class StreamFile : public File, public IInOut {
   public:
     // One ReadFile of up to `size` bytes. 0 at the end of the data, which includes a pipe whose
@@ -19,6 +25,26 @@ class StreamFile : public File, public IInOut {
     // FlushFileBuffers. False if the handle is of a kind that can't be flushed, such as a console.
     // Throws OsError.
     bool flush() override;
+
+    // Moves the position to `offset` bytes behind `whence`; it can't be moved back from there, as
+    // `offset` is unsigned. The result is the low 32 bits of the new position. Stands on
+    // SetFilePointerEx. Throws OsError.
+    std::uint32_t seek(std::uint32_t offset, Whence whence);
+
+    // Makes the file `size` bytes long, cut or filled up, and leaves the position where it was.
+    // Stands on SetFilePointerEx and SetEndOfFile. Throws OsError; the position may have moved
+    // then.
+    void resize(std::uint64_t size);
+
+    // Take over one end of `pipe`, which is marked as taken there. What is open here is closed
+    // first, by the virtual `close`. Throw UsageError if the end is taken already, and what `close`
+    // throws; both leave the pipe as it is.
+    void takeReadEnd(PipeEnds& pipe) { takeEnd(pipe.readEnd); }
+    void takeWriteEnd(PipeEnds& pipe) { takeEnd(pipe.writeEnd); }
+
+  private:
+    void takeEnd(HANDLE& end);
+    LARGE_INTEGER move(LARGE_INTEGER distance, DWORD method);
 };
 
 }  // namespace vek::fs

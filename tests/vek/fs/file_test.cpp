@@ -1,10 +1,13 @@
 #include "vek/fs/file.h"
 
+#include <type_traits>
+#include <utility>
+
 #include <gtest/gtest.h>
 
+#include "tests/vek/fs/thrown.h"
 #include "tests/vek/temporary_directory.h"
 #include "vek/exception.h"
-#include "vek/fs/program_path.h"
 #include "vek/fs/stream_file.h"
 
 namespace {
@@ -12,20 +15,7 @@ namespace {
 using vek::fs::Access;
 using vek::fs::File;
 using vek::fs::StreamFile;
-
-// The error number of what `f` throws, which must be exactly an `Expected`; 0 and a failure
-// otherwise.
-template <class Expected, class F>
-std::uint32_t codeThrownBy(F f) {
-    try {
-        f();
-    } catch (const vek::FsError& error) {
-        EXPECT_EQ(typeid(error), typeid(Expected)) << error.what();
-        return error.osError().code();
-    }
-    ADD_FAILURE() << "nothing thrown";
-    return 0;
-}
+using vek::test::codeThrownBy;
 
 class FileTest : public vek::test::TemporaryDirectoryTest {};
 
@@ -126,62 +116,173 @@ TEST_F(FileTest, FailedCloseInTheDestructorIsReportedOnly) {
               "Error closing file:" + vek::OsError(ERROR_INVALID_HANDLE).printableText());
 }
 
-TEST_F(FileTest, StreamReadsInPiecesToTheEnd) {
-    writeFile("x", "abcde");
+TEST_F(FileTest, AccessIsReadOrWriteOrElseBoth) {
+    writeFile("x", "ab");
+    char byte = 0;
     StreamFile file;
+    for (const auto both : {Access::readWrite, static_cast<Access>(3), static_cast<Access>(-1)}) {
+        file.open(path("x"), both);
+        EXPECT_EQ(file.write("c", 1), 1u);
+        EXPECT_EQ(file.read(&byte, 1), 1u);
+        EXPECT_EQ(byte, 'b');
+    }
     file.open(path("x"), Access::read);
-    char buffer[3] = {};
-    EXPECT_EQ(file.read(buffer, 3), 3u);
-    EXPECT_EQ(std::string(buffer, 3), "abc");
-    EXPECT_EQ(file.read(buffer, 3), 2u);
-    EXPECT_EQ(file.read(buffer, 3), 0u);
-}
-
-TEST_F(FileTest, StreamWritesAndFlushes) {
-    StreamFile file;
-    file.open(path("x"), Access::write, vek::fs::mustBeNew);
-    EXPECT_EQ(file.write("abc", 3), 3u);
-    EXPECT_TRUE(file.flush());
-    file.close();
-    EXPECT_EQ(readFile("x"), "abc");
-}
-
-TEST_F(FileTest, StreamThrowsWhatTheSystemRefuses) {
-    writeFile("x", "abc");
-    StreamFile file;
-    file.open(path("x"), Access::read);
-    EXPECT_THROW(file.write("x", 1), vek::OsError);
+    EXPECT_EQ(codeThrownBy<vek::OsError>([&] { file.write("c", 1); }),
+              static_cast<std::uint32_t>(ERROR_ACCESS_DENIED));
     file.open(path("x"), Access::write);
-    char buffer[1];
-    EXPECT_THROW(file.read(buffer, 1), vek::OsError);
+    EXPECT_EQ(codeThrownBy<vek::OsError>([&] { file.read(&byte, 1); }),
+              static_cast<std::uint32_t>(ERROR_ACCESS_DENIED));
 }
 
-// Takes over a handle, as the ends of a pipe are taken over.
-class AdoptedFile : public StreamFile {
+TEST_F(FileTest, NoFollowFlagChangesNothing) {
+    writeFile("x", "");
+    File file;
+    EXPECT_NO_THROW(file.open(path("x"), Access::read, vek::fs::noFollow));
+    EXPECT_EQ(codeThrownBy<vek::NoSuchFileError>(
+                  [&] { file.open(path("y"), Access::read, vek::fs::noFollow); }),
+              2u);
+}
+
+TEST_F(FileTest, AttributesMakeANewFileInheritable) {
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, nullptr, TRUE};
+    File file;
+    file.open(path("x"), Access::write, vek::fs::mustBeNew, &attributes);
+    DWORD flags = 0;
+    ASSERT_NE(GetHandleInformation(file.nativeHandle(), &flags), 0);
+    EXPECT_EQ(flags & HANDLE_FLAG_INHERIT, static_cast<DWORD>(HANDLE_FLAG_INHERIT));
+}
+
+bool isHandle(HANDLE handle) {
+    DWORD flags = 0;
+    return GetHandleInformation(handle, &flags) != 0;
+}
+
+TEST_F(FileTest, MovesToANewObject) {
+    writeFile("x", "text");
+    StreamFile from;
+    from.open(path("x"), Access::read);
+    const HANDLE handle = from.nativeHandle();
+    StreamFile to(std::move(from));
+    EXPECT_FALSE(from.isOpen());
+    EXPECT_EQ(to.nativeHandle(), handle);
+    char byte = 0;
+    EXPECT_EQ(to.read(&byte, 1), 1u);
+}
+
+TEST_F(FileTest, MoveAssignmentClosesWhatItReplaces) {
+    writeFile("x", "");
+    writeFile("y", "");
+    StreamFile from;
+    StreamFile to;
+    from.open(path("x"), Access::read);
+    to.open(path("y"), Access::read);
+    const HANDLE moved = from.nativeHandle();
+    const HANDLE replaced = to.nativeHandle();
+    to = std::move(from);
+    EXPECT_EQ(to.nativeHandle(), moved);
+    EXPECT_TRUE(isHandle(moved));
+    EXPECT_FALSE(isHandle(replaced));
+    EXPECT_FALSE(from.isOpen());
+    to = StreamFile();
+    EXPECT_FALSE(to.isOpen());
+    EXPECT_FALSE(isHandle(moved));
+}
+
+TEST_F(FileTest, MoveAssignmentToItselfChangesNothing) {
+    writeFile("x", "");
+    File file;
+    file.open(path("x"), Access::read);
+    File& same = file;
+    file = std::move(same);
+    EXPECT_TRUE(same.isOpen());
+    EXPECT_TRUE(isHandle(same.nativeHandle()));
+}
+
+TEST_F(FileTest, MoveAssignmentThatCantCloseLeavesTheOtherFileWhereItIs) {
+    writeFile("x", "");
+    File from;
+    File to;
+    from.open(path("x"), Access::read);
+    to.open(path("x"), Access::read);
+    CloseHandle(to.nativeHandle());
+    EXPECT_EQ(codeThrownBy<vek::OsError>([&] { to = std::move(from); }),
+              static_cast<std::uint32_t>(ERROR_INVALID_HANDLE));
+    EXPECT_TRUE(from.isOpen());
+    EXPECT_FALSE(to.isOpen());
+}
+
+TEST_F(FileTest, AdoptsAndReleasesHandles) {
+    writeFile("x", "");
+    File first;
+    File second;
+    first.open(path("x"), Access::read);
+    second.open(path("x"), Access::read);
+    const HANDLE closed = second.nativeHandle();
+    const HANDLE adopted = first.release();
+    EXPECT_FALSE(first.isOpen());
+    second.adopt(adopted);
+    EXPECT_FALSE(isHandle(closed));
+    EXPECT_EQ(second.release(), adopted);
+    EXPECT_EQ(second.release(), INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(isHandle(adopted));
+    CloseHandle(adopted);
+}
+
+// Counts its closes.
+class CountingFile : public File {
   public:
-    explicit AdoptedFile(HANDLE adopted) { handle = adopted; }
+    void close() override {
+        ++closes;
+        File::close();
+    }
+    int closes = 0;
 };
 
-TEST_F(FileTest, PipeWhoseWriterHasClosedIsAtItsEnd) {
-    HANDLE readEnd = nullptr;
-    HANDLE writeEnd = nullptr;
-    ASSERT_NE(CreatePipe(&readEnd, &writeEnd, nullptr, 0), 0);
-    CloseHandle(writeEnd);
-    AdoptedFile file(readEnd);
-    char buffer[1];
-    EXPECT_EQ(file.read(buffer, 1), 0u);
+TEST_F(FileTest, OpeningClosesByTheVirtualClose) {
+    writeFile("x", "");
+    CountingFile file;
+    file.open(path("x"), Access::read);
+    const int before = file.closes;
+    file.open(path("x"), Access::read);
+    EXPECT_EQ(file.closes, before + 1);
+    File& base = file;
+    base = File();
+    EXPECT_EQ(file.closes, before + 2);
+    EXPECT_FALSE(file.isOpen());
 }
 
-TEST_F(FileTest, ClosedStreamCantBeFlushed) {
-    EXPECT_FALSE(StreamFile().flush());
+TEST_F(FileTest, FailedCloseKeepsOpenFromOpening) {
+    writeFile("x", "");
+    File file;
+    file.open(path("x"), Access::read);
+    CloseHandle(file.nativeHandle());
+    EXPECT_EQ(codeThrownBy<vek::OsError>([&] { file.open(path("x"), Access::read); }),
+              static_cast<std::uint32_t>(ERROR_INVALID_HANDLE));
+    EXPECT_FALSE(file.isOpen());
+    EXPECT_NO_THROW(file.open(path("x"), Access::read));
 }
 
-TEST(ProgramDirectory, IsWhereThisProgramStands) {
-    char module[260] = {};
-    GetModuleFileNameA(nullptr, module, sizeof module);
-    const std::string directory = vek::programDirectory();
-    const std::string name = module;
-    EXPECT_EQ(directory, name.substr(0, name.rfind('\\')));
+TEST_F(FileTest, PathWithAZeroByteIsRefused) {
+    writeFile("x", "text");
+    const std::string hostile = path("x") + std::string("\0y", 2);
+    File file;
+    EXPECT_EQ(
+        codeThrownBy<vek::FsError>([&] { file.open(hostile, Access::write, vek::fs::replace); }),
+        static_cast<std::uint32_t>(ERROR_INVALID_NAME));
+    EXPECT_EQ(readFile("x"), "text");
 }
+
+TEST_F(FileTest, VeryLongPathIsRefused) {
+    File file;
+    EXPECT_EQ(codeThrownBy<vek::FsError>(
+                  [&] { file.open("C:\\" + std::string(32000, 'a'), Access::read); }),
+              static_cast<std::uint32_t>(ERROR_FILENAME_EXCED_RANGE));
+}
+
+static_assert(!std::is_copy_constructible_v<File> && !std::is_copy_assignable_v<File>);
+static_assert(!std::is_copy_constructible_v<StreamFile> && !std::is_copy_assignable_v<StreamFile>);
+static_assert(std::is_nothrow_move_constructible_v<File>);
+static_assert(std::is_nothrow_move_constructible_v<StreamFile>);
+static_assert(std::is_base_of_v<vek::NoCopy, File>);
 
 }  // namespace

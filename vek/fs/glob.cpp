@@ -1,0 +1,57 @@
+#include "vek/fs/glob.h"
+
+#include <algorithm>
+
+#include "vek/base/scope_guard.h"
+#include "vek/base/windows.h"
+#include "vek/exception.h"
+#include "vek/fs/path_text.h"
+#include "vek/fs/system_path.h"
+
+namespace vek::fs {
+
+namespace {
+
+void endSearch(HANDLE* search) {
+    FindClose(*search);
+}
+
+// What is put ahead of each name found.
+std::string directoryOf(std::string pattern) {
+    if (pattern.find('\\') == std::string::npos) {
+        return "";
+    }
+    dirName(pattern);
+    return pattern.empty() ? "" : pattern + "\\";
+}
+
+}  // namespace
+
+std::vector<std::string> glob(const std::string& pattern, bool sorted) {
+    std::string searched = pattern;
+    removeTrailingSeparators(searched);
+    const std::string directory = directoryOf(searched);
+    std::vector<std::string> found;
+    WIN32_FIND_DATAA entry;
+    HANDLE search = FindFirstFileA(systemPath(searched), &entry);
+    if (search == INVALID_HANDLE_VALUE) {
+        const DWORD error = GetLastError();
+        if (error == ERROR_FILE_NOT_FOUND) {
+            return found;
+        }
+        throw FsError(pattern, error);
+    }
+    const ScopeGuard<HANDLE> closing(&search, &endSearch);
+    do {
+        found.push_back(directory + entry.cFileName);
+    } while (FindNextFileA(search, &entry) != 0);
+    if (const DWORD error = GetLastError(); error != ERROR_NO_MORE_FILES) {
+        throw OsError(error);
+    }
+    if (sorted) {
+        std::sort(found.begin(), found.end());
+    }
+    return found;
+}
+
+}  // namespace vek::fs

@@ -1,0 +1,26 @@
+// vek::fs::SecurityAttributes: the attributes of a new file as text, for messages.
+#pragma once
+
+#include <iosfwd>
+
+#include "vek/base/windows.h"
+
+namespace vek::fs {
+
+struct SecurityAttributes {
+    // Not owned; null if there are none.
+    SECURITY_ATTRIBUTES* record = nullptr;
+};
+
+// Writes "attributes not set" if there is no record; otherwise its length, its descriptor's access
+// list in double quotes (of the system's descriptor language, or "<null>" without a descriptor) and
+// its inherit flag, as in
+//
+//     len=12 sddl="D:(A;;GA;;;AU)" inherit=0
+//
+// The numbers are decimal, whatever the stream is set to. Stands on
+// ConvertSecurityDescriptorToStringSecurityDescriptorA. Throws OsError for a descriptor that the
+// system refuses; nothing is written then.
+std::ostream& operator<<(std::ostream& out, const SecurityAttributes& attributes);
+
+}  // namespace vek::fs
