@@ -36,7 +36,7 @@ class GuiRestart : public support::HelperFixture {
   protected:
     // The GUI's raw command line, or "" if it didn't come up.
     std::string guiCommandLine(unsigned waitMs = limitMs) {
-        return support::waitUntil([&] { return support::exists(guiFile()); }, waitMs)
+        return support::waitUntil([&] { return support::isReadable(guiFile()); }, waitMs)
                    ? support::readFile(guiFile())
                    : "";
     }

@@ -22,6 +22,9 @@ void makeDirectory(const std::string& path);
 // True for a file and for a directory.
 bool exists(const std::string& path);
 
+// True for a file that can be read at this moment: nobody holds it to themselves.
+bool isReadable(const std::string& path);
+
 // The directory for temporary files, without a separator at its end.
 std::string temporaryDirectory();
 

@@ -14,20 +14,47 @@ using vek::VekPal;
 // An upper bound for what takes an instant.
 constexpr DWORD limitMs = 20000;
 
-// Signals an event when it is told to quit.
-struct Quitter final : vek::VekPalInit {
-    Quitter() : told(CreateEventA(nullptr, FALSE, FALSE, nullptr)) {}
-    ~Quitter() { CloseHandle(told); }
-    Quitter(const Quitter&) = delete;
-    Quitter& operator=(const Quitter&) = delete;
-    void onQuit() override {
-        thread = GetCurrentThreadId();
-        SetEvent(told);
-    }
-    bool wasTold() const { return WaitForSingleObject(told, limitMs) == WAIT_OBJECT_0; }
+// Takes a console control event on the thread that the system makes for it.
+class Told {
+  public:
+    Told() : event(CreateEventA(nullptr, FALSE, FALSE, nullptr)) {}
+    ~Told() { CloseHandle(event); }
+    Told(const Told&) = delete;
+    Told& operator=(const Told&) = delete;
 
-    HANDLE told;
-    DWORD thread = 0;
+    // For that thread.
+    void tell() {
+        threadId = GetCurrentThreadId();
+        DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &thread, 0,
+                        FALSE, DUPLICATE_SAME_ACCESS);
+        SetEvent(event);
+    }
+
+    // True once an event has come and its thread has ended, so that nothing of it is under way any
+    // more.
+    bool wait() {
+        if (WaitForSingleObject(event, limitMs) != WAIT_OBJECT_0) {
+            return false;
+        }
+        const bool ended = WaitForSingleObject(thread, limitMs) == WAIT_OBJECT_0;
+        CloseHandle(thread);
+        return ended;
+    }
+
+    bool isPending() const { return WaitForSingleObject(event, 0) == WAIT_OBJECT_0; }
+
+    DWORD threadId = 0;
+
+  private:
+    HANDLE event;
+    HANDLE thread = nullptr;
+};
+
+struct Quitter final : vek::VekPalInit {
+    void onQuit() override { told.tell(); }
+    bool wasTold() { return told.wait(); }
+
+    Told told;
 };
 
 TEST(ConsoleEvents, ReachTheQuitObjectsAndDoNotEndTheProgram) {
@@ -36,7 +63,7 @@ TEST(ConsoleEvents, ReachTheQuitObjectsAndDoNotEndTheProgram) {
     pal.addQuitObject(quitter);
     ASSERT_NE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0), 0) << GetLastError();
     ASSERT_TRUE(quitter.wasTold());
-    EXPECT_NE(quitter.thread, GetCurrentThreadId());
+    EXPECT_NE(quitter.told.threadId, GetCurrentThreadId());
 }
 
 TEST(ConsoleEvents, ReachEveryObjectThatHandlesThem) {
@@ -70,38 +97,31 @@ TEST(ConsoleEvents, CanBeHandledLaterThanAtTheStart) {
 }
 
 // Another handler, which is asked if the object's own is not there.
-HANDLE othersTold = nullptr;
+Told* othersTold = nullptr;
 
 BOOL WINAPI otherHandler(DWORD) {
-    SetEvent(othersTold);
+    othersTold->tell();
     return TRUE;
 }
 
 class OtherHandler : public testing::Test {
   protected:
     OtherHandler() {
-        othersTold = CreateEventA(nullptr, FALSE, FALSE, nullptr);
+        othersTold = &told;
         SetConsoleCtrlHandler(otherHandler, TRUE);
     }
-    ~OtherHandler() override {
-        SetConsoleCtrlHandler(otherHandler, FALSE);
-        CloseHandle(othersTold);
-    }
-    bool wasTold(DWORD timeoutMs) const {
-        return WaitForSingleObject(othersTold, timeoutMs) == WAIT_OBJECT_0;
-    }
+    ~OtherHandler() override { SetConsoleCtrlHandler(otherHandler, FALSE); }
+
+    Told told;
 };
 
 TEST_F(OtherHandler, IsNotAskedWhileAnObjectHandlesEvents) {
     VekPal pal(true, 0, 4, nullptr);
     Quitter quitter;
     pal.addQuitObject(quitter);
-    // By the second event the handling of the first is over.
-    for (int i = 0; i < 2; ++i) {
-        ASSERT_NE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0), 0);
-        EXPECT_TRUE(quitter.wasTold());
-    }
-    EXPECT_FALSE(wasTold(0));
+    ASSERT_NE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0), 0);
+    EXPECT_TRUE(quitter.wasTold());
+    EXPECT_FALSE(told.isPending());
 }
 
 TEST_F(OtherHandler, IsAskedWhereNoObjectHandlesEvents) {
@@ -109,14 +129,14 @@ TEST_F(OtherHandler, IsAskedWhereNoObjectHandlesEvents) {
     Quitter quitter;
     pal.addQuitObject(quitter);
     ASSERT_NE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0), 0);
-    EXPECT_TRUE(wasTold(limitMs));
-    EXPECT_EQ(WaitForSingleObject(quitter.told, 0), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_TRUE(told.wait());
+    EXPECT_FALSE(quitter.told.isPending());
 }
 
 TEST_F(OtherHandler, IsAskedAgainOnceTheLastObjectHasGone) {
     { const VekPal pal(true, 0, 4, nullptr); }
     ASSERT_NE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0), 0);
-    EXPECT_TRUE(wasTold(limitMs));
+    EXPECT_TRUE(told.wait());
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/open_handles.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/fs/null_device.h"
@@ -28,12 +29,6 @@ bool winsockStands() {
     }
     closesocket(made);
     return true;
-}
-
-DWORD handleCount() {
-    DWORD count = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &count);
-    return count;
 }
 
 TEST(VekPal, MakesEverythingReadyAndTakesItBack) {
@@ -90,11 +85,11 @@ TEST(VekPal, SecondReplacesTheFirstAndEitherEndLeavesNone) {
 
 TEST(VekPal, ThousandStartsAndStopsLeaveNoHandle) {
     { const VekPal warmUp(true, 0, 4, nullptr); }
-    const DWORD before = handleCount();
+    const std::size_t before = support::openHandles().size();
     for (int i = 0; i < 1000; ++i) {
         const VekPal pal(true, 0, 4, nullptr);
     }
-    EXPECT_EQ(handleCount(), before);
+    EXPECT_EQ(support::openHandles().size(), before);
 }
 
 TEST(VekPal, ConditionsWorkInEveryLife) {

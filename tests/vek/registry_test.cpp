@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/open_handles.h"
 #include "tests/vek/registry_fixture.h"
 
 namespace {
@@ -169,9 +170,9 @@ TEST_F(Registry, DestructionCloses) {
 
 TEST_F(Registry, NoHandleIsLeftBehind) {
     store("odd", REG_DWORD, "12");
-    DWORD before = 0;
-    DWORD after = 0;
-    for (DWORD* const count : {&before, &after}) {
+    std::size_t before = 0;
+    std::size_t after = 0;
+    for (std::size_t* const count : {&before, &after}) {
         for (int i = 0; i < 20; ++i) {
             RegistryKey key = open();
             key.createSubkey("a")->openSubkey("", READ);
@@ -181,7 +182,7 @@ TEST_F(Registry, NoHandleIsLeftBehind) {
             EXPECT_EQ(RegistryKey::readDword(raw, "", "none", 5, 0), 5u);
             vek::systemInformation();
         }
-        EXPECT_NE(GetProcessHandleCount(GetCurrentProcess(), count), 0);
+        *count = support::openHandles().size();
     }
     EXPECT_EQ(before, after);
 }

@@ -19,18 +19,25 @@ class TemporaryDirectoryTest : public testing::Test {
   protected:
     TemporaryDirectoryTest() {
         char base[MAX_PATH] = {};
-        char name[MAX_PATH] = {};
         GetTempPathA(sizeof base, base);
-        if (GetTempFileNameA(base, "vek", 0, name) == 0 || DeleteFileA(name) == 0 ||
-            CreateDirectoryA(name, nullptr) == 0) {
-            ADD_FAILURE() << "no temporary directory: error " << GetLastError();
+        // Tests run side by side, so the name is that of this process, and a directory that a
+        // process of the same id has left is passed over.
+        for (int i = 0; root.empty() && i < 1000; ++i) {
+            const std::string name = std::string(base) + "vek-test-" +
+                                     std::to_string(GetCurrentProcessId()) + "-" +
+                                     std::to_string(i);
+            if (CreateDirectoryA(name.c_str(), nullptr) != 0) {
+                root = name;
+            }
         }
-        root = name;
+        EXPECT_NE(root, "") << "no temporary directory: error " << GetLastError();
     }
 
     ~TemporaryDirectoryTest() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(root, ignored);
+        if (!root.empty()) {
+            std::error_code ignored;
+            std::filesystem::remove_all(root, ignored);
+        }
     }
 
     // The full path of `name` in the directory, or of the directory itself.

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "tests/support/open_handles.h"
 #include "vek/base/windows.h"
 
 namespace vek::test {
@@ -46,17 +47,8 @@ inline std::string childCommand(const std::string& arguments) {
     return "\"" + program.substr(0, program.rfind('\\')) + "\\os_child.exe\" " + arguments;
 }
 
-// By trying each value that a handle may have: Wine's GetProcessHandleCount doesn't count.
 inline int handlesOfThisProcess() {
-    constexpr std::uintptr_t behindLast = 0x4000;
-    int count = 0;
-    for (std::uintptr_t value = 4; value < behindLast; value += 4) {
-        DWORD flags = 0;
-        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0) {
-            ++count;
-        }
-    }
-    return count;
+    return static_cast<int>(support::openHandles().size());
 }
 
 }  // namespace vek::test

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/open_handles.h"
 #include "vek/base/optional_function.h"
 #include "vek/base/shared_lib.h"
 #include "vek/base/windows.h"
@@ -107,17 +108,7 @@ class Barrier {
     std::atomic<int> round = 0;
 };
 
-// The values of this process's handles.
-inline std::set<std::uintptr_t> openHandles() {
-    std::set<std::uintptr_t> open;
-    DWORD flags = 0;
-    for (std::uintptr_t value = 4; value < 0x4000; value += 4) {
-        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0) {
-            open.insert(value);
-        }
-    }
-    return open;
-}
+using support::openHandles;
 
 // The text of the exception of class E that `f` throws.
 template <class E, class F>
