@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/vek/fs/open_files.h"
 #include "tests/vek/fs/other_volume.h"
 #include "tests/vek/fs/thrown.h"
 #include "vek/exception.h"
@@ -16,6 +17,7 @@ using vek::fs::File;
 using vek::fs::StreamFile;
 using vek::fs::Whence;
 using vek::test::codeThrownBy;
+using vek::test::isClosed;
 using vek::test::textThrownBy;
 
 class CopierTest : public vek::test::TwoVolumesTest {
@@ -24,17 +26,6 @@ class CopierTest : public vek::test::TwoVolumesTest {
         StreamFile file;
         file.open(path(name), access);
         return file;
-    }
-
-    // Whether nobody has the file open.
-    bool isClosed(const std::string& name) const {
-        const HANDLE file = CreateFileA(path(name).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file == INVALID_HANDLE_VALUE) {
-            return false;
-        }
-        CloseHandle(file);
-        return true;
     }
 };
 
@@ -53,15 +44,15 @@ TEST_F(CopierTest, CopiesAnySizeFromPathToPath) {
         Copier().copy(path(name), path(name + ".copy"));
         EXPECT_EQ(readFile(name + ".copy"), pattern(size)) << size;
         EXPECT_EQ(readFile(name), pattern(size)) << size;
-        EXPECT_TRUE(isClosed(name));
-        EXPECT_TRUE(isClosed(name + ".copy"));
+        EXPECT_TRUE(isClosed(path(name)));
+        EXPECT_TRUE(isClosed(path(name + ".copy")));
     }
 }
 
 TEST_F(CopierTest, EmptySourceMakesAnEmptyTarget) {
     writeFile("x", "");
     Copier().copy(path("x"), path("y"));
-    EXPECT_TRUE(isClosed("y"));
+    EXPECT_TRUE(isClosed(path("y")));
     EXPECT_EQ(readFile("y"), "");
 }
 
@@ -74,7 +65,7 @@ TEST_F(CopierTest, ExistingTargetIsAnErrorWithoutTheOption) {
                   static_cast<std::uint32_t>(ERROR_FILE_EXISTS))
             << options;
         EXPECT_EQ(readFile("y"), "old");
-        EXPECT_TRUE(isClosed("x"));
+        EXPECT_TRUE(isClosed(path("x")));
     }
 }
 
@@ -145,8 +136,8 @@ TEST_F(CopierTest, FileToPathGoesOnWhereTheFileStandsAndClosesIt) {
     Copier().copy(std::move(source), path("y"));
     EXPECT_EQ(readFile("y"), "tents");
     EXPECT_FALSE(source.isOpen());
-    EXPECT_TRUE(isClosed("x"));
-    EXPECT_TRUE(isClosed("y"));
+    EXPECT_TRUE(isClosed(path("x")));
+    EXPECT_TRUE(isClosed(path("y")));
 }
 
 TEST_F(CopierTest, FileToPathClosesTheFileAfterAFailureToo) {
@@ -155,7 +146,7 @@ TEST_F(CopierTest, FileToPathClosesTheFileAfterAFailureToo) {
     EXPECT_EQ(
         codeThrownBy<vek::FsError>([&] { Copier().copy(opened("x", Access::read), path("y")); }),
         static_cast<std::uint32_t>(ERROR_FILE_EXISTS));
-    EXPECT_TRUE(isClosed("x"));
+    EXPECT_TRUE(isClosed(path("x")));
 }
 
 TEST_F(CopierTest, PathToFileEmptiesTheTargetAndClosesIt) {
@@ -166,13 +157,13 @@ TEST_F(CopierTest, PathToFileEmptiesTheTargetAndClosesIt) {
     Copier().copy(path("x"), std::move(target));
     EXPECT_EQ(readFile("y"), "contents");
     EXPECT_FALSE(target.isOpen());
-    EXPECT_TRUE(isClosed("x"));
-    EXPECT_TRUE(isClosed("y"));
+    EXPECT_TRUE(isClosed(path("x")));
+    EXPECT_TRUE(isClosed(path("y")));
 }
 
 TEST_F(CopierTest, FailureHalfWayClosesBothSides) {
     EXPECT_THROW(Copier().copy(unreadableFile, path("y")), vek::OsError);
-    EXPECT_TRUE(isClosed("y"));
+    EXPECT_TRUE(isClosed(path("y")));
     EXPECT_EQ(readFile("y"), "");
 }
 
@@ -181,7 +172,7 @@ TEST_F(CopierTest, FailedWriteClosesTheSource) {
     EXPECT_EQ(codeThrownBy<vek::OsError>(
                   [&] { Copier(vek::fs::overwriteTarget).copy(path("x"), fullFile); }),
               static_cast<std::uint32_t>(ERROR_DISK_FULL));
-    EXPECT_TRUE(isClosed("x"));
+    EXPECT_TRUE(isClosed(path("x")));
 }
 
 TEST_F(CopierTest, SourceThatCantBeAskedIsAnOsError) {
@@ -274,8 +265,8 @@ TEST_F(CopierTest, NullBufferIsAUsageError) {
     copier.setBuffer(nullptr, 4);
     EXPECT_EQ(textThrownBy<vek::UsageError>([&] { copier.copy(path("x"), path("y")); }),
               "Usage error: bad buffer passed to Copier instance");
-    EXPECT_TRUE(isClosed("x"));
-    EXPECT_TRUE(isClosed("y"));
+    EXPECT_TRUE(isClosed(path("x")));
+    EXPECT_TRUE(isClosed(path("y")));
     std::string buffer = "....";
     copier.setBuffer(buffer.data(), 4);
     copier.copy(path("x"), path("y"));
@@ -319,7 +310,7 @@ TEST_F(CopierTest, FailedCloseAtTheEndThrowsAndTheTargetIsClosed) {
     EXPECT_EQ(codeThrownBy<vek::OsError>([&] { Copier().copy(std::move(source.file), path("y")); }),
               static_cast<std::uint32_t>(ERROR_INVALID_HANDLE));
     EXPECT_EQ(readFile("y"), "contents");
-    EXPECT_TRUE(isClosed("y"));
+    EXPECT_TRUE(isClosed(path("y")));
 }
 
 TEST_F(CopierTest, FailedCloseIsDroppedWhileAnExceptionPasses) {
