@@ -59,7 +59,7 @@ void setConsoleColors(bool forStdout, bool forStderr);
 bool colorEnabled(const std::ostream& stream);
 
 // Colours what is written next on the console of `stream`, first the background, then the
-// foreground. Does nothing if colours are off for the stream and the spec doesn't force them. A
+// foreground. Does nothing if colours are off for the stream and the ColorSpec doesn't force them. A
 // forced colour on a stream other than std::cerr acts on the standard output's console. The result
 // is `stream`. Stands on GetConsoleScreenBufferInfo and SetConsoleTextAttribute.
 //
