@@ -59,9 +59,9 @@ void setConsoleColors(bool forStdout, bool forStderr);
 bool colorEnabled(const std::ostream& stream);
 
 // Colours what is written next on the console of `stream`, first the background, then the
-// foreground. Does nothing if colours are off for the stream and the ColorSpec doesn't force them. A
-// forced colour on a stream other than std::cerr acts on the standard output's console. The result
-// is `stream`. Stands on GetConsoleScreenBufferInfo and SetConsoleTextAttribute.
+// foreground. Does nothing if colours are off for the stream and the ColorSpec doesn't force them.
+// A forced colour on a stream other than std::cerr acts on the standard output's console. The
+// result is `stream`. Stands on GetConsoleScreenBufferInfo and SetConsoleTextAttribute.
 //
 // Throws OsError if one of these fails, as they do where there is no console.
 std::ostream& applyColor(std::ostream& stream, const ColorSpec& spec);
