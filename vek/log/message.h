@@ -32,12 +32,20 @@ class Message {
     virtual bool hasAttrs() const { return false; }
 
     // Renders this message by a compiled format into `stream`, without a line end, and gives the
-    // stream back. With `useColor`, the keywords of colour take effect.
+    // stream back. With `useColor`, the keywords of colour take effect: they colour the console of
+    // `stream` at once, by applyColor and resetColor, where colours are on for it.
+    //
+    // Numbers are decimal whatever the stream's flags say; the level's name stands in a field of 5
+    // characters, with the stream's own adjustment and fill. The width that the stream has is left
+    // alone. Allocates nothing but the text of a "{date}". Safe from any thread that has the stream
+    // to itself. Throws OsError if a colour has no console to act on, and what the stream throws if
+    // it is set up to do that; a stream that fails in silence isn't noticed.
     std::ostream& printFormatted(std::ostream& stream, const std::vector<FormatToken>& tokens,
                                  bool useColor) const;
 
-    // Renders the default layout, as "[ WARN] logger: text", without a line end, and gives the
-    // stream back. The first three flags put process id, thread id and time ahead of it.
+    // Renders the default layout, as "[ WARN] logger: text", in the same way. The first three flags
+    // put process id, thread id and local time, as strftime gives it for "%c", ahead of it; with
+    // `useColor` the part behind these is coloured.
     std::ostream& printPlain(std::ostream& stream, bool printPids, bool printTids, bool printTime,
                              bool useColor) const;
 

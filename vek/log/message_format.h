@@ -15,24 +15,31 @@ struct FormatToken {
     std::int32_t keyword;
 };
 
-// The values of FormatToken::keyword.
+// The values of FormatToken::keyword. Any other renders nothing.
 enum FormatKeyword : std::int32_t {
-    keywordLevel = 0,
-    keywordCategory = 1,
-    keywordMessage = 2,
-    keywordPid = 3,
-    keywordTid = 4,
-    keywordDate = 5,
-    keywordTimestampSeconds = 6,
-    keywordAttrs = 7,
-    keywordColorStart = 8,
-    keywordColorEnd = 9,
+    keywordLevel = 0,             // {level}, {scope}: the level's name, in 5 characters
+    keywordCategory = 1,          // {category}, {agent}: the logger's name
+    keywordMessage = 2,           // {msg}: the text
+    keywordPid = 3,               // {pid}: the process id
+    keywordTid = 4,               // {tid}: the thread id
+    keywordDate = 5,              // {date}: local time, as 2024-02-29 13:05:09
+    keywordTimestampSeconds = 6,  // {timestamp_s}: seconds since 1970, as "1709211909 s"
+    keywordAttrs = 7,             // {attrs}: " (key = value, key = value)", or nothing
+    keywordColorStart = 8,        // {color_start}: the level's colour from here on
+    keywordColorEnd = 9,          // {color_end}: white on black from here on
     keywordLiteral = 10,
 };
 
-// Compiles `format`. An unknown keyword is reported on std::cerr and stays as literal text. An
-// empty format gives one empty literal, which renders as nothing; only an empty array means the
-// default layout. Safe from any thread. Throws nothing but std::bad_alloc.
+// Compiles `format`: keywords, byte for byte with their braces, and the literals ahead of, between
+// and behind them, also where these are empty. So "{level}{msg}" gives five tokens.
+//
+// An unknown keyword is reported on std::cerr and stays as literal text, in which the search for
+// the next one goes on behind its "{". A "{" that nothing closes is literal text without a report.
+// An empty format gives one empty literal, which renders as nothing; only an empty array means the
+// default layout.
+//
+// Safe from any thread, also ahead of main; the reports of two threads may mix. Throws nothing but
+// std::bad_alloc.
 std::vector<FormatToken> compileFormat(const std::string& format);
 
 }  // namespace vek::log

@@ -1,0 +1,154 @@
+// What rendering takes from the heap. A program of its own, since it counts every allocation.
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <ostream>
+#include <streambuf>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/vek/log/debugger_output.h"
+#include "tests/vek/log/sample_message.h"
+#include "vek/log/debugger_sink.h"
+#include "vek/log/message.h"
+#include "vek/log/message_format.h"
+#include "vek/time/date_time.h"
+
+namespace {
+
+std::size_t allocations = 0;
+// A larger allocation fails.
+std::size_t largest = static_cast<std::size_t>(-1);
+
+void* allocate(std::size_t size) {
+    ++allocations;
+    void* const memory = size <= largest ? std::malloc(size != 0 ? size : 1) : nullptr;
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    return allocate(size);
+}
+
+void* operator new[](std::size_t size) {
+    return allocate(size);
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace {
+
+using namespace vek::log;
+using vek::test::DebuggerOutput;
+using vek::test::SampleAttrMessage;
+using vek::test::SampleMessage;
+
+// A stream that needs no memory of its own.
+class FixedBuffer : public std::streambuf {
+  public:
+    FixedBuffer() { setp(space, space + sizeof space); }
+    std::string text() const { return std::string(pbase(), pptr()); }
+
+  private:
+    char space[4096];
+};
+
+template <typename Work>
+std::size_t allocationsOf(const Work& work) {
+    const std::size_t before = allocations;
+    work();
+    return allocations - before;
+}
+
+class Allocations : public testing::Test {
+  protected:
+    Allocations() {
+        message.attrs = {{"a key that is longer than a short text", std::string(100, 'v')},
+                         {"b", "2"}};
+        message.text = std::string(300, 't');
+    }
+
+    std::size_t ofFormat(const std::string& format) {
+        const std::vector<FormatToken> tokens = compileFormat(format);
+        return allocationsOf([&] { message.printFormatted(stream, tokens, true); });
+    }
+
+    // Those of turning a time into text, however often the library has to.
+    static std::size_t ofTime(const char* pattern) {
+        return allocationsOf([&] {
+            vek::time::DateTime time;
+            time.setLocalFromSeconds(1);
+            time.format(pattern);
+        });
+    }
+
+    SampleAttrMessage message{DEBUG};
+    FixedBuffer buffer;
+    std::ostream stream{&buffer};
+};
+
+TEST_F(Allocations, AreCounted) {
+    EXPECT_EQ(allocationsOf([] { delete new int; }), 1u);
+    EXPECT_EQ(allocationsOf([] { const std::string text(100, 'x'); }), 1u);
+}
+
+TEST_F(Allocations, CompiledFormatNeedsNone) {
+    EXPECT_EQ(ofFormat("a literal that is longer than a short text {level} {scope} {category} "
+                       "{agent} {msg} {pid} {tid} {timestamp_s}{attrs} {color_start}{color_end}"),
+              0u);
+    EXPECT_NE(buffer.text().find("b = 2"), std::string::npos);
+}
+
+TEST_F(Allocations, DateNeedsThoseOfItsText) {
+    EXPECT_EQ(ofFormat("{date}"), ofTime("%Y-%m-%d %H:%M:%S"));
+    EXPECT_LE(ofFormat("{date}"), 1u);
+    EXPECT_EQ(ofFormat("{level}{date}{msg}{attrs}{date}"), 2 * ofFormat("{date}"));
+}
+
+TEST_F(Allocations, DefaultLayoutNeedsThoseOfItsTime) {
+    EXPECT_EQ(allocationsOf([&] { message.printPlain(stream, true, true, false, true); }), 0u);
+    EXPECT_EQ(allocationsOf([&] { message.printPlain(stream, true, true, true, true); }),
+              ofTime("%c"));
+    EXPECT_LE(ofTime("%c"), 1u);
+}
+
+TEST_F(Allocations, MemoryThatRunsOutCostsTheDebuggerSinkNoLaterMessage) {
+    const DebuggerOutput debugger;
+    DebuggerSink sink({true, false, false, false, INVALID, compileFormat("{msg}")});
+    const SampleMessage large(INFO, std::string(100000, 'x'));
+    largest = 50000;
+    try {
+        sink.store(large);
+    } catch (const std::bad_alloc&) {
+        // The stream keeps its own lack of memory to itself; that of the copy comes out.
+    }
+    largest = static_cast<std::size_t>(-1);
+    const std::size_t before = debugger.texts().size();
+    sink.store(SampleMessage(INFO, "later"));
+    EXPECT_TRUE(before == 0 || debugger.texts().front() != large.text + "\n") << "not too large";
+    ASSERT_EQ(debugger.texts().size(), before + 1);
+    EXPECT_EQ(debugger.texts().back(), "later\n");
+}
+
+}  // namespace
