@@ -20,9 +20,8 @@ class DebuggerSink : public Sink {
     using Sink::store;
     // Hands `message` with a line feed behind it, as one text and never with colours, to
     // OutputDebugStringA; without a listener that has no effect. The system takes the text up to
-    // its first NUL, so that a message that holds one is cut there, the line feed included; a
-    // listener other than a debugger gets its first 4091 bytes. SinkConfig::enabled isn't looked
-    // at. Throws nothing but std::bad_alloc.
+    // its first NUL, so that a message that holds one is cut there, the line feed included.
+    // SinkConfig::enabled isn't looked at. Throws nothing but std::bad_alloc.
     void store(const Message& message) override;
 
     // "debugger".

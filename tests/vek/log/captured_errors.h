@@ -8,11 +8,18 @@
 
 namespace vek::test {
 
-// Takes the place of std::cerr's buffer while it lives.
+// Takes the place of std::cerr's buffer while it lives. The stream is flushed then only where the
+// program flushes it, not by itself after each piece.
 class CapturedErrors {
   public:
-    CapturedErrors() { std::cerr.rdbuf(&buffer); }
-    ~CapturedErrors() { std::cerr.rdbuf(original); }
+    CapturedErrors() {
+        std::cerr.rdbuf(&buffer);
+        std::cerr.unsetf(std::ios_base::unitbuf);
+    }
+    ~CapturedErrors() {
+        std::cerr.setf(std::ios_base::unitbuf);
+        std::cerr.rdbuf(original);
+    }
     CapturedErrors(const CapturedErrors&) = delete;
     CapturedErrors& operator=(const CapturedErrors&) = delete;
 

@@ -183,11 +183,15 @@ class Monitor {
 };
 
 TEST(DebuggerSink, ReachesAMonitorOfTheSession) {
-    Monitor monitor;
-    DebuggerSink sink(withoutFlags());
-    sink.store(SampleMessage(ERR, "first"));
-    sink.store(SampleMessage(INFO, "second"));
-    EXPECT_EQ(monitor.received(), "[  ERR] tolmarhlp: first\n[ INFO] tolmarhlp: second\n");
+    std::string received;
+    {
+        Monitor monitor;
+        DebuggerSink sink(withoutFlags());
+        sink.store(SampleMessage(ERR, "first"));
+        sink.store(SampleMessage(INFO, "second"));
+        received = monitor.received();
+    }
+    EXPECT_EQ(received, "[  ERR] tolmarhlp: first\n[ INFO] tolmarhlp: second\n");
 }
 
 }  // namespace
