@@ -36,6 +36,9 @@ class NamedEvent : public NoCopy {
     }
     void set() const { SetEvent(handle); }
 
+    // False if it isn't set in time.
+    bool await() const { return WaitForSingleObject(handle, limitMs) == WAIT_OBJECT_0; }
+
     const std::string name = "vek-proc-test-" + std::to_string(GetCurrentProcessId()) + "-" +
                              std::to_string(reinterpret_cast<std::uintptr_t>(this));
 
