@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <cstdlib>
 
 #include "tests/support/open_handles.h"
 #include "tests/vek/proc/inherited_pipes.h"
@@ -139,6 +139,32 @@ TEST_F(Exchange, ChildThatFailsGivesFalseAndItsOutput) {
     EXPECT_EQ(output, "out");
     EXPECT_EQ(errors, "err");
     EXPECT_EQ(program.getStatus().code, 9u);
+}
+
+// Leaves no room for the stack of another thread.
+void takeTheAddressSpace() {
+    for (SIZE_T size = 64u << 20; size >= 512u << 10; size /= 2) {
+        while (VirtualAlloc(nullptr, size, MEM_RESERVE, PAGE_NOACCESS) != nullptr) {
+        }
+    }
+}
+
+[[noreturn]] void exchangeWithoutRoom(Program& program) {
+    std::string text;
+    try {
+        // The shepherd has its thread.
+        program.exchange(nullptr, &text, nullptr);
+        takeTheAddressSpace();
+        program.exchange(nullptr, &text, nullptr);
+    } catch (...) {
+        std::_Exit(1);
+    }
+    std::_Exit(2);
+}
+
+TEST_F(Exchange, ThreadThatCannotBeStartedEndsTheProcessThroughTerminate) {
+    prepare(program, {"say", "text", "", "0"});
+    EXPECT_EXIT(exchangeWithoutRoom(program), testing::ExitedWithCode(3), "unhandled exception");
 }
 
 TEST_F(Exchange, LeavesNoHandleAndNoThread) {

@@ -1,4 +1,5 @@
 #include "tests/support/open_handles.h"
+#include "tests/vek/proc/own_streams.h"
 #include "tests/vek/proc/proc_test.h"
 #include "tests/vek/proc/temporary_file.h"
 
@@ -57,9 +58,12 @@ TEST_F(PipeInto, LeavesNoHandleAndNoStaleStream) {
     EXPECT_TRUE(first.pipeInto(second));
     EXPECT_EQ(support::openHandles().size(), before);
     // Kept now, the input is that of this process, as there is no pipe any more.
-    prepare(second, {"exit", "0"});
+    const TemporaryFile result;
+    prepare(second, {"streams", result.path});
+    const vek::test::OwnStreams streams(file.handle());
     second.start(Program::KeepStdin);
     EXPECT_TRUE(second.finish());
+    EXPECT_EQ(result.contents(), "1 1 1 ");
 }
 
 TEST_F(PipeInto, ReaderThatCannotBeStartedLeavesTheWriterToTheCaller) {

@@ -1,8 +1,9 @@
+#include <algorithm>
+
 #include <fcntl.h>
 #include <io.h>
 
 #include "tests/vek/proc/proc_test.h"
-#include "vek/base/format.h"
 
 namespace {
 
