@@ -2,6 +2,7 @@
 #include "tests/vek/proc/own_streams.h"
 #include "tests/vek/proc/proc_test.h"
 #include "tests/vek/proc/temporary_file.h"
+#include "vek/fs/null_device.h"
 
 namespace {
 
@@ -60,10 +61,10 @@ TEST_F(PipeInto, LeavesNoHandleAndNoStaleStream) {
     // Kept now, the input is that of this process, as there is no pipe any more.
     const TemporaryFile result;
     prepare(second, {"streams", result.path});
-    const vek::test::OwnStreams streams(file.handle());
+    const vek::test::OwnStreams streams(vek::fs::nullOutput()->nativeHandle());
     second.start(Program::KeepStdin);
     EXPECT_TRUE(second.finish());
-    EXPECT_EQ(result.contents(), "1 1 1 ");
+    EXPECT_EQ(result.contents(), "2 2 2 ");
 }
 
 TEST_F(PipeInto, ReaderThatCannotBeStartedLeavesTheWriterToTheCaller) {
