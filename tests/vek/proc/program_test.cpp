@@ -181,6 +181,9 @@ TEST_F(ProgramTest, SecondStartWhileAChildIsThereThrows) {
 
 TEST_F(ProgramTest, StartThatFailsClosesItsPipesWithoutAReport) {
     Program program;
+    // The shepherd has started, with all that it opens.
+    prepare(program, {"exit", "0"});
+    EXPECT_TRUE(program.run(true));
     program.setArguments({"C:\\no\\such\\program.exe"}, true);
     EXPECT_THROW(program.start(0), OsError);
     const std::size_t before = support::openHandles().size();
