@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/idle_child.h"
 #include "tests/vek/fs/open_files.h"
 #include "tests/vek/fs/other_volume.h"
 #include "vek/base/windows.h"
@@ -131,28 +132,10 @@ TEST_F(AppendBufferTest, OthersMayReadWriteRenameAndDelete) {
 
 TEST_F(AppendBufferTest, ChildrenDoNotInheritTheFile) {
     ASSERT_TRUE(buffer.open(path("x")));
-    char command[] = "cmd /c pause";
-    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    HANDLE input = nullptr;
-    HANDLE inputEnd = nullptr;
-    ASSERT_NE(CreatePipe(&input, &inputEnd, &inherited, 0), 0);
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = input;
-    PROCESS_INFORMATION child = {};
-    ASSERT_NE(CreateProcessA(nullptr, command, nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                             &startup, &child),
-              0);
+    const support::IdleChild child;
     EXPECT_TRUE(buffer.close());
     EXPECT_TRUE(isClosed(path("x")));
-    EXPECT_EQ(WaitForSingleObject(child.hProcess, 0), static_cast<DWORD>(WAIT_TIMEOUT));
-    TerminateProcess(child.hProcess, 0);
-    WaitForSingleObject(child.hProcess, INFINITE);
-    CloseHandle(child.hProcess);
-    CloseHandle(child.hThread);
-    CloseHandle(input);
-    CloseHandle(inputEnd);
+    EXPECT_TRUE(child.lives());
 }
 
 TEST_F(AppendBufferTest, FileThatCannotBeOpenedIsToldByTheResult) {
