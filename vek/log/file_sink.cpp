@@ -15,6 +15,7 @@
 #include "vek/fs/move.h"
 #include "vek/fs/operations.h"
 #include "vek/log/archives.h"
+#include "vek/proc/child.h"
 
 namespace vek::log {
 
@@ -186,6 +187,14 @@ void FileSink::archiveLogFile(const std::string& target) const {
         return;
     }
     fs::move(config.path, target);
+    if (!gzipPath.empty() && !compress(target)) {
+        // Deliberately without a line end.
+        std::cerr << "Warning: failed to compress " << target << " with " << gzipPath;
+    }
+}
+
+bool FileSink::compress(const std::string& archive) const {
+    return proc::Child::execute(gzipPath, {archive}).succeeded();
 }
 
 }  // namespace vek::log

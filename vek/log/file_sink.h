@@ -80,6 +80,8 @@ class FileSink : public Sink {
     void compactArchives() const;
     void shiftArchives() const;
     void archiveLogFile(const std::string& target) const;
+    // Has gzip put "ARCHIVE.gz" in the place of `archive`, and tells whether it has ended well.
+    bool compress(const std::string& archive) const;
 
     FileSinkConfig config;
     // Stamped at construction and after each rotation, also one that failed.
