@@ -42,20 +42,23 @@ bool AppendBuffer::close() {
 
 std::streamsize AppendBuffer::xsputn(const char* text, std::streamsize size) {
     const char* const end = text + size;
-    for (const char* rest = text; rest != end;) {
-        const char* const lineEnd = std::find(rest, end, '\n');
-        if (!append(rest, static_cast<std::size_t>(lineEnd - rest))) {
-            return rest - text;
+    const char* rest = text;
+    while (rest != end) {
+        const std::size_t left = static_cast<std::size_t>(end - rest);
+        const void* const lineEnd = std::memchr(rest, '\n', left);
+        const char* const stop = lineEnd != nullptr ? static_cast<const char*>(lineEnd) : end;
+        if (!append(rest, static_cast<std::size_t>(stop - rest))) {
+            break;
         }
-        rest = lineEnd;
+        rest = stop;
         if (rest != end) {
             if (!append("\r\n", 2)) {
-                return rest - text;
+                break;
             }
             ++rest;
         }
     }
-    return size;
+    return rest - text;
 }
 
 AppendBuffer::int_type AppendBuffer::overflow(int_type character) {

@@ -1,19 +1,21 @@
-// rotating_log.exe FILE COUNT: logs the numbers from 1 to COUNT into FILE, with more than 20
-// rotations and the gzip that stands first along PATH. Nothing falls away.
+// rotating_log.exe FILE COUNT GZIP_FOLDER: logs the numbers from 1 to COUNT into FILE, and rotates
+// it beyond 4 KiB, with the gzip of GZIP_FOLDER. No archive falls away.
 #include <cstdlib>
 #include <iostream>
 #include <string>
 
+#include "vek/base/environment.h"
 #include "vek/log/file_sink.h"
 #include "vek/log/message_format.h"
 #include "vek/pal.h"
 
 int main(int count, char** arguments) {
-    if (count != 3) {
-        std::cerr << "usage: rotating_log FILE COUNT\n";
+    if (count != 4) {
+        std::cerr << "usage: rotating_log FILE COUNT GZIP_FOLDER\n";
         return 2;
     }
     const vek::VekPal pal(false, 0, 0, nullptr);
+    vek::setEnv("PATH", arguments[3]);
     const int last = std::atoi(arguments[2]);
     vek::log::FileSinkConfig config(arguments[1]);
     config.enabled = true;
