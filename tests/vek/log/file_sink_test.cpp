@@ -1,9 +1,13 @@
 #include "vek/log/file_sink.h"
 
+#include <array>
 #include <cstdlib>
-#include <iomanip>
+#include <filesystem>
+#include <set>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -85,6 +89,29 @@ TEST_F(FileSinkTest, NumbersGoOnAfterASinkHasGone) {
     EXPECT_EQ(sink.id(), "file#" + std::to_string(std::stoi(before.substr(5)) + 1));
 }
 
+TEST_F(FileSinkTest, NumbersAreGivenOutOnceAlsoToThreads) {
+    constexpr std::size_t threads = 8;
+    constexpr std::size_t sinksOfEach = 500;
+    std::array<std::set<std::string>, threads> ids;
+    {
+        std::vector<std::jthread> makers;
+        for (std::set<std::string>& own : ids) {
+            makers.emplace_back([&own] {
+                FileSinkConfig config("not made");
+                config.compress_archives = false;
+                for (std::size_t i = 0; i < sinksOfEach; ++i) {
+                    own.insert(FileSink(config).id());
+                }
+            });
+        }
+    }
+    std::set<std::string> all;
+    for (const std::set<std::string>& own : ids) {
+        all.insert(own.begin(), own.end());
+    }
+    EXPECT_EQ(all.size(), threads * sinksOfEach);
+}
+
 TEST_F(FileSinkTest, MakesTheFileAtOnce) {
     const FileSink sink(settings());
     EXPECT_TRUE(sink.isGood());
@@ -122,6 +149,18 @@ TEST_F(FileSinkTest, LineEndsInTheTextAreThoseOfTheSystemToo) {
     store(sink, "a\nb\n");
     store(sink, "");
     EXPECT_EQ(readFile("x.log"), "a\r\nb\r\n\r\n\r\n");
+}
+
+TEST_F(FileSinkTest, EveryByteOfTheTextIsWritten) {
+    FileSink sink(settings());
+    std::string text;
+    for (int byte = 0; byte < 256; ++byte) {
+        if (byte != '\n') {
+            text += static_cast<char>(byte);
+        }
+    }
+    store(sink, text);
+    EXPECT_EQ(readFile("x.log"), text + "\r\n");
 }
 
 TEST_F(FileSinkTest, EmptyFormatGivesTheDefaultLayoutByItsFlags) {
