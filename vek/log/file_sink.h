@@ -39,7 +39,8 @@ class FileSink : public Sink {
     // rotates if that is due, for which the caller waits, gzip's run included.
     //
     // A file that couldn't be written to, in an earlier message or when it was opened, turns the
-    // sink off for good, in silence. A rotation that fails with a vek::Exception is reported on
+    // sink off for good, in silence; unless the failing message was one at which a rotation fell
+    // due, which opens the file anew. A rotation that fails with a vek::Exception is reported on
     // std::cerr, and the sink goes on with the file that stands at the path then: none leaves.
     // Other exceptions do leave: std::out_of_range for an archive whose number is beyond 32 bits,
     // and std::bad_alloc.
@@ -65,7 +66,8 @@ class FileSink : public Sink {
     // is beyond 32 bits. A gzip that fails is told on std::cerr, and nothing else.
     void rotate();
 
-    // Whether the file could be opened, and written to so far.
+    // Whether the stream is in a good state: the file could be opened and written to so far, or
+    // wasn't to be opened and nothing was stored yet.
     bool isGood() const { return stream.good(); }
 
   private:
