@@ -1,8 +1,5 @@
 #include "vek/net/data_socket.h"
 
-#include <algorithm>
-#include <limits>
-
 #include "vek/exception.h"
 #include "vek/net/message_header.h"
 #include "vek/net/socket_error.h"
@@ -11,12 +8,6 @@
 namespace vek::net {
 
 namespace {
-
-// The system's calls take a signed size.
-int systemSize(std::uint32_t size) {
-    constexpr std::uint32_t limit = std::numeric_limits<int>::max();
-    return static_cast<int>(std::min(size, limit));
-}
 
 // The header's message made ready for a call, for as long as this lives.
 class SystemBuffers {
@@ -66,8 +57,8 @@ std::uint32_t DataSocket::receive(void* buffer, std::uint32_t size, Address* sen
         length = sender->length;
     }
     const int received =
-        recvfrom(handle, static_cast<char*>(buffer), systemSize(size), peek ? MSG_PEEK : 0, address,
-                 sender != nullptr ? &length : nullptr);
+        recvfrom(handle, static_cast<char*>(buffer), static_cast<int>(size), peek ? MSG_PEEK : 0,
+                 address, sender != nullptr ? &length : nullptr);
     if (received == SOCKET_ERROR) {
         throwSocketError(SocketCall::transfer);
     }
@@ -76,7 +67,7 @@ std::uint32_t DataSocket::receive(void* buffer, std::uint32_t size, Address* sen
 
 std::uint32_t DataSocket::send(const void* buffer, std::uint32_t size, const Address& receiver) {
     const bool addressed = &receiver != &emptyAddress;
-    const int sent = sendto(handle, static_cast<const char*>(buffer), systemSize(size), 0,
+    const int sent = sendto(handle, static_cast<const char*>(buffer), static_cast<int>(size), 0,
                             addressed ? static_cast<const sockaddr*>(receiver.sockaddr) : nullptr,
                             addressed ? receiver.length : 0);
     if (sent == SOCKET_ERROR) {

@@ -12,8 +12,8 @@ namespace vek::net {
 struct MessageBuffer;
 struct MessageHeader;
 
-// Calls with a `size` take at most 2147483647 bytes at once. They throw NoNetwork for WSAENETDOWN
-// and NetError for any other failure.
+// Calls with a `size`, in bytes, throw NoNetwork for WSAENETDOWN and NetError for any other
+// failure. The system refuses a size beyond 2147483647.
 class DataSocket : public IInOut, public Socket {
   public:
     using Socket::Socket;

@@ -17,7 +17,7 @@ struct SocketSet {
 
     // From here on the layout is that of the system's fd_set.
     std::uint32_t count = 0;
-    NativeSocket handles[capacity];
+    NativeSocket handles[capacity] = {};
 
     // Adds `handle`, unless it is in the set or is the invalid handle. A full set drops it, and
     // tells nobody, deliberately.
