@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -34,7 +35,7 @@ class WatchedSocket : public net::TCPSocket {
     std::uint32_t writeLimit = UINT32_MAX;
     int writesBeforeClosing = INT32_MAX;
 
-    int reads = 0;
+    std::atomic<int> reads = 0;
     int writes = 0;
     const char* lastReadTarget = nullptr;
     std::uint32_t lastReadSize = 0;
