@@ -1,11 +1,20 @@
 #include "vek/log/logger.h"
 
+#include <new>
 #include <utility>
+
+#include "vek/base/format.h"
+#include "vek/log/manager.h"
 
 namespace vek::log {
 
-Logger::Logger(std::string loggerName, Level initialLevel)
-    : ownName(std::move(loggerName)), currentLevel(initialLevel) {}
+Logger::Logger(Manager& owner, std::string loggerName, Level initialLevel, std::uint32_t processId)
+    : manager(&owner), ownName(std::move(loggerName)), currentLevel(initialLevel), pid(processId) {}
+
+void Logger::setLevel(Level newLevel, bool followDefault) {
+    currentLevel.store(newLevel, std::memory_order_relaxed);
+    followsDefault.store(followDefault, std::memory_order_relaxed);
+}
 
 std::ostream& Logger::stream() {
     try {
@@ -21,6 +30,86 @@ std::ostream& Logger::stream() {
     return out;
 }
 
-void Logger::emit(Level /*messageLevel*/, const std::string& /*text*/) {}
+void Logger::emit(Level messageLevel, std::string text) {
+    submit(makeMessage(messageLevel, std::move(text)));
+}
+
+void Logger::logf(Level messageLevel, const char* pattern, ...) {
+    std::va_list arguments;
+    va_start(arguments, pattern);
+    Message* const message = makeMessagefv(messageLevel, pattern, arguments);
+    va_end(arguments);
+    if (message != nullptr) {
+        submit(message);
+    }
+}
+
+void Logger::logfv(Level messageLevel, const char* pattern, std::va_list arguments) {
+    Message* const message = makeMessagefv(messageLevel, pattern, arguments);
+    if (message != nullptr) {
+        submit(message);
+    }
+}
+
+// The strings of a message are as much a part of it as the object: wherever memory runs out, the
+// result is null.
+template <class Made>
+Made* Logger::make(Level messageLevel, std::string& text) const {
+    try {
+        return new (std::nothrow)
+            Made(ownName, std::move(text), messageLevel, pid.load(std::memory_order_relaxed));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+template <class Made>
+Made* Logger::makef(Level messageLevel, const char* pattern, std::va_list arguments) const {
+    std::string text;
+    try {
+        text = formatv(pattern, arguments);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+    return make<Made>(messageLevel, text);
+}
+
+Message* Logger::makeMessage(Level messageLevel, std::string text) const {
+    return make<Message>(messageLevel, text);
+}
+
+Message* Logger::makeMessagef(Level messageLevel, const char* pattern, ...) const {
+    std::va_list arguments;
+    va_start(arguments, pattern);
+    Message* const message = makef<Message>(messageLevel, pattern, arguments);
+    va_end(arguments);
+    return message;
+}
+
+Message* Logger::makeMessagefv(Level messageLevel, const char* pattern,
+                               std::va_list arguments) const {
+    return makef<Message>(messageLevel, pattern, arguments);
+}
+
+AttrMessage* Logger::makeAttrMessage(Level messageLevel, std::string text) const {
+    return make<AttrMessage>(messageLevel, text);
+}
+
+AttrMessage* Logger::makeAttrMessagef(Level messageLevel, const char* pattern, ...) const {
+    std::va_list arguments;
+    va_start(arguments, pattern);
+    AttrMessage* const message = makef<AttrMessage>(messageLevel, pattern, arguments);
+    va_end(arguments);
+    return message;
+}
+
+AttrMessage* Logger::makeAttrMessagefv(Level messageLevel, const char* pattern,
+                                       std::va_list arguments) const {
+    return makef<AttrMessage>(messageLevel, pattern, arguments);
+}
+
+void Logger::submit(Message* message) {
+    manager->submit(message);
+}
 
 }  // namespace vek::log

@@ -19,16 +19,18 @@ class StreamRelease {
 
 }  // namespace vek::log
 
-// Streams `expression` into `logger_` (a vek::log::Logger&) and posts the text at `level_`, if the
-// logger lets that level through; otherwise `expression` is not evaluated, and the cost is one load
-// and one comparison. Throws what Logger::stream and the expression throw.
-#define VEK_LOG(logger_, level_, expression)                          \
+// Streams the expression, which is all that follows `level_`, into `logger_` (a vek::log::Logger&)
+// and posts the text at `level_` (any but OFF), if the logger lets that level through; otherwise
+// the expression is not evaluated, and the cost is one load and one comparison. Waits while the
+// manager's queue is full, with the logger locked. Throws what Logger::stream, the expression and
+// Logger::emit throw; the logger is unlocked then.
+#define VEK_LOG(logger_, level_, ...)                                 \
     do {                                                              \
         ::vek::log::Logger& vekLogger = (logger_);                    \
         if (vekLogger.level() >= (level_)) {                          \
             ::std::ostream& vekLogStream = vekLogger.stream();        \
             const ::vek::log::StreamRelease vekLogRelease(vekLogger); \
-            vekLogStream << expression;                               \
+            vekLogStream << __VA_ARGS__;                              \
             vekLogger.emit((level_), vekLogger.streamText());         \
         }                                                             \
     } while (false)

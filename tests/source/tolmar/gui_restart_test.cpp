@@ -6,6 +6,7 @@
 
 #include "source/tolmar/helper_directory.h"
 #include "tests/source/tolmar/scripted_system.h"
+#include "vek/log/manager.h"
 
 namespace {
 
@@ -22,7 +23,10 @@ constexpr char close2[] = "closeObject(vektolmareventguiupdate2)";
 
 class GuiRestart : public testing::Test {
   protected:
-    GuiRestart() { std::strcpy(tolmar::helperDirectory.data(), "C:\\a dir"); }
+    GuiRestart() {
+        std::strcpy(tolmar::helperDirectory.data(), "C:\\a dir");
+        manager.setDefaultLevel(vek::log::DEBUG);
+    }
 
     Trace run() {
         LogRecorder recorder(logger, system.trace);
@@ -36,7 +40,8 @@ class GuiRestart : public testing::Test {
         };
     }
 
-    vek::log::Logger logger{"TOLMAR_GUIHELPER", vek::log::DEBUG};
+    vek::log::Manager manager;
+    vek::log::Logger& logger = *manager.getLogger("TOLMAR_GUIHELPER");
     ScriptedSystem system;
 };
 
@@ -108,7 +113,7 @@ TEST_F(GuiRestart, LongestDirectoryIsNotCut) {
 }
 
 TEST_F(GuiRestart, MakesTheSameCallsWithoutTheLog) {
-    logger.setLevel(vek::log::INFO);
+    logger.setLevel(vek::log::INFO, false);
     EXPECT_EQ(run(), (Trace{open1, open2, set1, wait2, close1, close2,
                             "WinExec(C:\\a dir/tolmar.exe -gui, 5)"}));
 }

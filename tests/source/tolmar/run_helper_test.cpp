@@ -124,8 +124,8 @@ TEST_F(RunHelper, EachModeLogsToItsOwnLogger) {
     Trace guiLines;
     LogRecorder replaceRecorder(replaceLogger, replaceLines);
     LogRecorder guiRecorder(guiLogger, guiLines);
-    replaceLogger.setLevel(vek::log::DEBUG);
-    guiLogger.setLevel(vek::log::DEBUG);
+    replaceLogger.setLevel(vek::log::DEBUG, false);
+    guiLogger.setLevel(vek::log::DEBUG, false);
     system.serviceExists = false;
     run("D");
     EXPECT_EQ(replaceLines, (Trace{"log: start tolmarhlp", "log: stopping tolmar"}));
@@ -134,18 +134,18 @@ TEST_F(RunHelper, EachModeLogsToItsOwnLogger) {
     EXPECT_EQ(replaceLines.size(), 2u);
     EXPECT_EQ(guiLines, (Trace{"log: wait for event2", "log: event2 triggert",
                                "log: start tolmar.exe -gui wuth retcode=33"}));
-    replaceLogger.setLevel(vek::log::WARN);
-    guiLogger.setLevel(vek::log::WARN);
+    replaceLogger.setLevel(vek::log::WARN, false);
+    guiLogger.setLevel(vek::log::WARN, false);
 }
 
 TEST_F(RunHelper, LineOfTheStartComesAheadOfTheQuoteStripping) {
     vek::log::Logger& guiLogger = *vek::log::Manager::instance().getLogger("TOLMAR_GUIHELPER");
     Trace guiLines;
     LogRecorder recorder(guiLogger, guiLines);
-    guiLogger.setLevel(vek::log::DEBUG);
+    guiLogger.setLevel(vek::log::DEBUG, false);
     EXPECT_EQ(run("-restartgui \""), -2);
     EXPECT_EQ(guiLines, Trace{});  // only replace mode has such a line
-    guiLogger.setLevel(vek::log::WARN);
+    guiLogger.setLevel(vek::log::WARN, false);
 }
 
 TEST_F(RunHelper, LoneQuoteInGuiModeEndsTheProcessAtOnce) {

@@ -8,6 +8,7 @@
 
 #include "source/tolmar/helper_directory.h"
 #include "tests/source/tolmar/scripted_system.h"
+#include "vek/log/manager.h"
 #include "vek/pathinfo.h"
 
 namespace {
@@ -57,7 +58,10 @@ const Trace swapPart = stopPart + backupPart + copyPart;
 
 class ServiceReplacement : public testing::Test {
   protected:
-    ServiceReplacement() { std::strcpy(tolmar::helperDirectory.data(), "D"); }
+    ServiceReplacement() {
+        std::strcpy(tolmar::helperDirectory.data(), "D");
+        manager.setDefaultLevel(vek::log::WARN);
+    }
 
     // Runs the whole procedure. Its exit code, however it ended.
     int run() {
@@ -99,7 +103,8 @@ class ServiceReplacement : public testing::Test {
     }
 
     // No line is logged unless a test asks for it, which keeps the traces short.
-    vek::log::Logger logger{"TOLMAR_HELPER", vek::log::WARN};
+    vek::log::Manager manager;
+    vek::log::Logger& logger = *manager.getLogger("TOLMAR_HELPER");
     ScriptedSystem system;
     tolmar::ServiceReplacement procedure{system, logger};
     bool returned = false;
@@ -118,7 +123,7 @@ TEST_F(ServiceReplacement, GoodUpdateMakesTheseCallsInThisOrder) {
 }
 
 TEST_F(ServiceReplacement, GoodUpdateLogsTheseLinesAtTheirPlaces) {
-    logger.setLevel(vek::log::DEBUG);
+    logger.setLevel(vek::log::DEBUG, false);
     run();
     EXPECT_EQ(system.trace, Trace({"log: stopping tolmar"}) + stopPart +
                                 Trace({"log: copy backup files"}) + backupPart +
@@ -453,7 +458,7 @@ TEST_F(ServiceReplacement, RestoreCantReplaceTheNewExecutableAndEndsTheProcess) 
 }
 
 TEST_F(ServiceReplacement, RestoreWorksIfTheNewExecutableHasGone) {
-    logger.setLevel(vek::log::DEBUG);
+    logger.setLevel(vek::log::DEBUG, false);
     letNewVersionFall();
     int moves = 0;
     system.before = [&](const std::string& call) {
@@ -523,7 +528,9 @@ TEST_F(ServiceReplacement, MakesTheSameCallsAtEveryLevelOfItsLogger) {
         int silentCode = 0;
         for (int level = vek::log::OFF; level <= vek::log::INVALID; ++level) {
             ScriptedSystem other;
-            vek::log::Logger otherLogger("TOLMAR_HELPER", static_cast<vek::log::Level>(level));
+            vek::log::Manager otherManager;
+            vek::log::Logger& otherLogger = *otherManager.getLogger("TOLMAR_HELPER");
+            otherLogger.setLevel(static_cast<vek::log::Level>(level), false);
             other.serviceExists = scenario != 1;
             if (scenario == 2) {
                 other.files.erase(ScriptedSystem::fresh);

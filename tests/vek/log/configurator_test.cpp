@@ -1,0 +1,88 @@
+#include "vek/log/configurator.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/vek/log/log_capture.h"
+#include "vek/log/manager.h"
+#include "vek/log/statement.h"
+
+namespace {
+
+using namespace vek::log;
+using vek_test::LogCapture;
+using Texts = std::vector<std::string>;
+
+Manager& manager() {
+    return Manager::instance();
+}
+
+TEST(Configurator, SetsTheDefaultLevelToWarn) {
+    EXPECT_EQ(manager().getLogger("before")->level(), INFO);
+    Configurator configurator(nullptr);
+    EXPECT_EQ(manager().getLogger("before")->level(), WARN);
+    configurator.configure("any");
+    EXPECT_EQ(manager().getLogger("after")->level(), WARN);
+}
+
+TEST(Configurator, StartsTheManagerAndShutsItDown) {
+    std::unique_ptr<LogCapture> capture;
+    {
+        Configurator configurator(nullptr);
+        capture = std::make_unique<LogCapture>(manager());
+        Logger& logger = *manager().getLogger("x");
+        VEK_LOG(logger, WARN, "ahead of configure");
+        EXPECT_TRUE(capture->texts().empty());
+        configurator.configure("any");
+        VEK_LOG(logger, WARN, "behind it");
+        VEK_LOG(logger, INFO, "not passed");
+    }
+    EXPECT_TRUE(capture->destroyed());
+    EXPECT_EQ(capture->texts(), (Texts{"ahead of configure", "behind it"}));
+}
+
+TEST(Configurator, IsNotAskedAnyMoreOnceItIsGone) {
+    {
+        Configurator configurator(nullptr);
+        configurator.setLoggerLevel("x", TRACE);
+    }
+    EXPECT_EQ(manager().getLogger("x")->level(), WARN);
+    {
+        Configurator configurator(nullptr);
+        configurator.setLoggerLevel("y", TRACE);
+        configurator.configure("any");
+    }
+    EXPECT_EQ(manager().getLogger("y")->level(), WARN);
+}
+
+TEST(Configurator, GivesNewLoggersTheLevelSetForExactlyTheirName) {
+    Configurator configurator(nullptr);
+    configurator.setLoggerLevel("exact", TRACE);
+    Logger* const logger = manager().getLogger("exact");
+    EXPECT_EQ(logger->level(), TRACE);
+    EXPECT_FALSE(logger->usesDefault());
+    Logger* const other = manager().getLogger("EXACT");
+    EXPECT_EQ(other->level(), WARN);
+    EXPECT_TRUE(other->usesDefault());
+}
+
+TEST(Configurator, GivesLoggersThatExistTheirLevelAtOnce) {
+    Configurator configurator(nullptr);
+    Logger* const logger = manager().getLogger("x");
+    configurator.setLoggerLevel("x", DEBUG);
+    EXPECT_EQ(logger->level(), DEBUG);
+    EXPECT_FALSE(logger->usesDefault());
+}
+
+TEST(Configurator, GivesNewLoggersALevelOfSixAsItStands) {
+    Configurator configurator(nullptr);
+    configurator.setLoggerLevel("six", DEFAULT);
+    Logger* const made = manager().getLogger("six");
+    EXPECT_EQ(made->level(), 6);
+    EXPECT_FALSE(made->usesDefault());
+    // The manager translates it.
+    configurator.setLoggerLevel("six", DEFAULT);
+    EXPECT_EQ(made->level(), WARN);
+    EXPECT_TRUE(made->usesDefault());
+}
+
+}  // namespace
