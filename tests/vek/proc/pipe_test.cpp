@@ -90,10 +90,17 @@ TEST(Pipe, ClosesEachEndOnce) {
     EXPECT_NO_THROW(pipe.close());
 }
 
+// Closes both ends and puts values in their place that no handle ever has; their own might be
+// given out again at once.
+void loseEnds(Pipe& pipe) {
+    pipe.close();
+    pipe.readEnd = ULongToHandle(0x7ffffff0);
+    pipe.writeEnd = ULongToHandle(0x7ffffff4);
+}
+
 TEST(Pipe, EndThatCannotBeClosedIsMarkedInvalidAllTheSame) {
     Pipe pipe;
-    CloseHandle(pipe.readEnd);
-    CloseHandle(pipe.writeEnd);
+    loseEnds(pipe);
     try {
         pipe.closeReadEnd();
         ADD_FAILURE();
@@ -119,8 +126,7 @@ TEST(Pipe, EndOfAPipeWhoseEndsCannotBeClosedThrowsNothing) {
     testing::internal::CaptureStderr();
     {
         Pipe pipe;
-        CloseHandle(pipe.readEnd);
-        CloseHandle(pipe.writeEnd);
+        loseEnds(pipe);
     }
     const std::string failure = std::string(vek::OsError(ERROR_INVALID_HANDLE).what()) + "\n";
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
