@@ -77,6 +77,8 @@ TEST_F(ChildStart, MissingProgramThrowsTheSystemsErrorAndLeavesNoChild) {
     child.start();
     waited(child);
     child.setArguments({"C:\\no\\such\\program.exe"}, true);
+    // The first failure opens what the system needs for texts of errors.
+    startError(child);
     const std::size_t before = support::openHandles().size();
     const std::uint32_t error = startError(child);
     EXPECT_TRUE(error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) << error;
