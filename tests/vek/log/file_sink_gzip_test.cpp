@@ -11,67 +11,23 @@
 #include "tests/support/standard_output.h"
 #include "tests/vek/log/captured_errors.h"
 #include "tests/vek/log/file_sink_fixture.h"
+#include "tests/vek/log/gzip_programs.h"
 #include "vek/base/environment.h"
 #include "vek/exception.h"
 #include "vek/log/file_sink.h"
-#include "vek/proc/shepherd.h"
 
 namespace {
 
 using namespace vek::log;
 using support::gunzip;
 using vek::test::CapturedErrors;
+using vek::test::NamedEvent;
 using vek::test::Names;
+using vek::test::unreliableGzip;
+using vek::test::workingGzip;
 
-std::string programDirectory() {
-    char name[MAX_PATH] = {};
-    GetModuleFileNameA(nullptr, name, sizeof name);
-    return std::filesystem::path(name).parent_path().string();
-}
-
-// Where the working gzip stands, and the one that does what its variables say.
-std::string workingGzip() {
-    return programDirectory() + "\\gzip";
-}
-std::string unreliableGzip() {
-    return programDirectory() + "\\unreliable_gzip";
-}
-
-// An event that a child finds by its name.
-class NamedEvent {
-  public:
-    explicit NamedEvent(const std::string& purpose)
-        : name(purpose + std::to_string(GetCurrentProcessId())),
-          handle(CreateEventA(nullptr, TRUE, FALSE, name.c_str())) {}
-    ~NamedEvent() { CloseHandle(handle); }
-    NamedEvent(const NamedEvent&) = delete;
-    NamedEvent& operator=(const NamedEvent&) = delete;
-
-    const std::string name;
-    const HANDLE handle;
-};
-
-class FileSinkGzipTest : public vek::test::FileSinkTest {
+class FileSinkGzipTest : public vek::test::GzipTest {
   protected:
-    FileSinkGzipTest() {
-        vek::getEnv("PATH", searchPath);
-        vek::setEnv("PATH", workingGzip());
-    }
-
-    ~FileSinkGzipTest() override {
-        vek::setEnv("PATH", searchPath);
-        for (const char* const name : {"START", "WAIT", "SAY", "KILL", "EXIT"}) {
-            vek::unsetEnv(std::string("UNRELIABLE_GZIP_") + name);
-        }
-        vek::proc::shutdownShepherd();
-    }
-
-    FileSinkConfig compressing() const {
-        FileSinkConfig config = settings();
-        config.compress_archives = true;
-        return config;
-    }
-
     std::string warning() const {
         return "Warning: failed to compress " + path("x.log.old.1") + " with " + unreliableGzip() +
                "\\gzip.exe";
@@ -88,9 +44,6 @@ class FileSinkGzipTest : public vek::test::FileSinkTest {
         EXPECT_EQ(readFile("x.log.old.1"), "1\r\n");
         EXPECT_TRUE(sink.isGood());
     }
-
-  private:
-    std::string searchPath;
 };
 
 TEST_F(FileSinkGzipTest, ArchiveIsCompressedWhenItIsMade) {
@@ -140,8 +93,7 @@ TEST_F(FileSinkGzipTest, PathWithBlanksIsOneArgument) {
 }
 
 TEST_F(FileSinkGzipTest, GetsTheArchiveAsItsOneArgumentAndTheStreamsOfThisProcess) {
-    vek::setEnv("PATH", unreliableGzip());
-    vek::setEnv("UNRELIABLE_GZIP_SAY", "called by");
+    useUnreliableGzip({{"SAY", "called by"}});
     FileSink sink(compressing());
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
     const HANDLE output = CreateFileA(path("output").c_str(), GENERIC_WRITE, vek::test::shareAll,
@@ -180,19 +132,20 @@ TEST_F(FileSinkGzipTest, FirstOneOfThePathIsTaken) {
 }
 
 TEST_F(FileSinkGzipTest, RelativeOneIsFoundAlsoWhenTheCurrentDirectoryHasChanged) {
-    char before[MAX_PATH] = {};
-    GetCurrentDirectoryA(sizeof before, before);
-    ASSERT_NE(SetCurrentDirectoryA(programDirectory().c_str()), 0);
-    vek::setEnv("PATH", "gzip");
+    // Not below the folder of this program, where the system looks by itself.
+    std::filesystem::create_directory(path("bin"));
+    std::filesystem::copy_file(workingGzip() + "\\gzip.exe", path("bin\\gzip.exe"));
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(path());
+    vek::setEnv("PATH", "bin");
     FileSink sink(compressing());
-    ASSERT_NE(SetCurrentDirectoryA(before), 0);
-    sink.rotate();
-    EXPECT_EQ(names(), (Names{"x.log", "x.log.old.1.gz"}));
+    std::filesystem::current_path(before);
+    EXPECT_NO_THROW(sink.rotate());
+    EXPECT_EQ(names(), (Names{"bin", "x.log", "x.log.old.1.gz"}));
 }
 
 TEST_F(FileSinkGzipTest, NoneIsRunWithoutCompression) {
-    vek::setEnv("PATH", unreliableGzip());
-    vek::setEnv("UNRELIABLE_GZIP_EXIT", "1");
+    useUnreliableGzip({{"EXIT", "1"}});
     FileSink sink(settings());
     const CapturedErrors errors;
     sink.rotate();
@@ -200,8 +153,7 @@ TEST_F(FileSinkGzipTest, NoneIsRunWithoutCompression) {
 }
 
 TEST_F(FileSinkGzipTest, NoneIsRunForAFileThatHasGone) {
-    vek::setEnv("PATH", unreliableGzip());
-    vek::setEnv("UNRELIABLE_GZIP_EXIT", "1");
+    useUnreliableGzip({{"EXIT", "1"}});
     FileSink sink(compressing());
     ASSERT_NE(DeleteFileA(path("x.log").c_str()), 0);
     const CapturedErrors errors;
@@ -211,26 +163,23 @@ TEST_F(FileSinkGzipTest, NoneIsRunForAFileThatHasGone) {
 }
 
 TEST_F(FileSinkGzipTest, OneThatFailsIsToldWithoutALineEndAndTheArchiveStays) {
-    vek::setEnv("PATH", unreliableGzip());
     for (const char* const code : {"1", "2", "259"}) {
-        vek::setEnv("UNRELIABLE_GZIP_EXIT", code);
+        useUnreliableGzip({{"EXIT", code}});
         expectWarning();
         ASSERT_NE(DeleteFileA(path("x.log.old.1").c_str()), 0);
     }
 }
 
 TEST_F(FileSinkGzipTest, OneThatIsKilledIsToldLikeOneThatFails) {
-    vek::setEnv("PATH", unreliableGzip());
     for (const char* const code : {"37125", "9"}) {
-        vek::setEnv("UNRELIABLE_GZIP_KILL", code);
+        useUnreliableGzip({{"KILL", code}});
         expectWarning();
         ASSERT_NE(DeleteFileA(path("x.log.old.1").c_str()), 0);
     }
 }
 
 TEST_F(FileSinkGzipTest, UncompressedArchiveOfAFailureMovesUpAsItIs) {
-    vek::setEnv("PATH", unreliableGzip());
-    vek::setEnv("UNRELIABLE_GZIP_EXIT", "1");
+    useUnreliableGzip({{"EXIT", "1"}});
     expectWarning();
     vek::unsetEnv("UNRELIABLE_GZIP_EXIT");
     FileSink sink(compressing());
@@ -285,9 +234,7 @@ TEST_F(FileSinkGzipTest, OneThatIsNoProgramIsAFailedRotationToo) {
 TEST_F(FileSinkGzipTest, StoreWaitsForASlowOneAndLosesNothing) {
     const NamedEvent started("vek-gzip-started-");
     const NamedEvent goOn("vek-gzip-goes-on-");
-    vek::setEnv("PATH", unreliableGzip());
-    vek::setEnv("UNRELIABLE_GZIP_START", started.name);
-    vek::setEnv("UNRELIABLE_GZIP_WAIT", goOn.name);
+    useUnreliableGzip({{"START", started.name}, {"WAIT", goOn.name}});
     writeFile("x.log", std::string(1024, 'x'));
     FileSink sink(compressing());
     storeMany(sink, 99);
@@ -310,9 +257,7 @@ TEST_F(FileSinkGzipTest, StoreWaitsForASlowOneAndLosesNothing) {
 TEST_F(FileSinkGzipTest, FileThatCannotBeOpenedBehindTheRotationTurnsTheSinkOffInSilence) {
     const NamedEvent started("vek-gzip-started-");
     const NamedEvent goOn("vek-gzip-goes-on-");
-    vek::setEnv("PATH", unreliableGzip());
-    vek::setEnv("UNRELIABLE_GZIP_START", started.name);
-    vek::setEnv("UNRELIABLE_GZIP_WAIT", goOn.name);
+    useUnreliableGzip({{"START", started.name}, {"WAIT", goOn.name}});
     writeFile("x.log", std::string(1024, 'x'));
     FileSink sink(compressing());
     const CapturedErrors errors;
