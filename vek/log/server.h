@@ -18,6 +18,7 @@
 #include <string>
 
 #include "vek/base/no_copy.h"
+#include "vek/log/client_requests.h"
 #include "vek/net/ip4_address.h"
 #include "vek/net/socket_set.h"
 #include "vek/net/tcp_buffer.h"
@@ -49,8 +50,8 @@ class Server : public thread::Runnable, public NoCopy {
     // process goes on without a log service.
     void run() override;
 
-    // Closes the connections of the clients that are left. The thread has to be stopped, if it was
-    // started.
+    // Closes the connections of the clients that are left, front to back. The thread has to be
+    // stopped, if it was started.
     ~Server() override;
 
     // Each a numeric IPv4 address without a port, or empty for the loopback address 127.0.0.1,
@@ -81,7 +82,22 @@ class Server : public thread::Runnable, public NoCopy {
                                const std::string& failureText);
 
   private:
+    // A client that may send requests. Both are null once they have become a sink's.
+    struct Client {
+        std::unique_ptr<net::TCPSocket> socket;
+        // Works on `socket`, and so goes first.
+        std::unique_ptr<net::TCPBuffer> buffer;
+    };
+
     bool wasStarted() const;
+    void bindSockets();
+    void rebuildSocketSet();
+    void serveReadySocket();
+    void discoveryStep();
+    void acceptClient();
+    void walkClients(const net::SocketSet& ready);
+    bool handleClient(Client& client);
+    void streamMessages(Client& client);
 
     // True once a client has asked for messages. Guarded by `clientSignal`.
     bool clientConnected = false;
@@ -90,10 +106,20 @@ class Server : public thread::Runnable, public NoCopy {
     net::WakeupChannel wakeup;
     thread::Thread thread;
     net::TCPListener listener{false};
+    // In the order in which they came. This and what follows is for the thread alone once it runs.
+    std::list<Client> clients;
+    // What the thread waits for; built anew whenever `clients` changes. It has room for 64 sockets,
+    // and the rest is dropped, deliberately: 61 clients fill it; with a 62nd `wakeup` isn't in it,
+    // and a 63rd client isn't served.
+    net::SocketSet socketSet;
+    // Of the listener, with the port that the system chose.
+    net::IP4Address boundAddress;
     std::string listen_addr;
     std::string discovery_addr;
     Manager& manager;
     Configurator& configurator;
+    const std::uint32_t pid;
+    ClientRequests requests;
 };
 
 }  // namespace vek::log
