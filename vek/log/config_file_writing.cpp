@@ -7,6 +7,7 @@
 #include "vek/exception.h"
 #include "vek/fs/copier.h"
 #include "vek/fs/current_directory.h"
+#include "vek/log/config_check.h"
 #include "vek/log/config_report.h"
 #include "vek/log/configurator.h"
 #include "vek/log/logger.h"
@@ -49,6 +50,7 @@ void Configurator::writeConfig() {
     const std::string target = configPath.empty() ? defaultConfigPath() : configPath;
     libconfig::Config config;
     if (!configPath.empty()) {
+        checkConfigFile(target);
         config.readFile(target.c_str());
         try {
             backupConfigFile(fs::expand(configPath));
