@@ -13,6 +13,7 @@
 //     renew                 destroys the configurator and makes another, without a parser
 //     stop                  stops it
 //     threads               prints how many threads this process has
+//     stay                  never ends
 //     run=COMMAND           runs COMMAND by the system's command interpreter
 //
 // An exception ends it: its class and what() go to the standard output, and the exit code is 9, or
@@ -148,6 +149,8 @@ void doStep(std::optional<Configurator>& made, const std::string& step) {
         printThreadCount();
     } else if (action == "stop") {
         configurator.stop();
+    } else if (action == "stay") {
+        Sleep(INFINITE);
     } else if (action == "run") {
         if (std::system(value.c_str()) != 0) {
             throw std::runtime_error(value);
