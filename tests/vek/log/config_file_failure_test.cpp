@@ -106,6 +106,13 @@ TEST_F(ConfigFileFailure, CommandLineCountsBehindIt) {
               "instance p\ndefault INFO\n");
 }
 
+TEST_F(ConfigFileFailure, ColorsForcedWithoutAConsoleLeaveConfigure) {
+    const ProgramOutput forced = runWith("}", {"configure=p"}, {}, {{"VEK_FORCE_COLOR", "1"}});
+    EXPECT_EQ(forced.exitCode, 9u);
+    EXPECT_TRUE(forced.output.starts_with("vek::OsError: ")) << forced.output;
+    EXPECT_EQ(forced.error, "");
+}
+
 // --- files that can't be read -----------------------------------------------------------------
 
 TEST_F(ConfigFileFailure, DirectoryInThePlaceOfTheFileLeavesConfigure) {

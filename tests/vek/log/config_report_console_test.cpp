@@ -24,7 +24,12 @@ class ConfigReportsOnAConsole : public support::ConsoleTest {
     void SetUp() override {
         ConsoleTest::SetUp();
         if (!HasFatalFailure()) {
-            COORD home = {0, 0};
+            const COORD home = {0, 0};
+            CONSOLE_SCREEN_BUFFER_INFO info = {};
+            ASSERT_NE(GetConsoleScreenBufferInfo(output, &info), 0);
+            const DWORD size = static_cast<DWORD>(info.dwSize.X * info.dwSize.Y);
+            DWORD count = 0;
+            ASSERT_NE(FillConsoleOutputCharacterA(output, ' ', size, home, &count), 0);
             ASSERT_NE(SetConsoleCursorPosition(output, home), 0);
         }
     }

@@ -17,7 +17,7 @@ TEST_F(ConfigSample, IsReadToItsEndAndLogs) {
                              "log=DEBUG:TOLMAR_HELPER:step", "log=ERR:x:failure"}),
         (ProgramOutput{0,
                        "instance tolmarhlp\ndefault DEBUG\ndebugger enabled max=INFO format=0\n"
-                       "file#0 enabled pids tids time max=ERR format=8 path=" +
+                       "file#0 enabled pids tids time max=ERR format=9 path=" +
                            path("tolmarhlp.errors.log") +
                            " archives=3 size=5120 interval=604800 compress\n"
                            "file#1 enabled pids time max=INVALID format=0 path=" +
