@@ -236,6 +236,10 @@ struct Reply {
     const char* report;
 };
 
+void PrintTo(const Reply& reply, std::ostream* stream) {
+    *stream << testing::PrintToString(std::string(reply.text));
+}
+
 class UnexpectedReply : public WaitForAck, public testing::WithParamInterface<Reply> {};
 
 TEST_P(UnexpectedReply, IsFalseAndReported) {

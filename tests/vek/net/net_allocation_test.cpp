@@ -1,4 +1,4 @@
-// What the framing costs a message beyond its socket calls. A program of its own, since it counts
+// What sockets and framing take from the heap. A program of its own, since it counts
 // every allocation.
 #include <cstdlib>
 #include <new>
@@ -6,6 +6,7 @@
 #include "tests/vek/net/loopback.h"
 #include "tests/vek/net/watched_socket.h"
 #include "vek/net/tcp_buffer.h"
+#include "vek/net/wakeup_channel.h"
 
 namespace {
 
@@ -51,22 +52,49 @@ namespace {
 using namespace vek::net;
 using namespace vek::test;
 
-class TCPBufferCost : public WinsockTest {};
+class NetAllocations : public WinsockTest {};
 
-TEST_F(TCPBufferCost, AllocationsAreCounted) {
+TEST_F(NetAllocations, AreCounted) {
     const std::size_t before = allocations;
     delete new int;
     delete[] new char[100];
     EXPECT_EQ(allocations, before + 2);
 }
 
-TEST_F(TCPBufferCost, BuffersAreAllocatedOnce) {
+TEST_F(NetAllocations, SocketCallsNeedNoAllocation) {
+    Connection<> connection;
+    UDPSocket datagrams(false);
+    WakeupChannel wakeup;
+    const IP4Address address = bindToLoopback(datagrams);
+    IP4Address sender;
+    char bytes[8] = {};
+    const std::size_t before = allocations;
+    connection.client.write("x", 1);
+    datagrams.sendTo("y", 1, address);
+    wakeup.notify();
+    SocketSet set;
+    set.add(connection.server->nativeHandle());
+    Socket::select(&set, nullptr, nullptr);
+    EXPECT_EQ(connection.server->read(bytes, sizeof bytes), 1u);
+    EXPECT_EQ(datagrams.receiveFrom(bytes, sizeof bytes, sender), 1u);
+    set.clear();
+    wakeup.addTo(set);
+    Socket::select(&set, nullptr, nullptr, 20000);
+    EXPECT_TRUE(wakeup.consume(set));
+    connection.server->setNoDelay();
+    connection.server->setKeepAliveTimes({5, 1, 5});
+    connection.server->peerAddress(sender);
+    connection.server->shutdown(true, true);
+    EXPECT_EQ(allocations, before);
+}
+
+TEST_F(NetAllocations, BuffersAreAllocatedOnce) {
     const std::size_t before = allocations;
     { const TCPBuffer buffer(16384, 1024); }
     EXPECT_EQ(allocations, before + 2);
 }
 
-TEST_F(TCPBufferCost, MessageNeedsNoAllocationInEitherDirection) {
+TEST_F(NetAllocations, MessageNeedsNoAllocationInEitherDirection) {
     Connection<> connection;
     TCPBuffer buffer(16384, 1024, connection.server.get());
     std::string bytes;
@@ -88,7 +116,7 @@ TEST_F(TCPBufferCost, MessageNeedsNoAllocationInEitherDirection) {
 }
 
 // The place of the payload is where the socket has stored it.
-TEST_F(TCPBufferCost, PayloadIsGivenWhereItWasReceived) {
+TEST_F(NetAllocations, PayloadIsGivenWhereItWasReceived) {
     Connection<WatchedSocket> connection;
     WatchedSocket& server = *connection.server;
     TCPBuffer buffer(16384, 1024, &server);
