@@ -13,7 +13,8 @@
 //     renew                 destroys the configurator and makes another, without a parser
 //     stop                  stops it
 //     threads               prints how many threads this process has
-//     wait=PATH             until there is a file PATH
+//     stay                  never ends
+//     run=COMMAND           runs COMMAND by the system's command interpreter
 //
 // An exception ends it: its class and what() go to the standard output, and the exit code is 9, or
 // 8 if it came from the constructor. A step that prints ends its line at once.
@@ -148,9 +149,11 @@ void doStep(std::optional<Configurator>& made, const std::string& step) {
         printThreadCount();
     } else if (action == "stop") {
         configurator.stop();
-    } else if (action == "wait") {
-        while (GetFileAttributesA(value.c_str()) == INVALID_FILE_ATTRIBUTES) {
-            Sleep(5);
+    } else if (action == "stay") {
+        Sleep(INFINITE);
+    } else if (action == "run") {
+        if (std::system(value.c_str()) != 0) {
+            throw std::runtime_error(value);
         }
     } else {
         throw std::invalid_argument(step);

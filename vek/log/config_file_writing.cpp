@@ -2,8 +2,8 @@
 #include <exception>
 
 #include <libconfig.h++>
+#include <stdlib.h>
 
-#include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/fs/copier.h"
 #include "vek/fs/current_directory.h"
@@ -63,7 +63,8 @@ void Configurator::writeConfig() {
     try {
         config.writeFile(target.c_str());
     } catch (const std::exception&) {
-        throw FsError(target, GetLastError());
+        // What GetLastError() was where the runtime failed: the exception has overwritten that.
+        throw FsError(target, _doserrno);
     }
 }
 

@@ -125,7 +125,7 @@ TEST_F(ConfigFileFailure, FileThatAnotherProcessKeepsToItselfLeavesConfigure) {
 }
 
 // The parser would end the process where the system lets it open the file and not read it.
-TEST_F(ConfigFileFailure, FileLockedByAnotherProcessIsToldAndTheProgramGoesOn) {
+TEST_F(ConfigFileFailure, FileLockedByAnotherProcessIsReadOrToldAndTheProgramGoesOn) {
     writeFile("logging.conf", "defaults = { default_level = \"INFO\"; };");
     const HANDLE other =
         CreateFileA(path("logging.conf").c_str(), GENERIC_READ | GENERIC_WRITE,
@@ -137,7 +137,7 @@ TEST_F(ConfigFileFailure, FileLockedByAnotherProcessIsToldAndTheProgramGoesOn) {
     CloseHandle(other);
     EXPECT_EQ(locked.exitCode, 0u);
     if (locked.error.empty()) {
-        // A system that doesn't hold readers to locks.
+        // A system that doesn't hold readers to locks, as Wine.
         EXPECT_EQ(locked.output, "instance p\ndefault INFO\n");
     } else {
         EXPECT_EQ(locked.output, "instance p\ndefault WARN\n");
