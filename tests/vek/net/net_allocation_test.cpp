@@ -1,8 +1,6 @@
 // What sockets and framing take from the heap. A program of its own, since it counts
 // every allocation.
-#include <cstdlib>
-#include <new>
-
+#include "tests/support/counted_memory.h"
 #include "tests/vek/net/loopback.h"
 #include "tests/vek/net/watched_socket.h"
 #include "vek/net/tcp_buffer.h"
@@ -10,55 +8,17 @@
 
 namespace {
 
-std::size_t allocations = 0;
-
-void* allocate(std::size_t size) {
-    ++allocations;
-    void* const memory = std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    return allocate(size);
-}
-
-void* operator new[](std::size_t size) {
-    return allocate(size);
-}
-
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-
-void operator delete[](void* memory) noexcept {
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-
-namespace {
-
 using namespace vek::net;
 using namespace vek::test;
+using support::allocations;
 
 class NetAllocations : public WinsockTest {};
 
 TEST_F(NetAllocations, AreCounted) {
-    const std::size_t before = allocations;
+    const int before = allocations();
     delete new int;
     delete[] new char[100];
-    EXPECT_EQ(allocations, before + 2);
+    EXPECT_EQ(allocations(), before + 2);
 }
 
 TEST_F(NetAllocations, SocketCallsNeedNoAllocation) {
@@ -68,7 +28,7 @@ TEST_F(NetAllocations, SocketCallsNeedNoAllocation) {
     const IP4Address address = bindToLoopback(datagrams);
     IP4Address sender;
     char bytes[8] = {};
-    const std::size_t before = allocations;
+    const int before = allocations();
     connection.client.write("x", 1);
     datagrams.sendTo("y", 1, address);
     wakeup.notify();
@@ -85,13 +45,13 @@ TEST_F(NetAllocations, SocketCallsNeedNoAllocation) {
     connection.server->setKeepAliveTimes({5, 1, 5});
     connection.server->peerAddress(sender);
     connection.server->shutdown(true, true);
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(allocations(), before);
 }
 
 TEST_F(NetAllocations, BuffersAreAllocatedOnce) {
-    const std::size_t before = allocations;
+    const int before = allocations();
     { const TCPBuffer buffer(16384, 1024); }
-    EXPECT_EQ(allocations, before + 2);
+    EXPECT_EQ(allocations(), before + 2);
 }
 
 TEST_F(NetAllocations, MessageNeedsNoAllocationInEitherDirection) {
@@ -103,7 +63,7 @@ TEST_F(NetAllocations, MessageNeedsNoAllocationInEitherDirection) {
     }
     connection.client.writeAll(bytes);
     connection.client.shutdown(true, false);
-    const std::size_t before = allocations;
+    const int before = allocations();
     std::uint32_t length = 0;
     int messages = 0;
     while (buffer.nextMessage(length) != nullptr) {
@@ -111,7 +71,7 @@ TEST_F(NetAllocations, MessageNeedsNoAllocationInEitherDirection) {
         buffer.hasMessage();
         buffer.commit(length);
     }
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(allocations(), before);
     EXPECT_EQ(messages, 60);
 }
 
