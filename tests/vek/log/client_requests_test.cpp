@@ -269,7 +269,7 @@ TEST_F(ClientRequests, NoMessageIsDispatchedDuringTheReplyAboutSinks) {
         client->send("evidence-info:");
         const DWORD shortMs = 200;
         client->socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &shortMs, sizeof shortMs);
-        EXPECT_EQ(codeThrownBy<vek::NetError>([&] { client->receive(); }),
+        EXPECT_EQ(codeThrownBy<NetError>([&] { client->receive(); }),
                   static_cast<std::uint32_t>(WSAETIMEDOUT));
         limitReceiving(client->socket);
         door.open();

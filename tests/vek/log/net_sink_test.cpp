@@ -459,7 +459,7 @@ TEST_F(NetSinkAlone, SocketThatCanNotBeSetUpIsClosedAndTheFailureTold) {
     watched = connection.server.get();
     watched->close();
     auto buffer = std::make_unique<net::TCPBuffer>(16384, 1024, watched);
-    EXPECT_EQ(codeThrownBy<vek::NetError>([&] {
+    EXPECT_EQ(codeThrownBy<NetError>([&] {
                   log::NetSink(log::SinkConfig(), std::move(connection.server), std::move(buffer));
               }),
               static_cast<std::uint32_t>(WSAENOTSOCK));
