@@ -133,6 +133,12 @@ class WaitingChild {
     vek::proc::Child child;
 };
 
+// Nothing tells that the shepherd has come to wait for a child. One that is stopped ahead of that
+// ends at once, without the child.
+void letTheShepherdWait() {
+    Sleep(200);
+}
+
 TEST(VekPal, StartsNoShepherd) {
     const VekPal pal(false, 0, 4, nullptr);
     EXPECT_EQ(vek::proc::currentShepherd(), nullptr);
@@ -152,6 +158,7 @@ TEST(VekPal, StopsTheShepherdAtItsEnd) {
 TEST(VekPal, EndLastsUntilTheEndOfARunningChild) {
     auto pal = std::make_unique<VekPal>(false, 0, 4, nullptr);
     WaitingChild child;
+    letTheShepherdWait();
     std::thread ending([&] {
         Sleep(300);
         EXPECT_NE(VekPal::current(), nullptr);
@@ -174,6 +181,7 @@ TEST(VekPal, StopsTheShepherdAheadOfWhatItsCallbacksMayUse) {
     } callback;
     auto pal = std::make_unique<VekPal>(true, 0, 4, nullptr);
     WaitingChild child(&callback);
+    letTheShepherdWait();
     std::thread ending([&] {
         Sleep(200);
         child.end();

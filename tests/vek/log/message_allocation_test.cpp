@@ -66,7 +66,12 @@ class Allocations : public testing::Test {
 };
 
 TEST_F(Allocations, AreCounted) {
-    EXPECT_EQ(allocationsOf([] { delete new int; }), 1);
+    EXPECT_EQ(allocationsOf([] {
+                  // Seen by others, so that the compiler can't leave it out.
+                  int* volatile one = new int;
+                  delete one;
+              }),
+              1);
     EXPECT_EQ(allocationsOf([] { const std::string text(100, 'x'); }), 1);
 }
 

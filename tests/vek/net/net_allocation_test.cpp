@@ -16,8 +16,11 @@ class NetAllocations : public WinsockTest {};
 
 TEST_F(NetAllocations, AreCounted) {
     const int before = allocations();
-    delete new int;
-    delete[] new char[100];
+    // Seen by others, so that the compiler can't leave them out.
+    int* volatile one = new int;
+    char* volatile many = new char[100];
+    delete one;
+    delete[] many;
     EXPECT_EQ(allocations(), before + 2);
 }
 
