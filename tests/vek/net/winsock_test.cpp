@@ -13,9 +13,11 @@ bool canMakeSockets() {
     return true;
 }
 
+const LPFN_WSARECVMSG functionAheadOfMain = vek::net::recvMsgFunction();
+
 TEST(Winsock, StandsFromTheFirstStartToTheLastStop) {
     EXPECT_FALSE(canMakeSockets());
-    EXPECT_EQ(vek::net::recvMsgFunction(), nullptr);
+    EXPECT_EQ(functionAheadOfMain, nullptr);
     vek::net::startWinsock();
     EXPECT_TRUE(canMakeSockets());
     vek::net::startWinsock();

@@ -1,0 +1,123 @@
+// What the tests of sockets share: Winsock, and connections over the loopback address.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <typeinfo>
+
+#include <gtest/gtest.h>
+
+#include "vek/exception.h"
+#include "vek/net/ip4_address.h"
+#include "vek/net/tcp_listener.h"
+#include "vek/net/tcp_socket.h"
+#include "vek/net/udp_socket.h"
+#include "vek/net/winsock.h"
+
+namespace vek::test {
+
+// No receive of a test waits longer.
+constexpr std::uint32_t receiveLimitMs = 20000;
+
+inline void limitReceiving(net::Socket& socket) {
+    socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &receiveLimitMs, sizeof receiveLimitMs);
+}
+
+inline net::IP4Address loopbackAddress(std::uint16_t port = 0) {
+    net::IP4Address address;
+    address.setAddress(0x7F000001);
+    address.setPort(port);
+    return address;
+}
+
+// Binds to a port that the system chooses, and gives the address with it.
+inline net::IP4Address bindToLoopback(net::Socket& socket) {
+    net::IP4Address address = loopbackAddress();
+    socket.bind(address);
+    socket.localAddress(address);
+    return address;
+}
+
+// A socket of a client; `connect` makes a connection of it.
+class ClientSocket : public net::IPSocketT<net::DataSocket> {
+  public:
+    ClientSocket() : IPSocketT(false, net::streamType, 0) { limitReceiving(*this); }
+
+    void writeAll(const std::string& bytes) {
+        for (std::size_t sent = 0; sent < bytes.size();) {
+            sent += write(bytes.data() + sent, static_cast<std::uint32_t>(bytes.size() - sent));
+        }
+    }
+
+    // Fewer bytes only at the end of the stream.
+    std::string readExactly(std::size_t size) {
+        std::string bytes(size, '\0');
+        std::size_t received = 0;
+        while (received < size) {
+            const std::uint32_t count =
+                read(&bytes[received], static_cast<std::uint32_t>(size - received));
+            if (count == 0) {
+                break;
+            }
+            received += count;
+        }
+        bytes.resize(received);
+        return bytes;
+    }
+};
+
+// Winsock runs while one lives.
+class WinsockTest : public testing::Test {
+  protected:
+    WinsockTest() { net::startWinsock(); }
+    ~WinsockTest() override { net::stopWinsock(); }
+};
+
+// A `Server`, which is a TCPSocket, with `client` as its peer.
+template <class Server = net::TCPSocket>
+class Connection {
+  public:
+    Connection() {
+        net::TCPListener listener(false);
+        const net::IP4Address address = bindToLoopback(listener);
+        listener.listen(1);
+        client.connect(address);
+        server = std::make_unique<Server>(listener.accept());
+        limitReceiving(*server);
+        server->setNoDelay();
+        const BOOL noDelay = TRUE;
+        client.setOption(IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
+    }
+
+    ClientSocket client;
+    std::unique_ptr<Server> server;
+};
+
+// The error number of what `f` throws, which must be exactly an `Expected`.
+template <class Expected = NetError, class F>
+std::uint32_t codeThrownBy(F f) {
+    try {
+        f();
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const OsError& error) {
+        EXPECT_EQ(typeid(error), typeid(Expected)) << error.code();
+        return error.code();
+    }
+    return 0;
+}
+
+// The text of what `f` throws, which must be exactly an `Expected`.
+template <class Expected, class F>
+std::string textThrownBy(F f) {
+    try {
+        f();
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const Exception& error) {
+        EXPECT_EQ(typeid(error), typeid(Expected)) << error.what();
+        return error.what();
+    }
+    return "";
+}
+
+}  // namespace vek::test

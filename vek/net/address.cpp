@@ -1,0 +1,9 @@
+#include "vek/net/address.h"
+
+namespace vek::net {
+
+constinit const EmptyAddress emptyAddress;
+
+void Address::prepare() {}
+
+}  // namespace vek::net
