@@ -9,6 +9,7 @@
 #include "vek/exception.h"
 #include "vek/fs/null_device.h"
 #include "vek/net/winsock.h"
+#include "vek/proc/shepherd.h"
 #include "vek/thread/condition_functions.h"
 #include "vek/thread/read_write_functions.h"
 #include "vek/thread/scope_guard.h"
@@ -75,6 +76,7 @@ VekPal::~VekPal() {
     if (handlesQuit) {
         leaveQuitHandling();
     }
+    proc::shutdownShepherd();
     net::stopWinsock();
     fs::closeNullDevice();
     thread::resetConditionFunctions();

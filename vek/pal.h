@@ -43,8 +43,9 @@ class VekPal final : public VekPalInit, public NoCopy {
     // the thread that starts the process up, ahead of every other object of the framework.
     VekPal(bool handleQuit, int, int, void* quitContext);
 
-    // Stops what the constructor started, apart from the clocks and the terminate handler. On the
-    // thread that ends the process.
+    // Stops what the constructor started, apart from the clocks and the terminate handler, and the
+    // shepherd of the child processes. With running children this takes until the next of them has
+    // ended, deliberately. On the thread that ends the process.
     ~VekPal();
 
     // Tells each of the quit objects, in the order of their addresses. A vek::Exception ends the

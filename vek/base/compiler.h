@@ -6,6 +6,13 @@
 #include <stdlib.h>
 #endif
 
+// The signature of the function that this stands in, as the compiler spells it: a const char*.
+#ifdef _MSC_VER
+#define VEK_FUNCTION_SIGNATURE __FUNCSIG__
+#else
+#define VEK_FUNCTION_SIGNATURE __PRETTY_FUNCTION__
+#endif
+
 namespace vek {
 
 // Ends the process at once, past all handlers, with the exit code 0xC0000409. `reason` is one of

@@ -8,9 +8,7 @@
 
 namespace vek {
 
-namespace {
-
-std::string modulePath() {
+std::string programPath() {
     std::array<char, 260> buffer = {};
     const DWORD length = GetModuleFileNameA(nullptr, buffer.data(), buffer.size());
     if (length == 0) {
@@ -22,17 +20,15 @@ std::string modulePath() {
     return std::string(buffer.data(), length);
 }
 
-}  // namespace
-
 std::string programDirectory() {
-    std::string path = modulePath();
+    std::string path = programPath();
     fs::removeTrailingSeparators(path);
     fs::dirName(path);
     return path;
 }
 
 std::string programName() {
-    std::string name = modulePath();
+    std::string name = programPath();
     fs::baseName(name);
     return name.substr(0, name.find('.'));
 }

@@ -2,29 +2,103 @@
 
 #include <exception>
 #include <iostream>
+#include <memory>
+#include <utility>
 
+#include "vek/base/format.h"
+#include "vek/base/scope_guard.h"
+#include "vek/exception.h"
+#include "vek/fs/path_text.h"
+#include "vek/fs/program_path.h"
+#include "vek/log/config_report.h"
+#include "vek/log/debugger_sink.h"
+#include "vek/log/file_sink.h"
 #include "vek/log/logger.h"
 #include "vek/log/manager.h"
+#include "vek/log/stdout_sink.h"
 #include "vek/thread/scope_guard.h"
 
 namespace vek::log {
 
-Configurator::Configurator(TCLAP::CmdLineInterface* /*cmd*/) : manager(Manager::instance()) {
-    manager.setConfigurator(this);
-    manager.setDefaultLevel(WARN);
+namespace {
+
+// What the sinks of a console and of the debugger show unless they are told otherwise.
+SinkConfig bareConfig() {
+    SinkConfig config;
+    config.print_pids = false;
+    config.print_tids = false;
+    config.print_time = false;
+    return config;
 }
 
-Configurator::~Configurator() {
+SinkConfig initialSyslogConfig() {
+    SinkConfig config = bareConfig();
+    config.enabled = true;
+    config.max_level = INFO;
+    return config;
+}
+
+// The executable's file name without its extension.
+std::string ownName() {
+    std::string name = programPath();
+    fs::baseName(name);
+    return name.substr(0, name.rfind('.'));
+}
+
+// Runs one step of the destructor.
+template <class Step>
+void reportFailure(Step step) {
     try {
-        manager.shutdown();
-        // A manager that was never started has kept it.
-        manager.setConfigurator(nullptr);
+        step();
     } catch (const std::exception& error) {
         std::cerr << "Error shutting down the log: " << error.what() << "\n";
     }
 }
 
-void Configurator::configure(const std::string& /*name*/) {
+}  // namespace
+
+std::atomic<std::int32_t> Configurator::instances = 0;
+
+Configurator::Configurator(TCLAP::CmdLineInterface* cmd)
+    : stdoutConfig(bareConfig()),
+      debuggerConfig(bareConfig()),
+      syslogConfig(initialSyslogConfig()),
+      options(waitLogApplication, stdoutConfig.print_tids, stdoutConfig.print_time),
+      manager(Manager::instance()) {
+    // Deliberately never stepped back on a way out of this constructor.
+    if (instances.fetch_add(1) != 0) {
+        throw UsageError("Attempted to create more than one instance of the Configurator object");
+    }
+    if (cmd != nullptr) {
+        options.addTo(*cmd);
+    }
+    if (VekPal::current() != nullptr) {
+        VekPal::current()->registerForkHandler(*this);
+    }
+    ScopeGuard<Manager> forget(&manager, [](Manager* known) { known->setConfigurator(nullptr); });
+    manager.setConfigurator(this);
+    parseEnvironment();
+    forget.dismiss();
+}
+
+Configurator::~Configurator() {
+    reportFailure([this] {
+        manager.shutdown();
+        // A manager that was never started has kept it.
+        manager.setConfigurator(nullptr);
+    });
+    instances.fetch_sub(1);
+}
+
+void Configurator::stop() {
+    manager.shutdown();
+}
+
+void Configurator::configure(const std::string& name) {
+    instanceName = name.empty() ? ownName() : name;
+    readConfigFile();
+    applyCommandLine();
+    createSinks();
     manager.start();
 }
 
@@ -37,11 +111,94 @@ void Configurator::setLoggerLevel(const std::string& name, Level level) {
     manager.setLoggerLevel(name, level);
 }
 
+void Configurator::setDefaultLevel(Level level) {
+    manager.setDefaultLevel(level);
+    defaultLevel = level;
+}
+
 void Configurator::applyConfiguredLevel(Logger& logger) {
     const thread::ScopeGuard guard(levelsLock);
     const auto found = loggerLevels.find(logger.name());
     if (found != loggerLevels.end()) {
         logger.setLevel(found->second, false);
+    }
+}
+
+void Configurator::afterFork() {
+    manager.onFork();
+}
+
+void Configurator::applyCommandLine() {
+    if (options.log.isSet()) {
+        stdoutConfig.enabled = true;
+    }
+    if (options.logTids.isSet() || options.verboseLog.isSet()) {
+        stdoutConfig.print_tids = true;
+    }
+    if (options.logTime.isSet() || options.verboseLog.isSet()) {
+        stdoutConfig.print_time = true;
+    }
+    if (options.logLevel.isSet()) {
+        defaultLevel = parseLevel(options.logLevel.getValue());
+    }
+    if (options.waitLogApplication.isSet()) {
+        waitLogApplication = true;
+    }
+    for (const std::string& setting : options.category.getValue()) {
+        applyCategory(setting);
+    }
+}
+
+// NAME=LEVEL; of several for one name the last one stands.
+void Configurator::applyCategory(const std::string& setting) {
+    const std::size_t separator = setting.find('=');
+    if (separator == std::string::npos) {
+        std::cerr << format("Missing separator '=' in logger setting '%s'", setting.c_str())
+                  << std::endl;
+        return;
+    }
+    const std::string name = setting.substr(0, separator);
+    const std::string level = setting.substr(separator + 1);
+    try {
+        loggerLevels[name] = parseLevel(level);
+    } catch (const std::exception&) {
+        std::cerr << format("Skipping logger setting '%1$s': given level '%2$s' is unrecognized",
+                            name.c_str(), level.c_str())
+                  << std::endl;
+    }
+}
+
+void Configurator::createSinks() {
+    if (stdoutConfig.enabled) {
+        manager.addSink(new StdoutSink(stdoutConfig));
+    }
+    if (debuggerConfig.enabled) {
+        manager.addSink(new DebuggerSink(debuggerConfig));
+    }
+    for (const auto& [path, config] : fileSinks) {
+        // One without a path was reported when it was read.
+        if (!path.empty()) {
+            addFileSink(config);
+        }
+    }
+    applyLevels();
+}
+
+// Also for a record that isn't enabled: that makes a sink without a file, which stays silent.
+void Configurator::addFileSink(const FileSinkConfig& config) {
+    auto sink = std::make_unique<FileSink>(config);
+    if (!sink->isGood()) {
+        reportInColor(format("File sink at %1$s couldn't be opened!", config.path.c_str()) + "\n");
+    }
+    manager.addSink(sink.get());
+    sink.release();
+}
+
+// For the loggers that exist. Those that come get theirs by applyConfiguredLevel.
+void Configurator::applyLevels() {
+    manager.setDefaultLevel(defaultLevel);
+    for (const auto& [name, level] : loggerLevels) {
+        manager.setLoggerLevel(name, level);
     }
 }
 

@@ -11,7 +11,9 @@
 
 #include "tests/vek/log/debugger_output.h"
 #include "tests/vek/log/sample_message.h"
+#include "vek/base/windows.h"
 #include "vek/log/debugger_sink.h"
+#include "vek/log/file_sink.h"
 #include "vek/log/message.h"
 #include "vek/log/message_format.h"
 #include "vek/time/date_time.h"
@@ -131,6 +133,29 @@ TEST_F(Allocations, DefaultLayoutNeedsThoseOfItsTime) {
     EXPECT_EQ(allocationsOf([&] { message.printPlain(stream, true, true, true, true); }),
               ofTime("%c"));
     EXPECT_LE(ofTime("%c"), 1u);
+}
+
+TEST_F(Allocations, FileSinkNeedsNoneForALineWithoutATime) {
+    char directory[MAX_PATH] = {};
+    char name[MAX_PATH] = {};
+    GetTempPathA(sizeof directory, directory);
+    ASSERT_NE(GetTempFileNameA(directory, "vek", 0, name), 0u);
+    {
+        FileSinkConfig config(name);
+        config.enabled = true;
+        config.rotate = true;
+        config.compress_archives = false;
+        config.format = compileFormat("{level} {category} {msg} {pid} {tid} {timestamp_s}{attrs}");
+        FileSink sink(config);
+        EXPECT_EQ(allocationsOf([&] {
+                      for (int i = 0; i < 250; ++i) {
+                          sink.store(message);
+                      }
+                  }),
+                  0u);
+        EXPECT_TRUE(sink.isGood());
+    }
+    EXPECT_NE(DeleteFileA(name), 0);
 }
 
 TEST_F(Allocations, MemoryThatRunsOutCostsTheDebuggerSinkNoLaterMessage) {

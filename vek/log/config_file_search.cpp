@@ -1,0 +1,34 @@
+// Where logging.conf stands.
+#include <vector>
+
+#include "vek/base/text.h"
+#include "vek/fs/operations.h"
+#include "vek/fs/path_text.h"
+#include "vek/fs/program_path.h"
+#include "vek/log/configurator.h"
+
+namespace vek::log {
+
+// Looks in the executable's directory and in each above it, there also in the directory "etc". What
+// is found need not be a file.
+std::string Configurator::findConfigFile() {
+    std::vector<std::string> components;
+    split(programDirectory(), '\\', components, false, false);
+    for (; !components.empty(); components.pop_back()) {
+        const std::string directory = fs::join(components);
+        for (const std::string& path : {fs::join({directory, configFileName}),
+                                        fs::join({directory, "etc", configFileName})}) {
+            if (fs::exists(path)) {
+                return path;
+            }
+        }
+    }
+    return {};
+}
+
+// Where a file is made if there is none.
+std::string Configurator::defaultConfigPath() {
+    return fs::join({programDirectory(), configFileName});
+}
+
+}  // namespace vek::log
