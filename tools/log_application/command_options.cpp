@@ -10,14 +10,6 @@ namespace log_application {
 
 namespace {
 
-using Value = TCLAP::ValueArg<std::string>;
-using Values = TCLAP::MultiArg<std::string>;
-
-// TCLAP's arguments of an option that may be left out.
-Value value(const char* name, const char* description, const char* type) {
-    return Value("", name, description, false, "", type);
-}
-
 // Which options a command takes beside those of its processes.
 bool showsObjects(Command command) {
     return command != Command::set && command != Command::save;

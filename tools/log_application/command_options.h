@@ -21,7 +21,7 @@ class CommandOptions : public vek::NoCopy {
     Options parse(const std::vector<std::string>& arguments);
 
     // Writes the help of this command: how it is called, its example, and every option.
-    void writeHelp(std::ostream& output) const;
+    void writeHelp(std::ostream& stream) const;
 
   private:
     struct Arguments {

@@ -45,18 +45,22 @@ void addEndpoint(Process& process, const Endpoint& endpoint) {
 
 }  // namespace
 
-void Discovered::add(std::string_view text, const std::string& sender) {
-    const std::optional<Process> process = readHello(text, id, sender);
+void Discovered::add(std::string_view text, const std::string& sender, bool isLocal) {
+    std::optional<Process> process = readHello(text, id, sender);
     if (!process) {
-        ++strange;
         return;
+    }
+    if (isLocal) {
+        addEndpoint(*process, {loopback, process->endpoints.front().port});
     }
     const auto known = std::ranges::find_if(
         found, [&process](const Process& other) { return isSame(other, *process); });
     if (known == found.end()) {
         found.push_back(*process);
-    } else {
-        addEndpoint(*known, process->endpoints.front());
+        return;
+    }
+    for (const Endpoint& endpoint : process->endpoints) {
+        addEndpoint(*known, endpoint);
     }
 }
 

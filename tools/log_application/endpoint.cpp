@@ -34,11 +34,11 @@ Endpoint parseEndpoint(const std::string& option, const std::string& text,
     if (address == "localhost") {
         address = "127.0.0.1";
     }
-    std::optional<std::uint32_t> port = defaultPort;
+    std::uint32_t port = defaultPort.value_or(0);
     if (colon != std::string::npos) {
-        port = parseNumber(std::string_view(text).substr(colon + 1), highestPort);
+        port = parseNumber(std::string_view(text).substr(colon + 1), highestPort).value_or(0);
     }
-    if (!isAddress(address) || port.value_or(0) == 0) {
+    if (!isAddress(address) || port == 0) {
         throw Failure(
             exitUsage, "\"" + escapeControls(text) + "\", given to " + option + ", is no address.",
             defaultPort
@@ -46,7 +46,7 @@ Endpoint parseEndpoint(const std::string& option, const std::string& text,
                 : "Write a numeric IPv4 address and a port, as 127.0.0.1:49731; "
                   "\"log_application ps\" shows the ports.");
     }
-    return {address, static_cast<std::uint16_t>(*port)};
+    return {address, static_cast<std::uint16_t>(port)};
 }
 
 }  // namespace log_application

@@ -21,13 +21,27 @@ Follower::Follower(const FollowerContext& followerContext, std::size_t sourceNum
     : context(followerContext),
       source(sourceNumber),
       selection(std::move(wanted)),
-      process(std::move(found)),
-      thread("follower", *this) {}
+      thread("follower", *this) {
+    if (found) {
+        setProcess(std::move(*found));
+    }
+}
 
 Follower::~Follower() {
     if (thread.getId() != 0) {
         thread.join();
     }
+}
+
+void Follower::setProcess(Process now) {
+    const std::lock_guard guard(labelLock);
+    processLabel = now.label();
+    process = std::move(now);
+}
+
+std::string Follower::label() const {
+    const std::lock_guard guard(labelLock);
+    return processLabel;
 }
 
 void Follower::run() {
@@ -137,7 +151,7 @@ bool Follower::findAgain() {
             // Claimed for good by followOnce.
             if (isSelected(selection, candidate) && context.followed.claim(endpoint)) {
                 context.followed.release(endpoint);
-                process = std::move(candidate);
+                setProcess(std::move(candidate));
                 return true;
             }
         }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -44,6 +45,7 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     // the end.
     void run() override;
 
+    // The process that is followed, or was last; safe from any thread.
     std::string label() const;
 
   private:
@@ -51,6 +53,7 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     void readMessages(Client& client);
     void tellEnd(const Client& client, const std::string& reason);
     bool findAgain();
+    void setProcess(Process now);
     bool answers(const Endpoint& endpoint) const;
     bool hasGone(const Endpoint& endpoint) const;
 
@@ -58,6 +61,8 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     const std::size_t source;
     const Selection selection;
     std::optional<Process> process;
+    mutable std::mutex labelLock;
+    std::string processLabel;  // guarded by `labelLock`
     bool wasConnected = false;
     vek::thread::Thread thread;
 };

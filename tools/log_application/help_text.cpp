@@ -50,13 +50,13 @@ void writeHelp(std::ostream& output) {
               "  3  the connection was lost, or the output can't be written\n";
 }
 
-void CommandOptions::writeHelp(std::ostream& output) const {
-    output << "log_application " << row.name << (row.operands.empty() ? "" : " ") << row.operands
+void CommandOptions::writeHelp(std::ostream& stream) const {
+    stream << "log_application " << row.name << (row.operands.empty() ? "" : " ") << row.operands
            << " [OPTION]...: " << row.summary << "\n\nExample:\n";
-    writeExample(output, row);
-    output << "\nOptions:\n";
+    writeExample(stream, row);
+    stream << "\nOptions:\n";
     if (isFor(Command::set)) {
-        column(output, "NAME=LEVEL")
+        column(stream, "NAME=LEVEL")
             << "the level of a logger; DEFAULT lets it follow the default level\n";
     }
     for (const TCLAP::Arg* const argument : shown) {
@@ -64,7 +64,7 @@ void CommandOptions::writeHelp(std::ostream& output) const {
         if (isFor(Command::tail) && argument->getName() == "output") {
             description = "text, json (one object a line) or raw (the bytes of the message alone)";
         }
-        column(output, formOf(*argument)) << description << "\n";
+        column(stream, formOf(*argument)) << description << "\n";
     }
 }
 

@@ -41,7 +41,7 @@ ExitCode runCommand(const Options& options, StopSignal& stop) {
 
 // Takes the console's wish to quit to the signal, which can't live as long as the platform object:
 // it has sockets.
-class QuitBridge : public vek::VekPalInit {
+class QuitBridge final : public vek::VekPalInit {
   public:
     void onQuit() override {
         const std::lock_guard guard(lock);

@@ -7,18 +7,17 @@
 #include "vek/base/no_copy.h"
 #include "vek/net/socket_set.h"
 #include "vek/net/wakeup_channel.h"
-#include "vek/pal.h"
 #include "vek/thread/condition.h"
 #include "vek/time/clock.h"
 
 namespace log_application {
 
 // Any thread may request the stop, and any may wait for it. A request stays.
-class StopSignal : public vek::VekPalInit, public vek::NoCopy {
+class StopSignal : public vek::NoCopy {
   public:
     // Ctrl-C, or another way in which the console asks the program to quit: requests the stop. The
     // second time the process ends at once, for an output that takes nothing any more.
-    void onQuit() override;
+    void onQuit();
 
     // Throws nothing.
     void request();
