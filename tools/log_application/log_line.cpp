@@ -120,7 +120,8 @@ std::optional<LogLine> parseLogLine(std::string_view payload) {
     if (!payload.starts_with(messageType)) {
         return std::nullopt;
     }
-    if (!isPlain(telegram)) {
+    // Of two separators in a row the telegram tells nothing.
+    if (!isPlain(telegram) || payload.find("\x1F\x1F") != std::string_view::npos) {
         if (std::optional<LogLine> line = rejoined(payload)) {
             return line;
         }

@@ -1,6 +1,7 @@
 // log_application_test::ScriptedServer: a server that says what a test has it say, right or wrong.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -41,15 +42,20 @@ class ScriptedServer {
     // Waits until the clients that came have been served.
     ~ScriptedServer();
 
+    // Takes no further client than the one it has; ends within a second.
+    void stop() { stopped = true; }
+
     std::string connect() const { return "--connect 127.0.0.1:" + std::to_string(port); }
 
     std::uint16_t port = 0;
 
   private:
     void serve(int clients);
+    bool waitForClient();
 
     vek::net::TCPListener listener{false};
     const Script script;
+    std::atomic<bool> stopped = false;
     std::thread thread;
 };
 

@@ -27,6 +27,7 @@ class ServiceProcess : public vek::NoCopy {
     std::string connect() const { return "--connect 127.0.0.1:" + std::to_string(port); }
 
     std::string configuration() const;
+    const std::string& configurationPath() const { return configPath; }
 
     ToolRun& process() { return *run; }
 
