@@ -9,15 +9,19 @@
 //     set=LOGGER:LEVEL      and
 //     default=LEVEL         change levels, as a client of the log service does
 //     persist               writes the levels into the configuration file
-//     again                 makes a second configurator
-//     stop
-//     wait=PATH             until there is a file PATH
+//     again                 tries to make a second configurator
+//     renew                 destroys the configurator and makes another, without a parser
+//     stop                  stops it
+//     threads               prints how many threads this process has
+//     stay                  never ends
+//     run=COMMAND           runs COMMAND by the system's command interpreter
 //
 // An exception ends it: its class and what() go to the standard output, and the exit code is 9, or
 // 8 if it came from the constructor. A step that prints ends its line at once.
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <typeinfo>
@@ -26,7 +30,11 @@
 #include <cxxabi.h>
 #include <tclap/CmdLine.h>
 
+// Needs the other ahead of it.
+// clang-format off
 #include "vek/base/windows.h"
+#include <tlhelp32.h>
+// clang-format on
 #include "vek/exception.h"
 #include "vek/log/configurator.h"
 #include "vek/log/logger.h"
@@ -82,7 +90,35 @@ std::string cutField(std::string& text) {
     return field;
 }
 
-void doStep(Configurator& configurator, const std::string& step) {
+void tell(const std::exception& error) {
+    int status = 0;
+    char* const name = abi::__cxa_demangle(typeid(error).name(), nullptr, nullptr, &status);
+    print(std::string(name) + ": " + error.what());
+    std::free(name);
+}
+
+void tryAnother() {
+    try {
+        const Configurator second(nullptr);
+    } catch (const vek::UsageError& error) {
+        tell(error);
+    }
+}
+
+void printThreadCount() {
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof entry;
+    int count = 0;
+    for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
+        count += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
+    }
+    CloseHandle(snapshot);
+    print("threads " + std::to_string(count));
+}
+
+void doStep(std::optional<Configurator>& made, const std::string& step) {
+    Configurator& configurator = *made;
     const std::string action = step.substr(0, step.find('='));
     std::string value = action == step ? "" : step.substr(action.size() + 1);
     if (action == "configure") {
@@ -105,30 +141,30 @@ void doStep(Configurator& configurator, const std::string& step) {
     } else if (action == "persist") {
         configurator.persistConfig();
     } else if (action == "again") {
-        const Configurator second(nullptr);
+        tryAnother();
+    } else if (action == "renew") {
+        made.reset();
+        made.emplace(nullptr);
+    } else if (action == "threads") {
+        printThreadCount();
     } else if (action == "stop") {
         configurator.stop();
-    } else if (action == "wait") {
-        while (GetFileAttributesA(value.c_str()) == INVALID_FILE_ATTRIBUTES) {
-            Sleep(5);
+    } else if (action == "stay") {
+        Sleep(INFINITE);
+    } else if (action == "run") {
+        if (std::system(value.c_str()) != 0) {
+            throw std::runtime_error(value);
         }
     } else {
         throw std::invalid_argument(step);
     }
 }
 
-void tell(const std::exception& error) {
-    int status = 0;
-    char* const name = abi::__cxa_demangle(typeid(error).name(), nullptr, nullptr, &status);
-    print(std::string(name) + ": " + error.what());
-    std::free(name);
-}
-
 int run(const std::vector<std::string>& steps, TCLAP::CmdLine* cmd,
         std::vector<std::string> options) {
     int code = 8;
     try {
-        Configurator configurator(cmd);
+        std::optional<Configurator> configurator(std::in_place, cmd);
         code = 9;
         if (cmd != nullptr) {
             cmd->parse(options);

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -13,9 +14,12 @@
 #include "vek/exception.h"
 #include "vek/fs/null_device.h"
 #include "vek/net/winsock.h"
+#include "vek/proc/child.h"
+#include "vek/proc/shepherd.h"
 #include "vek/thread/condition.h"
 #include "vek/thread/condition_functions.h"
 #include "vek/thread/read_write_functions.h"
+#include "vek/thread/thread.h"
 #include "vek/time/clock_source.h"
 
 namespace {
@@ -98,6 +102,85 @@ TEST(VekPal, ConditionsWorkInEveryLife) {
         vek::thread::Condition condition;
         EXPECT_NO_THROW(condition.wakeOne());
     }
+}
+
+// The shepherd of the child processes.
+
+// A child that ends when `end` is set.
+class WaitingChild {
+  public:
+    explicit WaitingChild(vek::proc::IChildCallback* callback = nullptr) {
+        child.setArguments({vek::programDirectory() + "\\proc_child.exe", "wait", name, "0"}, true);
+        child.setNotifyCallback(callback);
+        child.start();
+    }
+    ~WaitingChild() {
+        CloseHandle(child.getProcess().hProcess);
+        CloseHandle(child.getProcess().hThread);
+        CloseHandle(event);
+    }
+    WaitingChild(const WaitingChild&) = delete;
+    WaitingChild& operator=(const WaitingChild&) = delete;
+
+    void end() { SetEvent(event); }
+    bool hasEnded() const {
+        return WaitForSingleObject(child.getProcess().hProcess, 0) == WAIT_OBJECT_0;
+    }
+
+  private:
+    const std::string name = "vek-pal-test-" + std::to_string(GetCurrentProcessId());
+    const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, name.c_str());
+    vek::proc::Child child;
+};
+
+TEST(VekPal, StartsNoShepherd) {
+    const VekPal pal(false, 0, 4, nullptr);
+    EXPECT_EQ(vek::proc::currentShepherd(), nullptr);
+    EXPECT_EQ(vek::thread::Thread::liveCount(), 0u);
+}
+
+TEST(VekPal, StopsTheShepherdAtItsEnd) {
+    for (int life = 0; life < 2; ++life) {
+        const auto pal = std::make_unique<VekPal>(false, 0, 4, nullptr);
+        vek::proc::ensureShepherd();
+        EXPECT_NE(vek::proc::currentShepherd(), nullptr);
+    }
+    EXPECT_EQ(vek::proc::currentShepherd(), nullptr);
+    EXPECT_EQ(vek::thread::Thread::liveCount(), 0u);
+}
+
+TEST(VekPal, EndLastsUntilTheEndOfARunningChild) {
+    auto pal = std::make_unique<VekPal>(false, 0, 4, nullptr);
+    WaitingChild child;
+    std::thread ending([&] {
+        Sleep(300);
+        EXPECT_NE(VekPal::current(), nullptr);
+        child.end();
+    });
+    pal.reset();
+    EXPECT_TRUE(child.hasEnded());
+    EXPECT_EQ(vek::proc::currentShepherd(), nullptr);
+    ending.join();
+}
+
+TEST(VekPal, StopsTheShepherdAheadOfWhatItsCallbacksMayUse) {
+    struct Callback final : vek::proc::IChildCallback {
+        void childExited(vek::proc::Child&) override {
+            allStands = winsockStands() && vek::fs::nullOutput() != nullptr &&
+                        vek::fs::nullInput() != nullptr &&
+                        vek::thread::nativeConditions() != nullptr && VekPal::current() != nullptr;
+        }
+        bool allStands = false;
+    } callback;
+    auto pal = std::make_unique<VekPal>(true, 0, 4, nullptr);
+    WaitingChild child(&callback);
+    std::thread ending([&] {
+        Sleep(200);
+        child.end();
+    });
+    pal.reset();
+    EXPECT_TRUE(callback.allStands);
+    ending.join();
 }
 
 // Quit events.

@@ -8,6 +8,7 @@
 #include "vek/base/units.h"
 #include "vek/exception.h"
 #include "vek/fs/program_path.h"
+#include "vek/log/config_check.h"
 #include "vek/log/config_report.h"
 #include "vek/log/configurator.h"
 
@@ -79,6 +80,7 @@ void Configurator::readConfigFile() {
 }
 
 void Configurator::parseConfigFile() {
+    checkConfigFile(configPath);
     libconfig::Config config;
     config.readFile(configPath.c_str());
     const libconfig::Setting& root = config.getRoot();
@@ -108,6 +110,13 @@ void Configurator::parseSettingsGroup(const libconfig::Setting& group) {
     } else if (group.exists("agents")) {
         parseLoggers(group["agents"], value);
     }
+    std::string address;
+    if (group.lookupValue("listen_addr", address)) {
+        server.setListenAddress(address);
+    }
+    if (group.lookupValue("discovery_addr", address)) {
+        server.setDiscoveryAddress(address);
+    }
 }
 
 // `value` receives the last text that was read.
@@ -128,6 +137,10 @@ void Configurator::parseDefaultLevel(const libconfig::Setting& group, std::strin
 // Deliberately, a member that is no text gets the text that was read last, and one whose text is no
 // level stays OFF if nothing has named it before.
 void Configurator::parseLoggers(const libconfig::Setting& loggers, std::string& value) {
+    if (!loggers.isGroup()) {
+        // The elements of a list have no names.
+        return;
+    }
     for (int i = 0; i < loggers.getLength(); ++i) {
         const std::string name = loggers[i].getName();
         loggers.lookupValue(name, value);

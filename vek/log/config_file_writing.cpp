@@ -2,11 +2,12 @@
 #include <exception>
 
 #include <libconfig.h++>
+#include <stdlib.h>
 
-#include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/fs/copier.h"
 #include "vek/fs/current_directory.h"
+#include "vek/log/config_check.h"
 #include "vek/log/config_report.h"
 #include "vek/log/configurator.h"
 #include "vek/log/logger.h"
@@ -49,6 +50,7 @@ void Configurator::writeConfig() {
     const std::string target = configPath.empty() ? defaultConfigPath() : configPath;
     libconfig::Config config;
     if (!configPath.empty()) {
+        checkConfigFile(target);
         config.readFile(target.c_str());
         try {
             backupConfigFile(fs::expand(configPath));
@@ -61,7 +63,8 @@ void Configurator::writeConfig() {
     try {
         config.writeFile(target.c_str());
     } catch (const std::exception&) {
-        throw FsError(target, GetLastError());
+        // What GetLastError() was where the runtime failed: the exception has overwritten that.
+        throw FsError(target, _doserrno);
     }
 }
 

@@ -87,11 +87,13 @@ Configurator::~Configurator() {
         // A manager that was never started has kept it.
         manager.setConfigurator(nullptr);
     });
+    reportFailure([this] { server.stop(); });
     instances.fetch_sub(1);
 }
 
 void Configurator::stop() {
     manager.shutdown();
+    server.stop();
 }
 
 void Configurator::configure(const std::string& name) {
@@ -100,6 +102,12 @@ void Configurator::configure(const std::string& name) {
     applyCommandLine();
     createSinks();
     manager.start();
+    server.start();
+    if (waitLogApplication) {
+        std::cerr << "Waiting for log_application program to connect before continuing"
+                  << std::endl;
+        server.waitForClient();
+    }
 }
 
 void Configurator::setLoggerLevel(const std::string& name, Level level) {

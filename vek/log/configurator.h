@@ -2,7 +2,8 @@
 // made right behind vek::VekPal and destroyed right ahead of it.
 //
 // It gathers the settings from four sources, turns them into sinks and levels of the manager, and
-// starts the manager's thread. From the weakest to the strongest the sources are:
+// starts the manager's thread and the log server. From the weakest to the strongest the sources
+// are:
 //
 //     built-in defaults
 //     the environment (read by the constructor)
@@ -24,6 +25,7 @@
 #include "vek/log/configurator_options.h"
 #include "vek/log/file_sink_config.h"
 #include "vek/log/level.h"
+#include "vek/log/server.h"
 #include "vek/log/sink.h"
 #include "vek/pal.h"
 #include "vek/thread/mutex.h"
@@ -50,7 +52,8 @@ class Configurator final : public IForkHandler, public NoCopy {
     // while there is another one, and "log manager: bad default level value" if the environment
     // gives DEFAULT as the default level. Deliberately either counts as an object that lives for
     // ever: no other can be made in this process from then on. Throws besides OsError if the system
-    // gives no environment, what TCLAP's CmdLineInterface::add throws, and std::bad_alloc.
+    // gives no environment, NetError if the server gets no sockets, as without a vek::VekPal, what
+    // TCLAP's CmdLineInterface::add throws, and std::bad_alloc.
     explicit Configurator(TCLAP::CmdLineInterface* cmd);
 
     // Shuts the manager down, so that what was logged has reached the sinks when this returns, and
@@ -155,6 +158,7 @@ class Configurator final : public IForkHandler, public NoCopy {
     // Guards loggerLevels once other threads run. The innermost lock.
     thread::Mutex levelsLock{true};
     std::string instanceName;
+    Server server{this};
 
     static std::atomic<std::int32_t> instances;
 };

@@ -37,9 +37,10 @@ class Message {
     //
     // Numbers are decimal whatever the stream's flags say; the level's name stands in a field of 5
     // characters, with the stream's own adjustment and fill. The width that the stream has is left
-    // alone. Allocates nothing but the text of a "{date}". Safe from any thread that has the stream
-    // to itself. Throws OsError if a colour has no console to act on, and what the stream throws if
-    // it is set up to do that; a stream that fails in silence isn't noticed.
+    // alone. Allocates nothing but the text of a "{date}", once for each second. Safe from any
+    // thread that has the stream to itself. Throws OsError if a colour has no console to act on,
+    // and what the stream throws if it is set up to do that; a stream that fails in silence isn't
+    // noticed.
     std::ostream& printFormatted(std::ostream& stream, const std::vector<FormatToken>& tokens,
                                  bool useColor) const;
 

@@ -5,7 +5,7 @@
 #include "vek/log/level_colors.h"
 #include "vek/log/message.h"
 #include "vek/log/message_format.h"
-#include "vek/time/date_time.h"
+#include "vek/log/time_text.h"
 
 namespace vek::log {
 
@@ -35,12 +35,6 @@ void writeLevel(std::ostream& stream, Level level) {
 
 std::int64_t wholeSeconds(const Message& message) {
     return message.timestamp.getValue() / millisecondsPerSecond;
-}
-
-time::DateTime localTime(const Message& message) {
-    time::DateTime local;
-    local.setLocalFromSeconds(wholeSeconds(message));
-    return local;
 }
 
 // Nothing for a message without attributes, not even the blank ahead of them.
@@ -89,7 +83,7 @@ void writeKeyword(std::ostream& stream, const Message& message, std::int32_t key
         case keywordTid:
             return writeDecimal(stream, message.tid);
         case keywordDate:
-            return write(stream, localTime(message).format("%Y-%m-%d %H:%M:%S"));
+            return write(stream, dateText(wholeSeconds(message)));
         case keywordTimestampSeconds:
             writeDecimal(stream, wholeSeconds(message));
             return write(stream, " s");
@@ -131,7 +125,7 @@ std::ostream& Message::printPlain(std::ostream& stream, bool printPids, bool pri
         write(stream, " | ");
     }
     if (printTime) {
-        write(stream, localTime(*this).toString());
+        write(stream, localTimeText(wholeSeconds(*this)));
         write(stream, " | ");
     }
     startColor(stream, level, useColor);

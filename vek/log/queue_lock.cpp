@@ -59,7 +59,7 @@ void QueueLock::wait(Condition condition) {
         try {
             native->conditions[condition].wait();
         } catch (const OsError& error) {
-            --waiters[condition];
+            leave(condition);
             throw std::system_error(static_cast<int>(error.code()), std::system_category());
         }
     } else {
@@ -67,13 +67,23 @@ void QueueLock::wait(Condition condition) {
         portable->conditions[condition].wait(held);
         held.release();
     }
+    leave(condition);
+}
+
+// Whoever comes to itself without having been woken counts as woken if anybody was. The one who was
+// woken in truth comes too, so that at worst one wake-up more than needed is given.
+void QueueLock::leave(Condition condition) {
     --waiters[condition];
+    if (woken[condition] != 0) {
+        --woken[condition];
+    }
 }
 
 void QueueLock::wakeOne(Condition condition) {
-    if (waiters[condition] == 0) {
+    if (woken[condition] == waiters[condition]) {
         return;
     }
+    ++woken[condition];
     if (native != nullptr) {
         native->conditions[condition].wakeOne();
     } else {

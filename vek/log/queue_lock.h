@@ -29,19 +29,23 @@ class QueueLock : public NoCopy {
     // May return without a wake-up. The mutex is held also when this throws.
     void wait(Condition condition);
 
-    // Wakes one of those who wait for `condition`, if there are any. To be called with the mutex
-    // held.
+    // Wakes one of those who wait for `condition` and haven't been woken yet, if there are any. To
+    // be called with the mutex held.
     void wakeOne(Condition condition);
 
   private:
+    void leave(Condition condition);
+
     struct Native;
     struct Portable;
 
     // One of the two is null.
     const std::unique_ptr<Native> native;
     const std::unique_ptr<Portable> portable;
-    // How many wait for each condition, so that a wake-up for nobody costs nothing.
+    // How many wait for each condition, and how many of these have been woken and haven't come to
+    // themselves yet: a wake-up for nobody, or for who is waking already, costs nothing.
     std::size_t waiters[2] = {};
+    std::size_t woken[2] = {};
 };
 
 }  // namespace vek::log

@@ -74,6 +74,7 @@ bool Shepherd::isOwnThread() const {
 void Shepherd::run() {
     // Keeps its memory from pass to pass.
     std::vector<HANDLE> watched;
+    watched.reserve(maxChildren + 1);
     while (isRunning()) {
         if (!awaitChildren(watched)) {
             return;

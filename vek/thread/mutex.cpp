@@ -4,8 +4,16 @@
 
 namespace vek::thread {
 
+namespace {
+
+// How often a thread looks whether the lock is free ahead of going to sleep for it. A lock is
+// mostly held for a fraction of what going to sleep and waking up costs.
+constexpr DWORD spinCount = 300;
+
+}  // namespace
+
 Mutex::Mutex(bool checkReentry) : recursive(!checkReentry) {
-    InitializeCriticalSection(&section);
+    InitializeCriticalSectionAndSpinCount(&section, spinCount);
 }
 
 Mutex::~Mutex() {

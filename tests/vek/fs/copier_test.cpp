@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/thrown.h"
 #include "tests/vek/fs/open_files.h"
 #include "tests/vek/fs/other_volume.h"
-#include "tests/vek/fs/thrown.h"
 #include "vek/exception.h"
 
 namespace {

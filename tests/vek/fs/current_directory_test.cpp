@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/vek/fs/thrown.h"
+#include "tests/support/thrown.h"
 #include "tests/vek/temporary_directory.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/thrown.h"
 #include "tests/vek/fs/open_files.h"
-#include "tests/vek/fs/thrown.h"
 #include "tests/vek/temporary_directory.h"
 #include "vek/exception.h"
 #include "vek/fs/stream_file.h"

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/thrown.h"
 #include "tests/vek/fs/other_volume.h"
-#include "tests/vek/fs/thrown.h"
 #include "vek/exception.h"
 #include "vek/fs/current_directory.h"
 

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/thrown.h"
 #include "tests/vek/fs/peer.h"
-#include "tests/vek/fs/thrown.h"
 #include "tests/vek/temporary_directory.h"
 #include "vek/exception.h"
 #include "vek/fs/file.h"

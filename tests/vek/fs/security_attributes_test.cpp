@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/vek/fs/thrown.h"
+#include "tests/support/thrown.h"
 #include "vek/exception.h"
 
 // Behind windows.h, which it needs.

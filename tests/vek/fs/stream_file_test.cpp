@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/thrown.h"
 #include "tests/vek/fs/open_files.h"
 #include "tests/vek/fs/peer.h"
-#include "tests/vek/fs/thrown.h"
 #include "tests/vek/temporary_directory.h"
 #include "vek/exception.h"
 

@@ -5,6 +5,7 @@
 #include "tests/vek/log/log_capture.h"
 #include "vek/log/manager.h"
 #include "vek/log/statement.h"
+#include "vek/pal.h"
 
 namespace {
 
@@ -12,11 +13,17 @@ using namespace vek::log;
 using vek_test::LogCapture;
 using Texts = std::vector<std::string>;
 
+// The server of a configurator needs a started Winsock.
+class ConfiguratorTest : public testing::Test {
+  protected:
+    const vek::VekPal pal{false, 0, 4, nullptr};
+};
+
 Manager& manager() {
     return Manager::instance();
 }
 
-TEST(Configurator, SetsTheDefaultLevelToWarn) {
+TEST_F(ConfiguratorTest, SetsTheDefaultLevelToWarn) {
     EXPECT_EQ(manager().getLogger("before")->level(), INFO);
     Configurator configurator(nullptr);
     EXPECT_EQ(manager().getLogger("before")->level(), WARN);
@@ -24,7 +31,7 @@ TEST(Configurator, SetsTheDefaultLevelToWarn) {
     EXPECT_EQ(manager().getLogger("after")->level(), WARN);
 }
 
-TEST(Configurator, StartsTheManagerAndShutsItDown) {
+TEST_F(ConfiguratorTest, StartsTheManagerAndShutsItDown) {
     std::unique_ptr<LogCapture> capture;
     {
         Configurator configurator(nullptr);
@@ -40,7 +47,7 @@ TEST(Configurator, StartsTheManagerAndShutsItDown) {
     EXPECT_EQ(capture->texts(), (Texts{"ahead of configure", "behind it"}));
 }
 
-TEST(Configurator, IsNotAskedAnyMoreOnceItIsGone) {
+TEST_F(ConfiguratorTest, IsNotAskedAnyMoreOnceItIsGone) {
     {
         Configurator configurator(nullptr);
         configurator.setLoggerLevel("x", TRACE);
@@ -54,7 +61,7 @@ TEST(Configurator, IsNotAskedAnyMoreOnceItIsGone) {
     EXPECT_EQ(manager().getLogger("y")->level(), WARN);
 }
 
-TEST(Configurator, GivesNewLoggersTheLevelSetForExactlyTheirName) {
+TEST_F(ConfiguratorTest, GivesNewLoggersTheLevelSetForExactlyTheirName) {
     Configurator configurator(nullptr);
     configurator.setLoggerLevel("exact", TRACE);
     Logger* const logger = manager().getLogger("exact");
@@ -65,7 +72,7 @@ TEST(Configurator, GivesNewLoggersTheLevelSetForExactlyTheirName) {
     EXPECT_TRUE(other->usesDefault());
 }
 
-TEST(Configurator, GivesLoggersThatExistTheirLevelAtOnce) {
+TEST_F(ConfiguratorTest, GivesLoggersThatExistTheirLevelAtOnce) {
     Configurator configurator(nullptr);
     Logger* const logger = manager().getLogger("x");
     configurator.setLoggerLevel("x", DEBUG);
@@ -73,7 +80,7 @@ TEST(Configurator, GivesLoggersThatExistTheirLevelAtOnce) {
     EXPECT_FALSE(logger->usesDefault());
 }
 
-TEST(Configurator, GivesNewLoggersALevelOfSixAsItStands) {
+TEST_F(ConfiguratorTest, GivesNewLoggersALevelOfSixAsItStands) {
     Configurator configurator(nullptr);
     configurator.setLoggerLevel("six", DEFAULT);
     Logger* const made = manager().getLogger("six");

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/vek/log/captured_errors.h"
 #include "tests/vek/log/log_capture.h"
 #include "vek/exception.h"
 #include "vek/log/statement.h"
@@ -12,6 +13,7 @@
 namespace {
 
 using namespace vek::log;
+using vek::test::CapturedErrors;
 using vek_test::LogCapture;
 using vek_test::ScopedThread;
 using Texts = std::vector<std::string>;
@@ -25,20 +27,6 @@ std::string usageErrorOf(F f) {
     }
     return "";
 }
-
-// Keeps std::cerr for a scope.
-class CerrCapture {
-  public:
-    CerrCapture() : own(std::cerr.rdbuf(text.rdbuf())) {}
-    ~CerrCapture() { std::cerr.rdbuf(own); }
-    CerrCapture(const CerrCapture&) = delete;
-    CerrCapture& operator=(const CerrCapture&) = delete;
-    std::string str() const { return text.str(); }
-
-  private:
-    std::ostringstream text;
-    std::streambuf* const own;
-};
 
 // --- loggers ---
 
@@ -284,7 +272,7 @@ TEST(ManagerFailingSinks, AreReportedOnceAndGoneForTheNextMessage) {
     LogCapture behind(manager, INVALID, [&](const Message& m) {
         goneTooEarly |= m.text == "1" && failing->destroyed();
     });
-    const CerrCapture cerrCapture;
+    const CapturedErrors errors;
     manager.getLogger("x")->emit(INFO, "1");
     manager.getLogger("x")->emit(INFO, "2");
     manager.start();
@@ -292,7 +280,7 @@ TEST(ManagerFailingSinks, AreReportedOnceAndGoneForTheNextMessage) {
     EXPECT_TRUE(failingSink.destroyed());
     EXPECT_EQ(sinksOf(manager), (std::vector<Sink*>{ahead.getSink(), behind.getSink()}));
     manager.shutdown();
-    EXPECT_EQ(cerrCapture.str(),
+    EXPECT_EQ(errors.text(),
               "Failed to store message in an sink:\n"
               "disk full: Usage error: the cause\n"
               "\n"
@@ -310,12 +298,12 @@ TEST(ManagerFailingSinks, AreAllRemovedInOneRound) {
     LogCapture between(manager);
     LogCapture second(manager, INVALID, fail);
     manager.addSink(first.getSink());  // fails twice in the round, and is destroyed once
-    const CerrCapture cerrCapture;
+    const CapturedErrors errors;
     logEachLevel(manager);
     EXPECT_TRUE(first.destroyed());
     EXPECT_TRUE(second.destroyed());
     EXPECT_EQ(between.texts().size(), 8u);
-    const std::string reports = cerrCapture.str();
+    const std::string reports = errors.text();
     std::size_t count = 0;
     for (std::size_t at = 0;
          (at = reports.find("Removing this sink ...\n", at)) != std::string::npos; ++at) {
@@ -331,12 +319,12 @@ TEST(ManagerFailingSinks, ThatThrowAnythingElseEndTheWorkerWithTheThreadsReport)
     LogCapture behind(manager);
     std::string report;
     {
-        const CerrCapture cerrCapture;
+        const CapturedErrors errors;
         manager.getLogger("x")->emit(INFO, "1");
         manager.getLogger("x")->emit(INFO, "2");
         manager.start();
         manager.shutdown();
-        report = cerrCapture.str();
+        report = errors.text();
     }
     EXPECT_TRUE(report.starts_with("Thread log-manager (")) << report;
     EXPECT_TRUE(report.ends_with(") died with std::exception: broken\n")) << report;

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/vek/log/counted_memory.h"
+#include "tests/support/counted_memory.h"
 #include "tests/vek/log/log_capture.h"
 #include "vek/exception.h"
 #include "vek/log/manager.h"
@@ -13,17 +13,10 @@
 namespace {
 
 using namespace vek::log;
-using vek_test::allocatedBytes;
-using vek_test::allocations;
-using Limit = vek_test::MemoryLimit;
-
-// The number of allocations of `work` on this thread.
-template <class Work>
-int allocationsOf(Work work) {
-    const int before = allocations();
-    work();
-    return allocations() - before;
-}
+using support::allocatedBytes;
+using support::allocations;
+using support::allocationsOf;
+using Limit = support::MemoryLimit;
 
 Limit withoutMessages() {
     return Limit(INT_MAX, sizeof(Message));

@@ -11,8 +11,6 @@ using ServerLife = LogServiceTest;
 
 const std::string badListenAddress =
     ": Failed to set custom listen_addr. Falling back to using localhost.\n\n";
-const std::string badDiscoveryAddress =
-    ": Failed to set custom discovery_addr. Falling back to using localhost.\n\n";
 
 bool canConnect(const std::string& address, std::uint16_t port) {
     net::IP4Address target = loopbackAddress(port);
@@ -59,6 +57,16 @@ TEST_F(ServerLife, ListenAddressThatIsNoneIsReportedAndTheLoopbackAddressUsed) {
     EXPECT_TRUE(report.ends_with("(22)\n\n")) << report;
 }
 
+TEST_F(ServerLife, DiscoveryAddressThatIsNoneIsReportedAndTheLoopbackAddressUsed) {
+    server->setDiscoveryAddress("not-an-address");
+    server->start();
+    DiscoveryClient client("127.0.0.1");
+    const std::string own = "pid=" + std::to_string(GetCurrentProcessId());
+    EXPECT_NE(client.askUntilAnswered("discover-request:name=demo\x1F" + own), "");
+    EXPECT_TRUE(errors.waitFor(
+        ": Failed to set custom discovery_addr. Falling back to using localhost.\n\n"));
+}
+
 TEST_F(ServerLife, ListenAddressWithAPortIsNone) {
     server->setListenAddress("127.0.0.1:80");
     start();
@@ -71,20 +79,12 @@ TEST_F(ServerLife, EmptyAddressesGiveNoReport) {
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST_F(ServerLife, AddressesThatCanNotBeBoundEndTheThread) {
+TEST_F(ServerLife, ListenAddressThatCanNotBeBoundEndsTheThread) {
     server->setListenAddress("192.0.2.1");
     server->start();
     EXPECT_TRUE(errors.waitFor("Thread log-server ("));
     EXPECT_TRUE(errors.waitFor("died with VEK exception:"));
     EXPECT_TRUE(errors.waitFor("(10049)\n\n"));
-    server->stop();
-}
-
-TEST_F(ServerLife, DiscoveryAddressThatCanNotBeBoundEndsTheThread) {
-    server->setDiscoveryAddress("192.0.2.1");
-    server->start();
-    EXPECT_TRUE(errors.waitFor("(10049)\n\n"));
-    EXPECT_TRUE(errors.waitFor("Thread log-server ("));
     server->stop();
 }
 
@@ -94,9 +94,11 @@ TEST_F(ServerLife, DiscoveryPortInUseByOneThatDoesNotShareEndsTheThread) {
     occupied.fromString(address);
     occupant.bind(occupied);
     server->start();
-    EXPECT_TRUE(errors.waitFor("(10048)\n\n") || errors.waitFor("(10013)\n\n"));
     EXPECT_TRUE(errors.waitFor("Thread log-server ("));
-    EXPECT_NO_THROW(server->stop());
+    server->stop();
+    const std::string report = errors.text();
+    // Which of the two depends on the system.
+    EXPECT_TRUE(report.ends_with("(10048)\n\n") || report.ends_with("(10013)\n\n")) << report;
     // The process goes on.
     VEK_LOG(*manager.getLogger("x"), log::WARN, "still here");
 }

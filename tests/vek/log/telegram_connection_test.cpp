@@ -166,11 +166,11 @@ TEST_F(TelegramConnection, AckAndErrorLeaveTheTelegramAsItIs) {
 
 TEST_F(TelegramConnection, FailureOfTheSocketComesOut) {
     connection.server->close();
-    EXPECT_EQ(codeThrownBy([&] { telegram.receive(); }), 10038u);
-    EXPECT_EQ(codeThrownBy([&] { telegram.send(); }), 10038u);
-    EXPECT_EQ(codeThrownBy([&] { telegram.sendAck(); }), 10038u);
-    EXPECT_EQ(codeThrownBy([&] { telegram.sendError("x"); }), 10038u);
-    EXPECT_EQ(codeThrownBy([&] { telegram.waitForAck(); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { telegram.receive(); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { telegram.send(); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { telegram.sendAck(); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { telegram.sendError("x"); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { telegram.waitForAck(); }), 10038u);
 }
 
 TEST(TelegramWithoutConnection, CanBeNeitherReceivedNorSent) {
@@ -235,6 +235,10 @@ struct Reply {
     const char* text;
     const char* report;
 };
+
+void PrintTo(const Reply& reply, std::ostream* stream) {
+    *stream << testing::PrintToString(std::string(reply.text));
+}
 
 class UnexpectedReply : public WaitForAck, public testing::WithParamInterface<Reply> {};
 

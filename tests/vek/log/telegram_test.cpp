@@ -67,6 +67,10 @@ struct Form {
     const char* written = nullptr;  // where that differs from `text`
 };
 
+void PrintTo(const Form& form, std::ostream* stream) {
+    *stream << testing::PrintToString(std::string(form.text));
+}
+
 const Form forms[] = {
     {"change-scope:demo=INFO", "change-scope", {{"demo", "INFO"}}},
     {"change-scope:a=DEBUG|b=DEFAULT", "change-scope", {{"a", "DEBUG"}, {"b", "DEFAULT"}}},
@@ -280,8 +284,13 @@ TEST_P(NoTelegram, IsAParseErrorThatHoldsTheWholeText) {
 INSTANTIATE_TEST_SUITE_P(, NoTelegram,
                          testing::Values("", "ack", "\x1F", "=", "a=b\x1F", "\"", "%s%n%1$s",
                                          "\xFF\xFE\x80", std::string("a\0b", 3),
-                                         std::string("\0", 1), std::string(1020, 'x'),
-                                         std::string(100000, '\x1F')));
+                                         std::string("\0", 1), std::string(60, 'x')));
+
+TEST(Telegram, LongTextThatIsNoTelegramIsHeldByTheErrorAsWell) {
+    const std::string text(100000, '\x1F');
+    EXPECT_EQ(thrownBy<Telegram::ParseError>([&] { Telegram().parse(text); }),
+              "ParseError: Missing separator ':' in \"" + text + "\"");
+}
 
 TEST(Telegram, ZeroBytesAreBytesAsAnyOther) {
     const std::string text("t\0y:k\0=v\0v\x1F\0", 12);

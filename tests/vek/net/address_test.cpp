@@ -172,8 +172,6 @@ const std::string badTexts[] = {
     std::string("10.1.2.3\0.4", 11),
     std::string("\0", 1),
     "\xFF\xFE.1.1.1",
-    std::string(100000, '1'),
-    std::string(100000, '.'),
 };
 
 class BadAddressText : public testing::TestWithParam<std::string> {};
@@ -189,6 +187,18 @@ TEST_P(BadAddressText, IsRefusedAndChangesNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, BadAddressText, testing::ValuesIn(badTexts));
+
+TEST(IP4Address, RefusesTextOfAnyLength) {
+    IP4Address address;
+    for (const char* const piece : {"1", ".", "1.", " ", "0"}) {
+        std::string text;
+        while (text.size() < 100000) {
+            text += piece;
+        }
+        EXPECT_FALSE(address.tryFromString(text)) << piece;
+    }
+    EXPECT_EQ(printed(address), "0.0.0.0");
+}
 
 // An address whose reading fails in ways that the real ones don't know.
 template <class Error>

@@ -64,7 +64,7 @@ TEST_F(DataSocketTest, ReadsNothingOnceThePeerHasClosed) {
 TEST_F(DataSocketTest, WriteToAPeerThatHasGoneThrowsInTheEnd) {
     Connection<> connection;
     connection.client.close();
-    const std::uint32_t code = codeThrownBy([&] {
+    const std::uint32_t code = codeThrownBy<vek::NetError>([&] {
         for (int i = 0; i < 100; ++i) {
             connection.server->write("x", 1);
             Sleep(10);
@@ -120,7 +120,7 @@ TEST_F(DataSocketTest, DatagramLargerThanTheRoomIsLostAndThrows) {
     IP4Address from;
     sender.sendTo("too large", 9, address);
     sender.sendTo("next", 4, address);
-    EXPECT_EQ(codeThrownBy([&] { receiver.receiveFrom(bytes, 4, from); }), 10040u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { receiver.receiveFrom(bytes, 4, from); }), 10040u);
     EXPECT_EQ(receiver.receiveFrom(bytes, 4, from), 4u);
     EXPECT_EQ(std::string(bytes, 4), "next");
 }
@@ -164,13 +164,15 @@ TEST_F(DataSocketTest, SendWithoutAPeerThrows) {
     // What the system says of the call that stands below.
     EXPECT_EQ(sendto(sender.nativeHandle(), "x", 1, 0, nullptr, 0), -1);
     const auto notAddressed = static_cast<std::uint32_t>(WSAGetLastError());
-    EXPECT_EQ(codeThrownBy([&] { sender.sendTo("x", 1, emptyAddress); }), notAddressed);
-    EXPECT_EQ(codeThrownBy([&] { sender.write("x", 1); }), notAddressed);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.sendTo("x", 1, emptyAddress); }),
+              notAddressed);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.write("x", 1); }), notAddressed);
 }
 
 TEST_F(DataSocketTest, DatagramLargerThanTheProtocolAllowsThrows) {
     const std::string large(65508, 'x');
-    EXPECT_EQ(codeThrownBy([&] { sender.sendTo(large.data(), 65508, address); }), 10040u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.sendTo(large.data(), 65508, address); }),
+              10040u);
     sender.sendTo(large.data(), 65507, address);
     std::string received(65507, '\0');
     EXPECT_EQ(receiver.read(received.data(), 65507), 65507u);
@@ -181,18 +183,18 @@ TEST_F(DataSocketTest, SendThatTheSystemForbidsThrowsAPlainNetError) {
     IP4Address everyone;
     everyone.fromString("255.255.255.255");
     everyone.setPort(9);
-    EXPECT_EQ(codeThrownBy([&] { sender.sendTo("x", 1, everyone); }), 10013u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.sendTo("x", 1, everyone); }), 10013u);
 }
 
 TEST_F(DataSocketTest, TransferOnAClosedSocketThrows) {
     sender.close();
-    EXPECT_EQ(codeThrownBy([&] { sender.read(bytes, 1); }), 10038u);
-    EXPECT_EQ(codeThrownBy([&] { sender.write(bytes, 1); }), 10038u);
-    EXPECT_EQ(codeThrownBy([&] { sender.sendTo(bytes, 1, address); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.read(bytes, 1); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.write(bytes, 1); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.sendTo(bytes, 1, address); }), 10038u);
     IP4Address from;
-    EXPECT_EQ(codeThrownBy([&] { sender.receiveFrom(bytes, 1, from); }), 10038u);
-    EXPECT_EQ(codeThrownBy([&] { sender.sendMessage({{bytes, 1}}); }), 10038u);
-    EXPECT_EQ(codeThrownBy([&] { sender.receiveMessage({{bytes, 1}}); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.receiveFrom(bytes, 1, from); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.sendMessage({{bytes, 1}}); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.receiveMessage({{bytes, 1}}); }), 10038u);
 }
 
 TEST_F(DataSocketTest, GathersBuffersIntoOneMessage) {
@@ -240,7 +242,7 @@ TEST_F(DataSocketTest, NoBufferToGatherOrScatterIsAUsageError) {
 
 TEST_F(DataSocketTest, MessageThatIsTooLargeThrowsAPlainNetError) {
     sender.sendTo("too large", 9, address);
-    EXPECT_EQ(codeThrownBy([&] { receiver.receiveMessage({{bytes, 4}}); }), 10040u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { receiver.receiveMessage({{bytes, 4}}); }), 10040u);
 }
 
 TEST_F(DataSocketTest, HeaderIsEmptyAtFirst) {

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/thrown.h"
 #include "vek/exception.h"
 #include "vek/net/ip4_address.h"
 #include "vek/net/tcp_listener.h"
@@ -93,31 +94,5 @@ class Connection {
     ClientSocket client;
     std::unique_ptr<Server> server;
 };
-
-// The error number of what `f` throws, which must be exactly an `Expected`.
-template <class Expected = NetError, class F>
-std::uint32_t codeThrownBy(F f) {
-    try {
-        f();
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const OsError& error) {
-        EXPECT_EQ(typeid(error), typeid(Expected)) << error.code();
-        return error.code();
-    }
-    return 0;
-}
-
-// The text of what `f` throws, which must be exactly an `Expected`.
-template <class Expected, class F>
-std::string textThrownBy(F f) {
-    try {
-        f();
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const Exception& error) {
-        EXPECT_EQ(typeid(error), typeid(Expected)) << error.what();
-        return error.what();
-    }
-    return "";
-}
 
 }  // namespace vek::test

@@ -83,7 +83,7 @@ TEST_F(Select, RefusedConnectionIsAnError) {
     ClientSocket client;
     u_long on = 1;
     ioctlsocket(client.nativeHandle(), static_cast<long>(FIONBIO), &on);
-    EXPECT_EQ(codeThrownBy([&] { client.connect(address); }), 10035u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { client.connect(address); }), 10035u);
     SocketSet errors = setOf(client);
     EXPECT_TRUE(Socket::select(nullptr, nullptr, &errors));
     EXPECT_TRUE(errors.isSet(client.nativeHandle()));

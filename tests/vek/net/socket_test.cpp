@@ -70,11 +70,11 @@ TEST_F(SocketTest, OpensForEitherFamily) {
 }
 
 TEST_F(SocketTest, ThatCannotBeMadeThrows) {
-    EXPECT_EQ(codeThrownBy([] { Socket socket(99, SOCK_STREAM, 0); }), 10047u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([] { Socket socket(99, SOCK_STREAM, 0); }), 10047u);
 }
 
 TEST(SocketWithoutWinsock, CannotBeMade) {
-    EXPECT_EQ(codeThrownBy([] { Socket socket(AF_INET, SOCK_STREAM, 0); }), 10093u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([] { Socket socket(AF_INET, SOCK_STREAM, 0); }), 10093u);
 }
 
 TEST_F(SocketTest, IsClosedByItsDestructor) {
@@ -101,9 +101,9 @@ TEST_F(SocketTest, IsInvalidOnceClosedAndItsDestructorDoesNothing) {
 TEST_F(SocketTest, IsInvalidAlsoWhenClosingFails) {
     UDPSocket udp(false);
     closesocket(udp.nativeHandle());
-    EXPECT_EQ(codeThrownBy([&] { udp.close(); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { udp.close(); }), 10038u);
     EXPECT_FALSE(udp.isOpen());
-    EXPECT_EQ(codeThrownBy([&] { udp.close(); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { udp.close(); }), 10038u);
 }
 
 TEST_F(SocketTest, DestructorReportsThatClosingFailed) {
@@ -147,11 +147,11 @@ TEST_F(SocketTest, BindToAPortThatIsHeldForOneAloneThrows) {
 TEST_F(SocketTest, BindToAPortInUseThrows) {
     TCPListener holder(false);
     const IP4Address address = bindToLoopback(holder);
-    EXPECT_EQ(codeThrownBy([&] { TCPListener(false).bind(address); }), 10048u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { TCPListener(false).bind(address); }), 10048u);
 }
 
 TEST_F(SocketTest, BindToNoAddressThrows) {
-    EXPECT_EQ(codeThrownBy([&] { UDPSocket(false).bind(emptyAddress); }), 10014u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { UDPSocket(false).bind(emptyAddress); }), 10014u);
 }
 
 TEST_F(SocketTest, ConnectToAPortWhereNobodyListensThrows) {
@@ -165,7 +165,7 @@ TEST_F(SocketTest, OtherFailureOfConnectIsANetError) {
     Connection<> connection;
     IP4Address address;
     connection.server->localAddress(address);
-    EXPECT_EQ(codeThrownBy([&] { connection.client.connect(address); }), 10056u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { connection.client.connect(address); }), 10056u);
 }
 
 TEST_F(SocketTest, KnowsBothAddressesOfAConnection) {
@@ -216,8 +216,8 @@ TEST_F(SocketTest, AddressIsPreparedAndCutToWhatTheSystemGave) {
 TEST_F(SocketTest, AddressOfNoConnectionThrows) {
     const UDPSocket udp(false);
     IP4Address address;
-    EXPECT_EQ(codeThrownBy([&] { udp.localAddress(address); }), 10022u);
-    EXPECT_EQ(codeThrownBy([&] { udp.peerAddress(address); }), 10057u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { udp.localAddress(address); }), 10022u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { udp.peerAddress(address); }), 10057u);
     EXPECT_EQ(address.length, 16);
 }
 
@@ -225,7 +225,7 @@ TEST_F(SocketTest, ShutdownOfNeitherSideMakesNoSystemCall) {
     UDPSocket udp(false);
     udp.close();
     udp.shutdown(false, false);
-    EXPECT_EQ(codeThrownBy([&] { udp.shutdown(true, false); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { udp.shutdown(true, false); }), 10038u);
 }
 
 TEST_F(SocketTest, ShutdownOfTheWriteSideEndsTheStreamForThePeer) {
@@ -235,14 +235,14 @@ TEST_F(SocketTest, ShutdownOfTheWriteSideEndsTheStreamForThePeer) {
     connection.client.writeAll("x");
     char byte = 0;
     EXPECT_EQ(connection.server->read(&byte, 1), 1u);
-    EXPECT_EQ(codeThrownBy([&] { connection.server->write("x", 1); }), 10058u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { connection.server->write("x", 1); }), 10058u);
 }
 
 TEST_F(SocketTest, ShutdownOfTheReadSideLeavesTheWriteSide) {
     Connection<> connection;
     connection.server->shutdown(false, true);
     char byte = 0;
-    EXPECT_EQ(codeThrownBy([&] { connection.server->read(&byte, 1); }), 10058u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { connection.server->read(&byte, 1); }), 10058u);
     connection.server->write("x", 1);
     EXPECT_EQ(connection.client.readExactly(1), "x");
 }
@@ -251,8 +251,8 @@ TEST_F(SocketTest, ShutdownOfBothSidesEndsBoth) {
     Connection<> connection;
     connection.server->shutdown(true, true);
     char byte = 0;
-    EXPECT_EQ(codeThrownBy([&] { connection.server->read(&byte, 1); }), 10058u);
-    EXPECT_EQ(codeThrownBy([&] { connection.server->write("x", 1); }), 10058u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { connection.server->read(&byte, 1); }), 10058u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { connection.server->write("x", 1); }), 10058u);
     EXPECT_EQ(connection.client.readExactly(1), "");
 }
 
@@ -288,7 +288,7 @@ TEST_F(SocketTest, TwoWithTheSameAddressNeedTheOptionForIt) {
     UDPSocket second(false);
     second.setReuseAddress();
     second.bind(address);
-    EXPECT_EQ(codeThrownBy([&] { UDPSocket(false).bind(address); }), 10048u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { UDPSocket(false).bind(address); }), 10048u);
 }
 
 TEST_F(SocketTest, BufferSizesOfBothDirectionsAreOptionsOfTheirOwn) {
@@ -310,12 +310,15 @@ TEST_F(SocketTest, OptionThatDoesNotExistThrows) {
     UDPSocket udp(false);
     int value = 0;
     std::int32_t length = sizeof value;
-    EXPECT_EQ(codeThrownBy([&] { udp.getOption(IPPROTO_TCP, 0x7777, &value, length); }), 10042u);
-    EXPECT_EQ(codeThrownBy([&] { udp.setOption(IPPROTO_TCP, 0x7777, &value, 4); }), 10042u);
+    EXPECT_EQ(
+        codeThrownBy<vek::NetError>([&] { udp.getOption(IPPROTO_TCP, 0x7777, &value, length); }),
+        10042u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { udp.setOption(IPPROTO_TCP, 0x7777, &value, 4); }),
+              10042u);
     udp.close();
-    EXPECT_EQ(codeThrownBy([&] { udp.setBroadcast(true); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { udp.setBroadcast(true); }), 10038u);
     std::uint32_t size = 0;
-    EXPECT_EQ(codeThrownBy([&] { udp.bufferSize(true, true, size); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { udp.bufferSize(true, true, size); }), 10038u);
 }
 
 }  // namespace

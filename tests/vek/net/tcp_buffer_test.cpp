@@ -243,7 +243,7 @@ TEST_F(TCPBufferTest, BlocksUntilAPeerThatReadsSlowlyHasRoom) {
 TEST_F(TCPBufferTest, FailureInTheMiddleOfAFrameComesOut) {
     server.writeLimit = 2;
     server.writesBeforeClosing = 3;
-    EXPECT_EQ(codeThrownBy([&] { send("hello"); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { send("hello"); }), 10038u);
     EXPECT_EQ(client.readExactly(100), frame("hello").substr(0, 6));
 }
 
@@ -432,7 +432,7 @@ TEST_F(TCPBufferTest, FailureOfTheSocketComesOutAndLosesNothing) {
     server.readLimit = 6;
     const std::uint32_t quickly = 10;
     server.setOption(SOL_SOCKET, SO_RCVTIMEO, &quickly, sizeof quickly);
-    EXPECT_EQ(codeThrownBy([&] { next(); }), 10060u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { next(); }), 10060u);
     EXPECT_EQ(buffer.available(), 2u);
     sendWhole(frame("hello").substr(6));
     EXPECT_EQ(next(), "hello");

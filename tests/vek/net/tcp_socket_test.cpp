@@ -59,13 +59,13 @@ TEST_F(TCPSocketTest, HandleThatIsNoneIsNotClosed) {
 
 TEST_F(TCPSocketTest, ListenWithoutAnAddressThrows) {
     TCPListener listener(false);
-    EXPECT_EQ(codeThrownBy([&] { listener.listen(8); }), 10022u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { listener.listen(8); }), 10022u);
 }
 
 TEST_F(TCPSocketTest, AcceptWithoutListenThrows) {
     TCPListener listener(false);
     bindToLoopback(listener);
-    EXPECT_EQ(codeThrownBy([&] { listener.accept(); }), 10022u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { listener.accept(); }), 10022u);
 }
 
 TEST_F(TCPSocketTest, SetsNoDelay) {
@@ -76,7 +76,7 @@ TEST_F(TCPSocketTest, SetsNoDelay) {
     connection.server->setNoDelay();
     EXPECT_EQ(optionOf(*connection.server, 6, 1), 1);
     connection.server->close();
-    EXPECT_EQ(codeThrownBy([&] { connection.server->setNoDelay(); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] { connection.server->setNoDelay(); }), 10038u);
 }
 
 TEST(KeepAliveTimes, GoToTheSystemInMilliseconds) {
@@ -100,7 +100,10 @@ TEST_F(TCPSocketTest, KeepAliveTimesTurnTheAskingOn) {
     connection.server->setKeepAliveTimes({5, 1, 5});
     EXPECT_EQ(optionOf(*connection.server, SOL_SOCKET, SO_KEEPALIVE), 1);
     connection.server->close();
-    EXPECT_EQ(codeThrownBy([&] { connection.server->setKeepAliveTimes({5, 1, 5}); }), 10038u);
+    EXPECT_EQ(codeThrownBy<vek::NetError>([&] {
+                  connection.server->setKeepAliveTimes({5, 1, 5});
+              }),
+              10038u);
 }
 
 // The timer of the connection between the two ports, as the host system's list of connections

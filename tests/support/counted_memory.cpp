@@ -1,4 +1,4 @@
-#include "tests/vek/log/counted_memory.h"
+#include "tests/support/counted_memory.h"
 
 #include <climits>
 #include <cstdlib>
@@ -9,11 +9,12 @@ namespace {
 thread_local int allocationCount = 0;
 thread_local std::size_t byteCount = 0;
 thread_local int allowed = INT_MAX;
-thread_local std::size_t refusedSize = 0;
+thread_local std::size_t refusedSize = SIZE_MAX;
+thread_local std::size_t largestSize = SIZE_MAX;
 
 }  // namespace
 
-namespace vek_test {
+namespace support {
 
 int allocations() {
     return allocationCount;
@@ -23,21 +24,24 @@ std::size_t allocatedBytes() {
     return byteCount;
 }
 
-MemoryLimit::MemoryLimit(int count, std::size_t notOfSize) {
+MemoryLimit::MemoryLimit(int count, std::size_t notOfSize, std::size_t largest) {
     allowed = count;
     refusedSize = notOfSize;
+    largestSize = largest;
 }
 
 MemoryLimit::~MemoryLimit() {
     allowed = INT_MAX;
-    refusedSize = 0;
+    refusedSize = SIZE_MAX;
+    largestSize = SIZE_MAX;
 }
 
-}  // namespace vek_test
+}  // namespace support
 
-// The other forms of the operator come down to these.
+// The other forms, those of arrays too, of the operator come down to these.
 void* operator new(std::size_t size) {
-    void* const memory = size == refusedSize || allowed == 0 ? nullptr : std::malloc(size);
+    const bool refused = size == refusedSize || size > largestSize || allowed == 0;
+    void* const memory = refused ? nullptr : std::malloc(size != 0 ? size : 1);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }

@@ -1,0 +1,311 @@
+// The logging statement and the way to the file, beside the least logger of the same design and the
+// bare calls of the system: statements that are off, statements that are on, with 1 and 4 threads,
+// and how many messages a second reach a file that is flushed after each of them.
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/floor_logger.h"
+#include "bench/measure.h"
+#include "vek/base/windows.h"
+#include "vek/log/file_sink.h"
+#include "vek/log/manager.h"
+#include "vek/log/message_format.h"
+#include "vek/log/statement.h"
+#include "vek/time/clock_source.h"
+
+namespace {
+
+constexpr int rounds = 7;
+constexpr int statementsOff = 20'000'000;
+constexpr int burstSize = 20;
+constexpr int bursts = 400;
+constexpr DWORD pauseMs = 2;
+constexpr int throughputMessages = 100'000;
+
+// --- the contestants ---
+
+const std::string& host(int i) {
+    static const std::string hosts[] = {"alpha", "beta.example", "gamma", "delta.internal"};
+    return hosts[i & 3];
+}
+
+double milliseconds(int i) {
+    return (i % 1000) * 0.25;
+}
+
+// Keeps the compiler from testing the level once for a whole loop.
+void compilerBarrier() {
+    asm volatile("" ::: "memory");
+}
+
+class OwnLogger {
+  public:
+    static constexpr char name[] = "own";
+
+    explicit OwnLogger(const std::string& path) : logger(*manager.getLogger("bench")) {
+        vek::log::FileSinkConfig config;
+        config.path = path;
+        config.enabled = true;
+        config.compress_archives = false;
+        config.format = vek::log::compileFormat("{date} [{level}] {tid} {msg}");
+        manager.addSink(new vek::log::FileSink(config));
+        manager.start();
+    }
+    void on(int i) {
+        VEK_LOG(logger, vek::log::INFO,
+                "request " << i << " from " << host(i) << " took " << milliseconds(i) << " ms");
+    }
+    void off(int count) {
+        vek::log::Logger& log = logger;
+        for (int i = 0; i < count; ++i) {
+            VEK_LOG(log, vek::log::DEBUG,
+                    "request " << i << " from " << host(i) << " took " << milliseconds(i) << " ms");
+            compilerBarrier();
+        }
+    }
+    void finish() { manager.shutdown(); }
+
+  private:
+    vek::log::Manager manager;
+    vek::log::Logger& logger;
+};
+
+class Floor {
+  public:
+    static constexpr char name[] = "floor";
+
+    explicit Floor(const std::string& path) : logger(path) {}
+    void on(int i) {
+        if (logger.passes(vek::log::INFO)) {
+            logger.post([i](std::ostream& out) {
+                out << "request " << i << " from " << host(i) << " took " << milliseconds(i)
+                    << " ms";
+            });
+        }
+    }
+    void off(int count) {
+        for (int i = 0; i < count; ++i) {
+            if (logger.passes(vek::log::DEBUG)) {
+                logger.post([i](std::ostream& out) {
+                    out << "request " << i << " from " << host(i) << " took " << milliseconds(i)
+                        << " ms";
+                });
+            }
+            compilerBarrier();
+        }
+    }
+    void finish() { logger.finish(); }
+
+  private:
+    vek_bench::FloorLogger logger;
+};
+
+// --- measuring ---
+
+// The time-stamp counter: the performance counter has steps of 100 ns under Wine.
+std::uint64_t ticks() {
+    unsigned aux;
+    return __builtin_ia32_rdtscp(&aux);
+}
+
+double nanosecondsPerTick() {
+    const std::uint64_t from = ticks();
+    const double passed = vek_bench::nanoseconds([] { Sleep(200); });
+    return passed / static_cast<double>(ticks() - from);
+}
+
+// A file that is gone at the end of the scope.
+class LogFile {
+  public:
+    LogFile() {
+        char directory[MAX_PATH] = {};
+        char file[MAX_PATH] = {};
+        GetTempPathA(sizeof directory, directory);
+        GetTempFileNameA(directory, "vek", 0, file);
+        path = file;
+    }
+    ~LogFile() { DeleteFileA(path.c_str()); }
+    LogFile(const LogFile&) = delete;
+    LogFile& operator=(const LogFile&) = delete;
+
+    int lines() const {
+        int count = 0;
+        std::FILE* const file = std::fopen(path.c_str(), "rb");
+        for (int c = 0; file != nullptr && (c = std::fgetc(file)) != EOF;) {
+            count += c == '\n' ? 1 : 0;
+        }
+        if (file != nullptr) {
+            std::fclose(file);
+        }
+        return count;
+    }
+
+    std::string path;
+};
+
+void checkLines(const char* who, const LogFile& file, int sent) {
+    if (file.lines() != sent) {
+        std::printf("%s: %d of %d messages are in the file\n", who, file.lines(), sent);
+        std::exit(1);
+    }
+}
+
+template <class Body>
+void onThreads(int count, Body body) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i) {
+        threads.emplace_back(body, i);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+template <class Contestant>
+double statementOff() {
+    const LogFile file;
+    Contestant contestant(file.path);
+    return vek_bench::nanoseconds([&] { contestant.off(statementsOff); }) / statementsOff;
+}
+
+struct Latency {
+    std::vector<double> p50;
+    std::vector<double> p99;
+};
+
+// The time inside one statement, for threads that log bursts with pauses between them, so that the
+// worker is often asleep.
+template <class Contestant>
+void statementOn(int producers, double perTick, Latency& latency) {
+    const LogFile file;
+    Contestant contestant(file.path);
+    const auto perProducer = static_cast<std::size_t>(burstSize) * bursts;
+    std::vector<std::uint64_t> times(perProducer * static_cast<std::size_t>(producers));
+    onThreads(producers, [&](int producer) {
+        std::uint64_t* out = times.data() + static_cast<std::size_t>(producer) * perProducer;
+        for (int burst = 0; burst < bursts; ++burst) {
+            Sleep(pauseMs);
+            for (int i = 0; i < burstSize; ++i) {
+                const std::uint64_t from = ticks();
+                contestant.on(i);
+                *out++ = ticks() - from;
+            }
+        }
+    });
+    contestant.finish();
+    checkLines(Contestant::name, file, static_cast<int>(times.size()));
+    std::sort(times.begin(), times.end());
+    latency.p50.push_back(static_cast<double>(times[times.size() / 2]) * perTick);
+    latency.p99.push_back(static_cast<double>(times[times.size() / 100 * 99]) * perTick);
+}
+
+// Nanoseconds for each message, from the first statement to the last line in the file.
+template <class Contestant>
+double throughput(int producers) {
+    const LogFile file;
+    Contestant contestant(file.path);
+    const int each = throughputMessages / producers;
+    const double total = vek_bench::nanoseconds([&] {
+        onThreads(producers, [&](int) {
+            for (int i = 0; i < each; ++i) {
+                contestant.on(i);
+            }
+        });
+        contestant.finish();
+    });
+    checkLines(Contestant::name, file, each * producers);
+    return total / (each * producers);
+}
+
+// The same lines, written by one thread with nothing but WriteFile.
+double bareWrites() {
+    const LogFile file;
+    const HANDLE handle = CreateFileA(file.path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const std::string line =
+        "2024-02-29 13:05:09 [ INFO] 1234 request 12345 from beta.example took 123.25 ms\r\n";
+    const double total = vek_bench::nanoseconds([&] {
+        for (int i = 0; i < throughputMessages; ++i) {
+            DWORD written = 0;
+            WriteFile(handle, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+        }
+    });
+    CloseHandle(handle);
+    return total / throughputMessages;
+}
+
+double emptyLoop() {
+    return vek_bench::nanoseconds([] {
+               for (int i = 0; i < statementsOff; ++i) {
+                   compilerBarrier();
+               }
+           }) /
+           statementsOff;
+}
+
+void row(const std::string& what, const std::vector<double>& own, const std::vector<double>& floor,
+         const char* target) {
+    const double a = vek_bench::median(own);
+    const double b = vek_bench::median(floor);
+    std::printf("%-44s %10.1f ns %10.1f ns floor   ratio %5.2f   (%s)\n", what.c_str(), a, b, a / b,
+                target);
+}
+
+void measureOff() {
+    std::vector<double> own;
+    std::vector<double> floor;
+    std::vector<double> empty;
+    for (int round = 0; round < rounds; ++round) {
+        own.push_back(statementOff<OwnLogger>());
+        floor.push_back(statementOff<Floor>());
+        empty.push_back(emptyLoop());
+    }
+    row("statement that is off", own, floor, "at most 1.3, and 2 ns");
+    std::printf("%-44s %10.1f ns\n", "  an empty loop", vek_bench::median(empty));
+}
+
+void measureOn(int producers, double perTick) {
+    Latency own;
+    Latency floor;
+    for (int round = 0; round < rounds; ++round) {
+        statementOn<OwnLogger>(producers, perTick, own);
+        statementOn<Floor>(producers, perTick, floor);
+    }
+    const std::string what = "statement that is on, " + std::to_string(producers) + " threads, ";
+    row(what + "p50", own.p50, floor.p50, "at most 0.9");
+    row(what + "p99", own.p99, floor.p99, "at most 1.2");
+}
+
+void measureThroughput(int producers, std::vector<double>& bare) {
+    std::vector<double> own;
+    std::vector<double> floor;
+    for (int round = 0; round < rounds; ++round) {
+        own.push_back(throughput<OwnLogger>(producers));
+        floor.push_back(throughput<Floor>(producers));
+        bare.push_back(bareWrites());
+    }
+    row("message in the flushed file, " + std::to_string(producers) + " threads", own, floor,
+        "at most 1.0");
+}
+
+}  // namespace
+
+int main() {
+    vek::time::initClocks();
+    const double perTick = nanosecondsPerTick();
+    measureOff();
+    for (const int producers : {1, 4}) {
+        measureOn(producers, perTick);
+    }
+    std::vector<double> bare;
+    for (const int producers : {1, 4}) {
+        measureThroughput(producers, bare);
+    }
+    std::printf("%-44s %10.1f ns\n", "  a bare WriteFile of the line", vek_bench::median(bare));
+    return 0;
+}

@@ -1,0 +1,97 @@
+// What the tests of child processes share.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "vek/base/no_copy.h"
+#include "vek/base/windows.h"
+#include "vek/exception.h"
+#include "vek/fs/program_path.h"
+#include "vek/pal.h"
+#include "vek/proc/child.h"
+#include "vek/proc/program.h"
+
+namespace vek::test {
+
+// Upper bound of each wait, in milliseconds.
+inline constexpr DWORD limitMs = 30000;
+
+// See child.cpp.
+inline std::string childProgram() {
+    return programDirectory() + "\\proc_child.exe";
+}
+
+// An event that children wait for. Each has a name of its own.
+class NamedEvent : public NoCopy {
+  public:
+    NamedEvent() : handle(CreateEventA(nullptr, TRUE, FALSE, name.c_str())) {}
+    ~NamedEvent() {
+        set();
+        CloseHandle(handle);
+    }
+    void set() const { SetEvent(handle); }
+
+    // False if it isn't set in time.
+    bool await() const { return WaitForSingleObject(handle, limitMs) == WAIT_OBJECT_0; }
+
+    const std::string name = "vek-proc-test-" + std::to_string(GetCurrentProcessId()) + "-" +
+                             std::to_string(reinterpret_cast<std::uintptr_t>(this));
+
+  private:
+    const HANDLE handle;
+};
+
+// Each test has the framework started, and leaves no child behind: the end of the platform object
+// would wait for it.
+class ProcTest : public testing::Test {
+  protected:
+    // What `target` throws as an Error, by its text; "nothing" otherwise.
+    template <class Error, class Action>
+    static std::string thrown(Action action) {
+        try {
+            action();
+        } catch (const Error& error) {
+            return error.what();
+        }
+        return "nothing";
+    }
+
+    static void prepare(proc::Child& child, const std::vector<std::string>& arguments) {
+        child.setArguments({childProgram()}, true);
+        child.setArguments(arguments, false);
+    }
+
+    // Waits without a time-out.
+    static proc::ExitStatus waited(proc::Child& child) {
+        proc::ExitStatus status;
+        child.wait(status);
+        return status;
+    }
+
+    static proc::ExitStatus waitedUpTo(proc::Child& child, std::int64_t timeoutMs) {
+        proc::ExitStatus status;
+        child.wait(status, true, &timeoutMs);
+        return status;
+    }
+
+    // The system itself has seen the end of the child, which stays to be collected.
+    static bool hasEnded(const proc::Child& child, DWORD timeoutMs = limitMs) {
+        return WaitForSingleObject(child.getProcess().hProcess, timeoutMs) == WAIT_OBJECT_0;
+    }
+
+    // The standard output of a run of `program`, as it is set up.
+    static std::string outputOf(proc::Program& program) {
+        std::string output;
+        EXPECT_TRUE(program.exchange(nullptr, &output, nullptr));
+        return output;
+    }
+
+    const VekPal pal{false, 0, 0, nullptr};
+};
+
+}  // namespace vek::test

@@ -1,0 +1,74 @@
+#include <array>
+
+#include "tests/support/open_handles.h"
+#include "tests/vek/proc/proc_test.h"
+#include "vek/proc/shepherd.h"
+
+namespace {
+
+using vek::RuntimeError;
+using vek::proc::Child;
+using vek::proc::Shepherd;
+using vek::test::NamedEvent;
+
+constexpr std::size_t most = Shepherd::maxChildren;
+
+class ShepherdLimit : public vek::test::ProcTest {
+  protected:
+    static void start(Child& child, const NamedEvent& event, std::size_t code) {
+        prepare(child, {"wait", event.name, std::to_string(code)});
+        child.start();
+    }
+
+    // Ends a child that runs without being watched.
+    static void remove(Child& child) {
+        Child::kill(child.getProcess().dwProcessId);
+        EXPECT_TRUE(hasEnded(child));
+        CloseHandle(child.getProcess().hThread);
+        CloseHandle(child.getProcess().hProcess);
+    }
+
+    NamedEvent end;
+    NamedEvent endOfLast;
+    std::array<Child, most> children;
+};
+
+TEST_F(ShepherdLimit, SixtyThreeChildrenAreWatchedAndTheNextIsRefusedWhileItRuns) {
+    EXPECT_EQ(most, 63u);
+    for (std::size_t i = 0; i + 1 < most; ++i) {
+        start(children[i], end, i);
+    }
+    start(children[most - 1], endOfLast, most - 1);
+
+    Child refused;
+    const std::string message = "Maximum number of child processes reached";
+    EXPECT_EQ(thrown<RuntimeError>([&] { start(refused, end, 100); }), message);
+    EXPECT_NE(refused.getProcess().dwProcessId, 0u);
+    EXPECT_FALSE(hasEnded(refused, 50));
+    remove(refused);
+
+    // Pipes of a program that was refused are closed, and its other handles are there to be closed.
+    vek::proc::Program program;
+    prepare(program, {"wait", end.name, "0"});
+    const std::size_t before = support::openHandles().size();
+    EXPECT_EQ(thrown<RuntimeError>([&] { program.start(7); }), message);
+    remove(program);
+    EXPECT_EQ(thrown<RuntimeError>([] {
+                  Child::execute(vek::test::childProgram(), {"exit", "0"});
+              }),
+              message);
+    EXPECT_EQ(support::openHandles().size(), before);
+
+    // There is room again once one has ended.
+    endOfLast.set();
+    EXPECT_EQ(waited(children[most - 1]).code, most - 1);
+    start(children[most - 1], end, most - 1);
+
+    // All end at once.
+    end.set();
+    for (std::size_t i = 0; i < most; ++i) {
+        EXPECT_EQ(waited(children[i]).code, i);
+    }
+}
+
+}  // namespace
