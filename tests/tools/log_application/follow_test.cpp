@@ -57,9 +57,9 @@ TEST_F(FollowTest, EveryMessageIsShownAsTheGoldenFiles) {
 }
 
 TEST_F(FollowTest, SeveralProcessesAreFollowedAtOnce) {
-    ServiceProcess one("idle", "one", "default_level = \"INFO\";");
-    ServiceProcess two("idle", "two", "default_level = \"INFO\";");
-    ToolRun run("tail --timeout 3s " + one.host() + " " + two.host());
+    ServiceProcess one("idle", ownName("one"), "default_level = \"INFO\";");
+    ServiceProcess two("idle", ownName("two"), "default_level = \"INFO\";");
+    ToolRun run("tail --timeout 3s " + "--name " + one.name + " --name " + two.name);
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitDone)) << run.errors();
     const std::string output = run.output();
     EXPECT_TRUE(holds(output, " " + std::to_string(one.process().processId()) + " [ INFO] a: tick"))
@@ -69,7 +69,7 @@ TEST_F(FollowTest, SeveralProcessesAreFollowedAtOnce) {
 }
 
 TEST_F(FollowTest, ARaisedLevelIsSeenLive) {
-    ServiceProcess demo("idle", "demo", "default_level = \"INFO\";");
+    ServiceProcess demo("idle", ownName("demo"), "default_level = \"INFO\";");
     ToolRun run("tail --expect ^detail --timeout 30s " + demo.connect());
     ASSERT_TRUE(run.waitForOutput("a: tick"));
     EXPECT_FALSE(holds(run.output(), "detail"));
@@ -79,32 +79,26 @@ TEST_F(FollowTest, ARaisedLevelIsSeenLive) {
 }
 
 TEST_F(FollowTest, SaysThatAKilledProcessHasEnded) {
-    ServiceProcess demo("idle", "demo", "default_level = \"INFO\";");
-    ToolRun run("tail --name demo " + demo.host());
+    ServiceProcess demo("idle", ownName("demo"), "default_level = \"INFO\";");
+    ToolRun run("tail --name " + demo.name);
     ASSERT_TRUE(run.waitForOutput("tick"));
     demo.process().terminate();
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
-    EXPECT_TRUE(holds(run.errors(),
-                      "demo (" + std::to_string(demo.process().processId()) + ") has ended\n"))
-        << run.errors();
+    EXPECT_TRUE(holds(run.errors(), demo.label() + " has ended\n")) << run.errors();
 }
 
 TEST_F(FollowTest, WaitsForAProcessAndFollowsTheNextOneOfItsName) {
-    const std::string address = ownAddress();
-    ToolRun run("tail --output raw --name demo --reconnect --host " + address);
+    const std::string name = ownName("awaited");
+    ToolRun run("tail --output raw --reconnect --name " + name);
     ASSERT_TRUE(run.waitForErrors("Waiting for it."));
-    std::string first;
     {
-        ServiceProcess demo("idle", "demo", "default_level = \"INFO\";", "", address);
-        first = "following demo (" + std::to_string(demo.process().processId()) + ")";
-        EXPECT_TRUE(run.waitForErrors(first)) << run.errors();
+        ServiceProcess first("idle", name, "default_level = \"INFO\";");
+        EXPECT_TRUE(run.waitForErrors("following " + first.label())) << run.errors();
         EXPECT_TRUE(run.waitForOutput("tick")) << run.errors();
     }
     EXPECT_TRUE(run.waitForErrors(" has ended")) << run.errors();
-    ServiceProcess second("idle", "demo", "default_level = \"INFO\";", "", address);
-    EXPECT_TRUE(
-        run.waitForErrors("following demo (" + std::to_string(second.process().processId()) + ")"))
-        << run.errors();
+    ServiceProcess second("idle", name, "default_level = \"INFO\";");
+    EXPECT_TRUE(run.waitForErrors("following " + second.label())) << run.errors();
 }
 
 TEST_F(FollowTest, NeverStallsTheProcessThatItFollows) {

@@ -1,5 +1,6 @@
 // levels, set, sinks and save, on real processes.
 #include "tests/support/files.h"
+#include "tests/tools/log_application/scripted_discovery.h"
 #include "tests/tools/log_application/tool_test.h"
 
 namespace {
@@ -14,18 +15,15 @@ class RequestsTest : public ToolTest {
         return output.substr(output.find('\n') + 1);
     }
 
-    static std::string labelOf(ServiceProcess& service, const std::string& name) {
-        return name + " (" + std::to_string(service.process().processId()) + ")";
-    }
-
-    ServiceProcess demo{"idle", "demo", "default_level = \"WARN\"; loggers : { b = \"ERR\"; };"};
+    ServiceProcess demo{"idle", ownName("demo"),
+                        "default_level = \"WARN\"; loggers : { b = \"ERR\"; };"};
 };
 
 TEST_F(RequestsTest, LevelsShowsTheDefaultAndEachLogger) {
-    const ToolResult result = runTool("levels --name demo " + demo.host());
+    const ToolResult result = runTool("levels --name " + demo.name);
     EXPECT_EQ(result.code, static_cast<DWORD>(exitDone));
-    EXPECT_EQ(result.output, labelOf(demo, "demo") + " at 127.0.0.1:" + std::to_string(demo.port) +
-                                 "\n" + golden("levels.txt"));
+    EXPECT_EQ(result.output, demo.label() + " at 127.0.0.1:" + std::to_string(demo.port) + "\n" +
+                                 golden("levels.txt"));
     EXPECT_EQ(result.errors, "");
 }
 
@@ -35,10 +33,9 @@ TEST_F(RequestsTest, LevelsAsJson) {
 }
 
 TEST_F(RequestsTest, SetChangesSeveralLevelsAtOnce) {
-    const ToolResult result =
-        runTool("set a=DEBUG b=trace --default info --name demo " + demo.host());
+    const ToolResult result = runTool("set a=DEBUG b=trace --default info --name " + demo.name);
     EXPECT_EQ(result.code, static_cast<DWORD>(exitDone)) << result.errors;
-    EXPECT_EQ(result.output, labelOf(demo, "demo") + ": default level INFO, a DEBUG, b TRACE\n");
+    EXPECT_EQ(result.output, demo.label() + ": default level INFO, a DEBUG, b TRACE\n");
     EXPECT_EQ(levelsOf(demo), golden("levels-changed.txt"));
     EXPECT_EQ(runTool("set a=DEFAULT " + demo.connect()).code, static_cast<DWORD>(exitDone));
     EXPECT_TRUE(holds(levelsOf(demo), "  a                INFO   default\n"));
@@ -81,21 +78,36 @@ TEST_F(RequestsTest, SetForATimeSaysIfTheProcessHasEndedMeanwhile) {
 }
 
 TEST_F(RequestsTest, SetChangesAllMatchingProcesses) {
-    ServiceProcess second("idle", "demo");
-    ServiceProcess other("idle", "other");
-    const std::string hosts = demo.host() + " " + second.host() + " " + other.host();
-    const ToolResult refused = runTool("set --default TRACE " + hosts);
-    EXPECT_EQ(refused.code, static_cast<DWORD>(exitUsage));
-    EXPECT_TRUE(holds(refused.errors, "There are several processes: ")) << refused.errors;
-    EXPECT_TRUE(holds(refused.errors, "Say which by --name or --pid, or give --all."))
-        << refused.errors;
-    const ToolResult named = runTool("set --default TRACE --name demo " + hosts);
+    ServiceProcess second("idle", demo.name);
+    ServiceProcess other("idle", ownName("other"));
+    const ToolResult named = runTool("set --default TRACE --name " + demo.name);
     EXPECT_EQ(lineCount(named.output), 2u) << named.output;
     EXPECT_TRUE(holds(levelsOf(demo), "TRACE"));
     EXPECT_TRUE(holds(levelsOf(second), "TRACE"));
     EXPECT_FALSE(holds(levelsOf(other), "TRACE"));
-    EXPECT_EQ(lineCount(runTool("set --default OFF --all " + hosts).output), 3u);
-    EXPECT_TRUE(holds(levelsOf(other), "OFF"));
+}
+
+TEST_F(RequestsTest, SetWantsToKnowWhichOfSeveralProcesses) {
+    // Answers of a search of its own, so that nothing else of this machine is changed.
+    const auto script = answering(
+        {{"agent-list", "agent-list:"}, {"change-default-scope", "change-default-scope:ack"}});
+    ScriptedServer first(script);
+    ScriptedServer second(script);
+    const auto hello = [](const ScriptedServer& server, const std::string& name) {
+        return [&server, name](const std::string& id) { return helloOf(id, name, server.port); };
+    };
+    ScriptedDiscovery one(hello(first, "one"));
+    ScriptedDiscovery two(hello(second, "two"));
+    const std::string hosts = one.host() + " " + two.host();
+    const ToolResult refused = runTool("set --default TRACE " + hosts);
+    EXPECT_EQ(refused.code, static_cast<DWORD>(exitUsage));
+    EXPECT_TRUE(holds(refused.errors, "There are several processes: one (4242), two (4242)."))
+        << refused.errors;
+    EXPECT_TRUE(holds(refused.errors, "Say which by --name or --pid, or give --all."))
+        << refused.errors;
+    const ToolResult all = runTool("set --default OFF --all " + hosts);
+    EXPECT_EQ(all.code, static_cast<DWORD>(exitDone)) << all.errors;
+    EXPECT_EQ(all.output, "one (4242): default level OFF\ntwo (4242): default level OFF\n");
 }
 
 TEST_F(RequestsTest, OneProcessThatFailsDoesNotKeepTheOthers) {
@@ -107,9 +119,9 @@ TEST_F(RequestsTest, OneProcessThatFailsDoesNotKeepTheOthers) {
 
 TEST_F(RequestsTest, SaveWritesTheLevelsIntoTheConfiguration) {
     EXPECT_EQ(runTool("set a=TRACE " + demo.connect()).code, static_cast<DWORD>(exitDone));
-    const ToolResult result = runTool("save --name demo " + demo.host());
+    const ToolResult result = runTool("save --name " + demo.name);
     EXPECT_EQ(result.code, static_cast<DWORD>(exitDone)) << result.errors;
-    EXPECT_EQ(result.output, labelOf(demo, "demo") + ": the levels are saved\n");
+    EXPECT_EQ(result.output, demo.label() + ": the levels are saved\n");
     EXPECT_TRUE(holds(demo.configuration(), "a = \"TRACE\"")) << demo.configuration();
 }
 
@@ -123,7 +135,7 @@ TEST_F(RequestsTest, SaveTellsWhyAProcessCannot) {
 
 TEST_F(RequestsTest, SinksShowsFilesAndClients) {
     const std::string path =
-        support::temporaryDirectory() + "\\log_application." + demo.address + ".log";
+        support::temporaryDirectory() + "\\log_application." + demo.name + ".log";
     const std::string quoted = replaced(path, "\\", "\\\\");
     {
         ServiceProcess logging("idle", "logging",

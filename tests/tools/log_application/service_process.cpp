@@ -1,23 +1,21 @@
 #include "tests/tools/log_application/service_process.h"
 
-#include <random>
+#include <atomic>
 #include <stdexcept>
 
 #include "tests/support/files.h"
 #include "tools/log_application/discovery.h"
 #include "vek/base/environment.h"
-#include "vek/log/server.h"
 
 namespace log_application_test {
 
 namespace {
 
 // Where the service of the process `pid` answers; 0 if it never does.
-std::uint16_t findPort(const std::string& address, DWORD pid) {
+std::uint16_t findPort(DWORD pid) {
     log_application::StopSignal stop;
-    for (int i = 0; i < 40; ++i) {
-        for (const auto& process :
-             log_application::discover({{address, vek::log::Server::discoveryPort}}, stop)) {
+    for (int i = 0; i < 20; ++i) {
+        for (const auto& process : log_application::discover({}, stop)) {
             if (process.pid == pid) {
                 return process.endpoints.front().port;
             }
@@ -26,33 +24,34 @@ std::uint16_t findPort(const std::string& address, DWORD pid) {
     return 0;
 }
 
+std::string ownConfigPath() {
+    static std::atomic<int> number = 0;
+    return support::temporaryDirectory() + "\\log_application." +
+           std::to_string(GetCurrentProcessId()) + "." + std::to_string(++number) + ".conf";
+}
+
 }  // namespace
 
-std::string ownAddress() {
-    std::random_device random;
-    std::uniform_int_distribution<int> part(1, 254);
-    std::string address = "127";
-    for (int i = 0; i < 3; ++i) {
-        address += "." + std::to_string(part(random));
-    }
-    return address;
+std::string ownName(const std::string& name) {
+    return name + "-" + std::to_string(GetCurrentProcessId());
 }
 
 ServiceProcess::ServiceProcess(const std::string& mode, const std::string& processName,
-                               const std::string& settings, const std::string& options,
-                               const std::string& givenAddress)
-    : address(givenAddress.empty() ? ownAddress() : givenAddress),
-      configPath(support::temporaryDirectory() + "\\log_application." + address + "." +
-                 std::to_string(GetTickCount()) + ".conf") {
-    support::writeFile(configPath, "defaults : { discovery_addr = \"" + address + "\";\n" +
-                                       settings + "};\nprocesses : {};\n");
+                               const std::string& settings, const std::string& options)
+    : name(processName), configPath(ownConfigPath()) {
+    support::writeFile(configPath, "defaults : { discovery_addr = \"0.0.0.0\";\n" + settings +
+                                       "};\nprocesses : {};\n");
     vek::setEnv("LOG_SERVICE_NAME", processName);
     run = std::make_unique<ToolRun>(mode + " -- --logcfg \"" + configPath + "\" " + options,
                                     LOG_SERVICE_PROGRAM);
-    port = findPort(address, run->processId());
+    port = findPort(run->processId());
     if (port == 0) {
         throw std::runtime_error("no log service: " + run->errors());
     }
+}
+
+std::string ServiceProcess::label() const {
+    return name + " (" + std::to_string(run->processId()) + ")";
 }
 
 ServiceProcess::~ServiceProcess() {

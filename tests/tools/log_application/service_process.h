@@ -1,5 +1,5 @@
-// log_application_test::ServiceProcess: a real process with a log service, found at an address of
-// its own.
+// log_application_test::ServiceProcess: a real process with a log service. It listens for
+// discovery on all addresses, so that it is found beside others.
 #pragma once
 
 #include <cstdint>
@@ -15,14 +15,11 @@ class ServiceProcess : public vek::NoCopy {
   public:
     // Starts log_service_program in `mode` under the name `processName`, and waits until its
     // service answers. `settings` are further lines of its settings in logging.conf; `options` go
-    // to its configurator. It is looked for at `address`, one of its own unless given.
+    // to its configurator.
     ServiceProcess(const std::string& mode, const std::string& processName,
-                   const std::string& settings = "", const std::string& options = "",
-                   const std::string& address = "");
+                   const std::string& settings = "", const std::string& options = "");
     ~ServiceProcess();
 
-    // "--host ADDRESS", for the tool to look for it.
-    std::string host() const { return "--host " + address; }
     // "--connect 127.0.0.1:PORT".
     std::string connect() const { return "--connect 127.0.0.1:" + std::to_string(port); }
 
@@ -31,7 +28,10 @@ class ServiceProcess : public vek::NoCopy {
 
     ToolRun& process() { return *run; }
 
-    const std::string address;
+    // "demo (4242)".
+    std::string label() const;
+
+    const std::string name;
     std::uint16_t port = 0;
 
   private:
@@ -39,7 +39,7 @@ class ServiceProcess : public vek::NoCopy {
     std::unique_ptr<ToolRun> run;
 };
 
-// An address of the loopback network that nobody else uses.
-std::string ownAddress();
+// `name` with this test's process id, so that no other test has one like it.
+std::string ownName(const std::string& name);
 
 }  // namespace log_application_test
