@@ -59,7 +59,7 @@ TEST_F(FollowTest, EveryMessageIsShownAsTheGoldenFiles) {
 TEST_F(FollowTest, SeveralProcessesAreFollowedAtOnce) {
     ServiceProcess one("idle", ownName("one"), "default_level = \"INFO\";");
     ServiceProcess two("idle", ownName("two"), "default_level = \"INFO\";");
-    ToolRun run("tail --timeout 3s " + "--name " + one.name + " --name " + two.name);
+    ToolRun run("tail --timeout 3s --name " + one.name + " --name " + two.name);
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitDone)) << run.errors();
     const std::string output = run.output();
     EXPECT_TRUE(holds(output, " " + std::to_string(one.process().processId()) + " [ INFO] a: tick"))
