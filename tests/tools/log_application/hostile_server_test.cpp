@@ -140,7 +140,7 @@ TEST_F(HostileServer, NamesAndPathsAreShownEscaped) {
     ScriptedServer server(answering({{"get-default-scope", "default-scope:scope=\x1b[2J"},
                                      {"agent-list", "agent-list:a\nb=DE\rBUG"}}));
     const ToolResult levels = runTool("levels " + server.connect());
-    EXPECT_TRUE(holds(levels.output, "  a\\nb             DE\\rBUG   own\n")) << levels.output;
+    EXPECT_TRUE(holds(levels.output, "  a\\nb             DE\\rBUG  own\n")) << levels.output;
     EXPECT_TRUE(holds(levels.output, "  (default level)  \\x1B[2J\n")) << levels.output;
     ScriptedServer sinksServer([](Peer& peer) {
         peer.request();

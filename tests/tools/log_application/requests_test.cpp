@@ -126,9 +126,9 @@ TEST_F(RequestsTest, SaveWritesTheLevelsIntoTheConfiguration) {
 }
 
 TEST_F(RequestsTest, SaveTellsWhyAProcessCannot) {
-    SetFileAttributesA(demo.configurationPath().c_str(), FILE_ATTRIBUTE_READONLY);
+    // Without its file there is nothing to write the levels into.
+    ASSERT_NE(DeleteFileA(demo.configurationPath().c_str()), 0);
     const ToolResult result = runTool("save " + demo.connect());
-    SetFileAttributesA(demo.configurationPath().c_str(), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(result.code, static_cast<DWORD>(exitNotDone));
     EXPECT_TRUE(holds(result.errors, " refused: ")) << result.errors;
 }

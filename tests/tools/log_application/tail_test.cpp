@@ -128,7 +128,7 @@ TEST_F(TailTest, GoesOnWithOthersWhenOneHasEnded) {
     });
     ScriptedServer second([](Peer& peer) {
         peer.request();
-        Sleep(3000);
+        Sleep(9000);
         peer.sendFrame(messageTelegram("second"));
         peer.waitForEnd();
     });
