@@ -1,0 +1,41 @@
+// log_application::JsonObject: writes one JSON object, member by member.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace log_application {
+
+// The members come out in the order in which they are added.
+class JsonObject {
+  public:
+    void add(std::string_view key, std::string_view text);
+    void add(std::string_view key, std::int64_t number);
+    void add(std::string_view key, bool value);
+    void addNull(std::string_view key);
+    void add(std::string_view key, const JsonObject& object);
+
+    // Null for no value.
+    template <class Value>
+    void add(std::string_view key, const std::optional<Value>& value) {
+        if (!value) {
+            addNull(key);
+        } else if constexpr (std::is_integral_v<Value>) {
+            add(key, std::int64_t{*value});
+        } else {
+            add(key, std::string_view(*value));
+        }
+    }
+
+    // The whole object, on one line.
+    std::string text() const { return "{" + members + "}"; }
+
+  private:
+    void addKey(std::string_view key);
+
+    std::string members;
+};
+
+}  // namespace log_application

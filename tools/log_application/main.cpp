@@ -1,0 +1,95 @@
+// The entry point of log_application.exe.
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <io.h>
+
+#include "tools/log_application/command_line.h"
+#include "tools/log_application/console.h"
+#include "tools/log_application/list_commands.h"
+#include "tools/log_application/set_command.h"
+#include "tools/log_application/stop_signal.h"
+#include "tools/log_application/tail_command.h"
+#include "vek/pal.h"
+
+namespace {
+
+using namespace log_application;
+
+ExitCode runCommand(const Options& options, StopSignal& stop) {
+    switch (options.command) {
+        case Command::ps:
+            return runPs(options, stop);
+        case Command::levels:
+            return runLevels(options, stop);
+        case Command::set:
+            return SetCommand(options, stop).run();
+        case Command::sinks:
+            return runSinks(options, stop);
+        case Command::save:
+            return runSave(options, stop);
+        case Command::tail:
+            return TailCommand(options, stop).run();
+    }
+    return exitUsage;
+}
+
+// Takes the console's wish to quit to the signal, which can't live as long as the platform object:
+// it has sockets.
+class QuitBridge final : public vek::VekPalInit {
+  public:
+    void onQuit() override {
+        const std::lock_guard guard(lock);
+        if (target != nullptr) {
+            target->onQuit();
+        }
+    }
+
+    void setTarget(StopSignal* stop) {
+        const std::lock_guard guard(lock);
+        target = stop;
+    }
+
+  private:
+    std::mutex lock;
+    StopSignal* target = nullptr;
+};
+
+ExitCode run(const std::vector<std::string>& arguments) {
+    QuitBridge bridge;
+    vek::VekPal pal(true, 0, 0, nullptr);
+    pal.addQuitObject(bridge);
+    const std::optional<Options> options = parseCommandLine(arguments, std::cout);
+    if (!options) {
+        flushOutput();
+        return exitDone;
+    }
+    StopSignal stop;
+    bridge.setTarget(&stop);
+    const std::unique_ptr<QuitBridge, void (*)(QuitBridge*)> untilEnd(
+        &bridge, [](QuitBridge* left) { left->setTarget(nullptr); });
+    return runCommand(*options, stop);
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+    // Lines end with a line feed, and raw output holds the bytes that it was given.
+    _setmode(_fileno(stdout), _O_BINARY);
+    try {
+        return run({arguments + 1, arguments + argumentCount});
+    } catch (const Failure& failure) {
+        return report(failure);
+    } catch (const vek::Exception& error) {
+        say(error.what());
+        return exitLost;
+    } catch (const std::exception& error) {
+        say(error.what());
+        return exitLost;
+    }
+}
