@@ -14,6 +14,7 @@
 //     stop                  stops it
 //     threads               prints how many threads this process has
 //     stay                  never ends
+//     wait=PATH             until there is a file PATH
 //     run=COMMAND           runs COMMAND by the system's command interpreter
 //
 // An exception ends it: its class and what() go to the standard output, and the exit code is 9, or
@@ -151,6 +152,10 @@ void doStep(std::optional<Configurator>& made, const std::string& step) {
         configurator.stop();
     } else if (action == "stay") {
         Sleep(INFINITE);
+    } else if (action == "wait") {
+        while (GetFileAttributesA(value.c_str()) == INVALID_FILE_ATTRIBUTES) {
+            Sleep(5);
+        }
     } else if (action == "run") {
         if (std::system(value.c_str()) != 0) {
             throw std::runtime_error(value);
