@@ -11,6 +11,10 @@ std::string documentation() {
     return replaced(support::readFile(DOCUMENTATION), "\r\n", "\n");
 }
 
+std::string readme() {
+    return replaced(support::readFile(README_PATH), "\r\n", "\n");
+}
+
 TEST(Help, HasAnExampleForEachCommandAndTheExitCodes) {
     const ToolResult result = runTool("--help");
     EXPECT_EQ(result.code, static_cast<DWORD>(exitDone));
@@ -31,10 +35,12 @@ TEST(Help, DocumentationQuotesItWordForWord) {
     }
 }
 
-TEST(Help, TableOfTheDocumentationHasEachCommandWithItsSummary) {
-    for (const log_application::CommandRow& row : log_application::commandTable) {
-        EXPECT_TRUE(holds(documentation(), "| `" + std::string(row.name) + "` | " +
-                                               std::string(row.summary) + " |\n"));
+TEST(Help, TablesOfTheDocumentationHaveEachCommandWithItsSummary) {
+    for (const log_application::CommandRow& command : log_application::commandTable) {
+        const std::string row =
+            "| `" + std::string(command.name) + "` | " + std::string(command.summary) + " |\n";
+        EXPECT_TRUE(holds(documentation(), row)) << row;
+        EXPECT_TRUE(holds(readme(), row)) << row;
     }
 }
 

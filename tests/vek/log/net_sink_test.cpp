@@ -368,7 +368,13 @@ TEST_F(Streaming, DiscoveryAndTheDefaultLevelAreServedWhileAClientDoesNotRead) {
     asking.send("evidence-info:");
     Sleep(200);
     stuck.reset();
-    EXPECT_EQ(asking.receive(), "evidence-info:end-of-reply");
+    std::string reply = asking.receive();
+    if (reply != "evidence-info:end-of-reply") {
+        // It got its turn ahead of the send that tells the sink that its client has gone.
+        EXPECT_TRUE(reply.starts_with("evidence-info:")) << reply;
+        reply = asking.receive();
+    }
+    EXPECT_EQ(reply, "evidence-info:end-of-reply");
 }
 
 TEST_F(Streaming, ClientThatReadsByteByByteGetsEverything) {
