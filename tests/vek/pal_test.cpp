@@ -136,7 +136,7 @@ class WaitingChild {
 // Nothing tells that the shepherd has come to wait for a child. One that is stopped ahead of that
 // ends at once, without the child.
 void letTheShepherdWait() {
-    Sleep(200);
+    Sleep(500);
 }
 
 TEST(VekPal, StartsNoShepherd) {

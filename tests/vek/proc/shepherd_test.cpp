@@ -117,6 +117,8 @@ TEST_F(ShepherdTest, StopWithARunningChildLastsUntilItsEnd) {
     const NamedEvent end;
     Child child;
     startWaiting(child, end, "0");
+    // By now the thread waits for it.
+    Sleep(500);
     std::atomic<bool> stopped = false;
     std::thread stopping([&] {
         vek::proc::shutdownShepherd();
@@ -139,7 +141,7 @@ TEST_F(ShepherdTest, StopWithSeveralRunningChildrenLastsUntilTheFirstEnd) {
     startWaiting(first, endOfFirst, "0");
     startWaiting(second, endOfSecond, "0");
     // By now the thread waits for both.
-    Sleep(100);
+    Sleep(500);
     std::thread stopping(vek::proc::shutdownShepherd);
     Sleep(100);
     EXPECT_NE(currentShepherd(), nullptr);
