@@ -9,6 +9,7 @@ and the other side of tolmarhlp.exe's hand-shake.
 import contextlib
 import os
 import pathlib
+import random
 import re
 import shutil
 import socket
@@ -56,8 +57,8 @@ def discover(datagram, pattern):
 class Client:
     """A connection; what goes in and out are bytes."""
 
-    def __init__(self, port):
-        self.tcp = socket.create_connection(("127.0.0.1", port), LIMIT)
+    def __init__(self, port, host="127.0.0.1"):
+        self.tcp = socket.create_connection((host, port), LIMIT)
 
     def __enter__(self):
         return self
@@ -324,18 +325,32 @@ class Idle(unittest.TestCase):
 
 
 class Helper(unittest.TestCase):
+    # Every helper of this machine has the same name, so this one gets an address of its own.
+    HOST = ".".join(str(part) for part in (127, random.randint(1, 254), random.randint(0, 255),
+                                           random.randint(1, 254)))
+
+    def find(self):
+        """The process id of this test's helper, as bytes, and the port of its service."""
+        end = time.monotonic() + LIMIT
+        while time.monotonic() < end:
+            _, found = discover(b"discover-request:name=tolmarhlp-gui",
+                                b"hello:name=tolmarhlp-gui\x1fpid=(\\d+)\x1ftcpport=(\\d+)")
+            with contextlib.suppress(ConnectionRefusedError), Client(int(found[2]), self.HOST):
+                return found[1], int(found[2])
+        self.fail("no helper at " + self.HOST)
+
     def test_helper_is_found_raised_read_and_persisted(self):
         directory = pathlib.Path(tempfile.mkdtemp())
         try:
+            (directory / "logging.conf").write_text(
+                "defaults: { listen_addr = \"%s\"; };\n" % self.HOST)
             helper = directory / "tolmarhlp.exe"
             shutil.copy(TOLMARHLP, helper)
             peer = start(EVENT_PEER, "--answer-after", "8000")
             self.assertEqual(read_line(peer.stdout), "ready")
             process = start(helper, "-restartgui", windows_path(directory))
-            _, found = discover(b"discover-request:name=tolmarhlp-gui",
-                                b"hello:name=tolmarhlp-gui\x1fpid=(\\d+)\x1ftcpport=(\\d+)")
-            port = int(found[2])
-            with Client(port) as client, Client(port) as stream:
+            pid, port = self.find()
+            with Client(port, self.HOST) as client, Client(port, self.HOST) as stream:
                 wait_for(lambda: client.ask(b"agent-list:") == b"agent-list:TOLMAR_GUIHELPER=default")
                 self.assertEqual(client.ask(b"change-scope:TOLMAR_GUIHELPER=DEBUG"), b"change-scope:ack")
                 self.assertEqual(client.ask(b"persist-config:"), b"persist-config:ack")
@@ -345,7 +360,7 @@ class Helper(unittest.TestCase):
                 for text in (b"event2 triggert", b"start tolmar.exe -gui wuth retcode=2"):
                     self.assertRegex(stream.frame()[4:],
                                      b"^message:agent=TOLMAR_GUIHELPER\x1fmsg=" + text +
-                                     b"\x1fpid=" + found[1] + b"\x1fscope=DEBUG\x1ftid=\\d+\x1fwhen=\\d+$")
+                                     b"\x1fpid=" + pid + b"\x1fscope=DEBUG\x1ftid=\\d+\x1fwhen=\\d+$")
                 self.assertEqual(stream.read(1), b"")
             _, errors = process.communicate(timeout=LIMIT)
             self.assertEqual((process.returncode, errors), (0, b""))

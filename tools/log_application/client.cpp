@@ -185,6 +185,20 @@ void Client::save() {
     requestAck(telegram);
 }
 
+bool Client::isAnswering() {
+    Telegram question(&buffer);
+    question.type = "get-default-scope";
+    socket->limitReading(ClientSocket::answerTimeMs);
+    try {
+        question.send();
+        char byte = 0;
+        socket->read(&byte, sizeof byte);
+        return true;
+    } catch (const vek::NetError& error) {
+        return error.code() != WSAETIMEDOUT;
+    }
+}
+
 void Client::startMessages() {
     Telegram telegram(&buffer);
     telegram.type = "get-messages";

@@ -63,6 +63,11 @@ class Client : public vek::NoCopy {
     // Whether the stream has ended inside a telegram.
     bool endedInside() const { return buffer.available() != 0; }
 
+    // Whether somebody takes requests here. Whatever comes is an answer, the end of the stream too;
+    // false if nothing comes in time. A port outlives its process in a child that has inherited it,
+    // and takes connections, but nobody answers. Nothing else may be asked afterwards.
+    bool isAnswering();
+
     // Where this is connected to.
     const Endpoint& endpoint() const { return connectedTo; }
 

@@ -119,9 +119,8 @@ void Follower::tellEnd(const Client& client, const std::string& reason) {
 
 bool Follower::answers(const Endpoint& endpoint) const {
     try {
-        ClientSocket(&context.stop).connectTo(endpoint);
-        return true;
-    } catch (const vek::Exception&) {
+        return Client({"", 0, {endpoint}}, &context.stop).isAnswering();
+    } catch (const Failure&) {
         return false;
     }
 }

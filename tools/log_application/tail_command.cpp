@@ -184,7 +184,8 @@ ExitCode TailCommand::result() const {
         }
         return isMet ? exitDone : exitNotDone;
     }
-    return ended == followers.size() ? exitLost : exitDone;
+    // The stop ends the followers too.
+    return ended == followers.size() && !stop.isRequested() ? exitLost : exitDone;
 }
 
 }  // namespace log_application

@@ -43,7 +43,7 @@ ServiceProcess::ServiceProcess(const std::string& mode, const std::string& proce
                                        "};\nprocesses : {};\n");
     vek::setEnv("LOG_SERVICE_NAME", processName);
     run = std::make_unique<ToolRun>(mode + " -- --logcfg \"" + configPath + "\" " + options,
-                                    LOG_SERVICE_PROGRAM);
+                                    LOG_SERVICE_PROGRAM, nullptr, DETACHED_PROCESS);
     port = findPort(run->processId());
     if (port == 0) {
         throw std::runtime_error("no log service: " + run->errors());

@@ -15,7 +15,7 @@ class ServiceProcess : public vek::NoCopy {
   public:
     // Starts log_service_program in `mode` under the name `processName`, and waits until its
     // service answers. `settings` are further lines of its settings in logging.conf; `options` go
-    // to its configurator.
+    // to its configurator. It has no console, so that a Ctrl-C of a test doesn't reach it.
     ServiceProcess(const std::string& mode, const std::string& processName,
                    const std::string& settings = "", const std::string& options = "");
     ~ServiceProcess();

@@ -1,4 +1,6 @@
 // log_application tail: what is shown, and when it ends.
+#include <atomic>
+
 #include "tests/support/files.h"
 #include "tests/tools/log_application/tool_test.h"
 
@@ -126,42 +128,57 @@ TEST_F(TailTest, GoesOnWithOthersWhenOneHasEnded) {
         peer.request();
         peer.sendFrame(messageTelegram("first"));
     });
-    ScriptedServer second([](Peer& peer) {
+    std::atomic<bool> isTold = false;
+    ScriptedServer second([&isTold](Peer& peer) {
         peer.request();
-        Sleep(9000);
+        support::waitUntil([&isTold] { return isTold.load(); }, ToolRun::limitMs);
         peer.sendFrame(messageTelegram("second"));
         peer.waitForEnd();
     });
-    const ToolResult result = runTool("tail --output raw --expect second --timeout 30s " +
-                                      first.connect() + " " + second.connect());
-    EXPECT_EQ(result.code, static_cast<DWORD>(exitDone)) << result.errors;
-    EXPECT_EQ(result.output, "first\nsecond\n");
-    EXPECT_TRUE(holds(result.errors, "127.0.0.1:" + std::to_string(first.port) + " has ended\n"))
-        << result.errors;
+    ToolRun run("tail --output raw --expect second --timeout 30s " + first.connect() + " " +
+                second.connect());
+    EXPECT_TRUE(run.waitForErrors("127.0.0.1:" + std::to_string(first.port) + " has ended\n"))
+        << run.errors();
+    isTold = true;
+    EXPECT_EQ(run.wait(), static_cast<DWORD>(exitDone)) << run.errors();
+    EXPECT_EQ(run.output(), "first\nsecond\n");
 }
 
 TEST_F(TailTest, SaysThatAProcessHasClosedTheConnectionButIsThere) {
     // The probes for the process come as clients too.
-    int clients = 0;
-    ScriptedServer server(
-        [&clients](Peer& peer) {
-            if (++clients == 1) {
-                peer.request();
-            }
-        },
-        12);
+    ScriptedServer server([](Peer& peer) { peer.request(); }, 200);
     const ToolResult result = runTool("tail " + server.connect());
     EXPECT_EQ(result.code, static_cast<DWORD>(exitLost));
     EXPECT_TRUE(
         holds(result.errors, "has closed the connection, but is still there; --reconnect goes on"))
         << result.errors;
+    server.stop();
+}
+
+TEST_F(TailTest, AProcessWhosePortIsOpenButSilentHasEnded) {
+    // As it is when a child of the process has inherited the port.
+    vek::net::TCPListener listener(false);
+    const std::string place =
+        "127.0.0.1:" + std::to_string(vek::test::bindToLoopback(listener).port());
+    listener.listen(8);
+    ToolRun run("tail --output raw --connect " + place);
+    {
+        vek::net::TCPSocket socket(listener.accept());
+        vek::test::limitReceiving(socket);
+        Peer peer(socket);
+        peer.request();
+        peer.sendFrame(messageTelegram("first"));
+    }
+    EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
+    EXPECT_EQ(run.output(), "first\n");
+    EXPECT_EQ(run.errors(), "log_application: " + place + " has ended\n");
 }
 
 TEST_F(TailTest, ReconnectsWhenToldTo) {
     int conversations = 0;
     ScriptedServer server(
         [&conversations](Peer& peer) {
-            if (peer.request().empty()) {
+            if (!peer.request().starts_with("get-messages")) {
                 return;
             }
             peer.sendFrame(messageTelegram("conversation " + std::to_string(++conversations)));

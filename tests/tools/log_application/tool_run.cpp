@@ -1,6 +1,7 @@
 #include "tests/tools/log_application/tool_run.h"
 
 #include <atomic>
+#include <vector>
 
 #include "tests/support/files.h"
 #include "vek/base/text.h"
@@ -28,22 +29,49 @@ HANDLE createInherited(const std::string& path) {
     return file;
 }
 
+// What a process is told so that it inherits two handles alone, which have to outlive it.
+class InheritedHandles : public vek::NoCopy {
+  public:
+    explicit InheritedHandles(HANDLE (&handles)[2]) {
+        SIZE_T size = 0;
+        InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+        room.resize(size);
+        if (InitializeProcThreadAttributeList(get(), 1, 0, &size) == 0 ||
+            UpdateProcThreadAttribute(get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, handles,
+                                      sizeof handles, nullptr, nullptr) == 0) {
+            throw vek::OsError(GetLastError());
+        }
+    }
+    ~InheritedHandles() { DeleteProcThreadAttributeList(get()); }
+
+    LPPROC_THREAD_ATTRIBUTE_LIST get() {
+        return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(room.data());
+    }
+
+  private:
+    std::vector<char> room;
+};
+
 }  // namespace
 
-ToolRun::ToolRun(const std::string& tail, const std::string& program, HANDLE output)
+ToolRun::ToolRun(const std::string& tail, const std::string& program, HANDLE output, DWORD flags)
     : outputPath(ownFile("out")), errorPath(ownFile("err")) {
     const std::string path = program.empty() ? LOG_APPLICATION : program;
     const HANDLE outputFile = createInherited(outputPath);
     const HANDLE errorFile = createInherited(errorPath);
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = output != nullptr ? output : outputFile;
-    startup.hStdError = errorFile;
+    STARTUPINFOEXA startup = {};
+    startup.StartupInfo.cb = sizeof startup;
+    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+    startup.StartupInfo.hStdOutput = output != nullptr ? output : outputFile;
+    startup.StartupInfo.hStdError = errorFile;
+    HANDLE inherited[] = {startup.StartupInfo.hStdOutput, errorFile};
+    InheritedHandles list(inherited);
+    startup.lpAttributeList = list.get();
     PROCESS_INFORMATION started = {};
     std::string commandLine = "\"" + path + "\" " + tail;
-    const BOOL created = CreateProcessA(path.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0,
-                                        nullptr, nullptr, &startup, &started);
+    const BOOL created = CreateProcessA(path.c_str(), commandLine.data(), nullptr, nullptr, TRUE,
+                                        flags | EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
+                                        &startup.StartupInfo, &started);
     const DWORD failure = GetLastError();
     CloseHandle(outputFile);
     CloseHandle(errorFile);

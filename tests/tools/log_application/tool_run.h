@@ -15,10 +15,11 @@ class ToolRun : public vek::NoCopy {
     static constexpr DWORD limitMs = 60'000;
 
     // Starts `program`, log_application.exe unless another is given, with `tail`, raw, behind its
-    // name. Without a file for it, its standard output is `output`, which isn't owned. Throws
-    // vek::FsError.
+    // name. Without a file for it, its standard output is `output`, which isn't owned. It inherits
+    // its outputs and nothing else: no port of the test stays open in it. `flags` are further
+    // creation flags. Throws vek::FsError.
     explicit ToolRun(const std::string& tail, const std::string& program = "",
-                     HANDLE output = nullptr);
+                     HANDLE output = nullptr, DWORD flags = 0);
 
     // Ends the program if it still runs, and removes its files.
     ~ToolRun();
