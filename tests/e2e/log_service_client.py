@@ -38,6 +38,12 @@ def start(program, *arguments):
                             stderr=subprocess.PIPE)
 
 
+def end(process):
+    """Ends `process` if it still runs, as after a failure: nothing of it stays at the port."""
+    process.kill()
+    process.communicate(timeout=LIMIT)
+
+
 def discover(datagram, pattern):
     """The first reply to `datagram` that is all of `pattern`. Other processes may have the port too,
     and each datagram reaches one of them, so it is sent again and again."""
@@ -347,8 +353,10 @@ class Helper(unittest.TestCase):
             helper = directory / "tolmarhlp.exe"
             shutil.copy(TOLMARHLP, helper)
             peer = start(EVENT_PEER, "--answer-after", "8000")
+            self.addCleanup(end, peer)
             self.assertEqual(read_line(peer.stdout), "ready")
             process = start(helper, "-restartgui", windows_path(directory))
+            self.addCleanup(end, process)
             pid, port = self.find()
             with Client(port, self.HOST) as client, Client(port, self.HOST) as stream:
                 wait_for(lambda: client.ask(b"agent-list:") == b"agent-list:TOLMAR_GUIHELPER=default")
