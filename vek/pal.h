@@ -53,8 +53,9 @@ class VekPal final : public VekPalInit, public NoCopy {
     void onQuit() override;
 
     // From now on each console control event, of whatever type, calls `onQuit` of this object, and
-    // the system's own handling, which would end the program, is off. Throws OsError. Stands on
-    // SetConsoleCtrlHandler.
+    // the system's own handling, which would end the program, is off. The objects are told on a
+    // thread of the system, which walks them without a lock, deliberately: none may be destroyed
+    // while an event is under way. Throws OsError. Stands on SetConsoleCtrlHandler.
     void enableQuitHandling();
 
     // Adds an object for onQuit. It is not owned and must outlive this. Safe from any thread.

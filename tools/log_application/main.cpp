@@ -1,7 +1,5 @@
 // The entry point of log_application.exe.
 #include <iostream>
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,6 +9,7 @@
 
 #include "tools/log_application/command_line.h"
 #include "tools/log_application/console.h"
+#include "tools/log_application/console_quit.h"
 #include "tools/log_application/list_commands.h"
 #include "tools/log_application/set_command.h"
 #include "tools/log_application/stop_signal.h"
@@ -39,40 +38,15 @@ ExitCode runCommand(const Options& options, StopSignal& stop) {
     return exitUsage;
 }
 
-// Takes the console's wish to quit to the signal, which can't live as long as the platform object:
-// it has sockets.
-class QuitBridge final : public vek::VekPalInit {
-  public:
-    void onQuit() override {
-        const std::lock_guard guard(lock);
-        if (target != nullptr) {
-            target->onQuit();
-        }
-    }
-
-    void setTarget(StopSignal* stop) {
-        const std::lock_guard guard(lock);
-        target = stop;
-    }
-
-  private:
-    std::mutex lock;
-    StopSignal* target = nullptr;
-};
-
 ExitCode run(const std::vector<std::string>& arguments) {
-    QuitBridge bridge;
-    vek::VekPal pal(true, 0, 0, nullptr);
-    pal.addQuitObject(bridge);
+    const vek::VekPal pal(false, 0, 0, nullptr);
     const std::optional<Options> options = parseCommandLine(arguments, std::cout);
     if (!options) {
         flushOutput();
         return exitDone;
     }
     StopSignal stop;
-    bridge.setTarget(&stop);
-    const std::unique_ptr<QuitBridge, void (*)(QuitBridge*)> untilEnd(
-        &bridge, [](QuitBridge* left) { left->setTarget(nullptr); });
+    const ConsoleQuit quit(stop);
     return runCommand(*options, stop);
 }
 
