@@ -34,8 +34,8 @@ void restartGui(System& system, vek::log::Logger& logger) {
     if (system.closeObject(guiEvent1) == 0 || system.closeObject(guiEvent2) == 0) {
         return;
     }
-    const PathBuffer commandLine = helperPath("%s/tolmar.exe -gui");
-    const UINT started = system.winExec(commandLine.data(), SW_SHOW);
+    const PathBuffer commandBuffer = helperPath("%s/tolmar.exe -gui");
+    const UINT started = system.winExec(commandBuffer.data(), SW_SHOW);
     VEK_LOG(logger, vek::log::DEBUG, "start tolmar.exe -gui wuth retcode=" << started);
 }
 

@@ -162,7 +162,8 @@ int ServiceReplacement::isServiceRunning() {
         return 0;
     }
     SERVICE_STATUS status = {};
-    system.queryServiceStatus(service, &status);  // a failure reads as not running
+    // Whether it failed is deliberately not looked at: a status that it left alone is not running.
+    system.queryServiceStatus(service, &status);
     system.closeServiceHandle(service);
     system.closeServiceHandle(manager);
     return status.dwCurrentState == SERVICE_RUNNING ? 1 : 0;

@@ -75,6 +75,9 @@ SC_HANDLE ScriptedSystem::openService(SC_HANDLE manager, const char* name, DWORD
 
 BOOL ScriptedSystem::queryServiceStatus(SC_HANDLE service, SERVICE_STATUS* status) {
     if (failing("QueryServiceStatus", handleName(service))) {
+        if (failedQueryState != 0) {
+            status->dwCurrentState = failedQueryState;
+        }
         return FALSE;
     }
     status->dwCurrentState = states.front();

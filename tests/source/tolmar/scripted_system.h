@@ -47,6 +47,9 @@ class ScriptedSystem final : public System {
     std::deque<DWORD> states = {SERVICE_RUNNING};
     std::string runningVersion = "old";
 
+    // What a failing query writes into the status all the same; 0 for nothing.
+    DWORD failedQueryState = 0;
+
     // GetLastError after a failed ControlService.
     DWORD lastError = ERROR_ACCESS_DENIED;
     // What WaitForSingleObject gives if it doesn't fail.

@@ -435,6 +435,16 @@ TEST_F(ServiceReplacement, RoundWithAFailedQueryCountsAsNotRunning) {
                                 repeated(2, watchRound) + Trace({"exit(0)"}));
 }
 
+TEST_F(ServiceReplacement, ResultOfTheQueryOfARoundIsNotLookedAt) {
+    fail("QueryServiceStatus", 0, 2);
+    EXPECT_EQ(procedure.isServiceRunning(), 0);
+    system.failedQueryState = SERVICE_RUNNING;
+    EXPECT_EQ(procedure.isServiceRunning(), 1);
+    system.failedQueryState = 0;
+    // The status of one round is not that of the round before.
+    EXPECT_EQ(procedure.isServiceRunning(), 0);
+}
+
 TEST_F(ServiceReplacement, OnlyRunningIsRunning) {
     for (DWORD state = SERVICE_STOPPED; state <= SERVICE_PAUSED; ++state) {
         system.states = {state};

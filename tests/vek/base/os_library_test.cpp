@@ -115,6 +115,13 @@ TEST_F(Library, ReportGivesTheSystemsTextOfAFailureInOneBuffer) {
     // Deliberate: a failure replaces the text of the one before.
     EXPECT_EQ(second, text);
     EXPECT_STRNE(text, expected.data());
+    // That text has an insert, which stays as it is.
+    expected.fill('\0');
+    ASSERT_NE(FormatMessageA(0x1200, nullptr, ERROR_BAD_EXE_FORMAT, 0, expected.data(),
+                             expected.size(), nullptr),
+              0u);
+    EXPECT_STREQ(text, expected.data());
+    EXPECT_NE(std::string(text).find("%1"), std::string::npos);
     EXPECT_EQ(vek::os::loadLibraryReport(path("missing.dll").c_str(), nullptr), nullptr);
 }
 

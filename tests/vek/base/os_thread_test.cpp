@@ -197,8 +197,9 @@ TEST(WaitThreadFlag, NoRoundsMeanNearlyNoEnd) {
         SetEvent(static_cast<Work*>(argument)->done.get());
     };
     ASSERT_EQ(startThread(nullptr, clearLater, 0, &work), 1);
-    EXPECT_EQ(waitThreadFlag(0, &work.flag, 0, nullptr, nullptr), 1);
+    EXPECT_EQ(waitThreadFlag(0, &work.flag, 0, countOnly, &work), 1);
     EXPECT_TRUE(work.isDone());
+    EXPECT_EQ(work.calls, 1);
 }
 
 TEST(WaitThreadFlag, NullFlagGivesZero) {

@@ -26,6 +26,10 @@ template <class T>
     std::abort();
 }
 
+struct EndsTheProgramWhenDestroyed {
+    ~EndsTheProgramWhenDestroyed() { std::terminate(); }
+};
+
 // The whole error output, with either kind of line end.
 std::string exactly(std::string text) {
     std::string pattern = "^";
@@ -58,6 +62,21 @@ TEST(TerminateHandlerDeathTest, TellsOfAnyOtherException) {
     EXPECT_EXIT(throwUncaught(42), testing::ExitedWithCode(aborted),
                 exactly(">>> unhandled exception occured <<<\n"
                         "unknown exception type\nTerminating program\n\n"));
+}
+
+TEST(TerminateHandlerDeathTest, ExceptionThatIsStillOnItsWayCountsAsOneThatCantBeLookedAt) {
+    EXPECT_EXIT(
+        {
+            vek::installTerminateHandler();
+            try {
+                const EndsTheProgramWhenDestroyed object;
+                throwIt(std::runtime_error("on its way"));
+            } catch (const std::exception&) {
+            }
+        },
+        testing::ExitedWithCode(aborted),
+        exactly(">>> unhandled exception occured <<<\n"
+                "unknown exception type\nTerminating program\n\n"));
 }
 
 TEST(TerminateHandlerDeathTest, TellsThatTheReasonIsUnknown) {

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "tests/vek/thread/lock_support.h"
+#include "tests/vek/thread_names_debugger.h"
 #include "vek/base/os_error_text.h"
 
 namespace {
@@ -435,7 +436,7 @@ TEST_F(Threads, DyingCountNoMoreAndCanBeStartedAnew) {
 // --- names ---
 
 LONG CALLBACK endProcessAtANaming(EXCEPTION_POINTERS* raised) {
-    if (raised->ExceptionRecord->ExceptionCode == 0x406D1388) {
+    if (raised->ExceptionRecord->ExceptionCode == vek::test::nameThreadException) {
         ExitProcess(77);
     }
     return EXCEPTION_CONTINUE_SEARCH;
@@ -450,6 +451,25 @@ TEST_F(Threads, NamedOnesRunWithoutADebugger) {
     worker.thread.join();
     RemoveVectoredExceptionHandler(handler);
     EXPECT_TRUE(ran);
+}
+
+// Also the test that the next one debugs.
+TEST_F(Threads, WithAndWithoutANameRunAlike) {
+    int runs = 0;
+    for (const char* name : {"log-manager", ""}) {
+        Worker worker([&](Thread&) { ++runs; }, name);
+        worker.thread.start();
+        worker.thread.join();
+    }
+    EXPECT_EQ(runs, 2);
+}
+
+TEST_F(Threads, TellADebuggerTheirNameIfTheyHaveOne) {
+    const vek::test::Debugged seen = vek::test::debugTest("Threads.WithAndWithoutANameRunAlike");
+    ASSERT_EQ(seen.namings.size(), 1u);
+    EXPECT_EQ(seen.namings[0].name, "log-manager");
+    EXPECT_TRUE(seen.namings[0].fromTheNamedThread);
+    EXPECT_EQ(seen.exitCode, 0u);
 }
 
 }  // namespace
