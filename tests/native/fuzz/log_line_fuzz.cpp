@@ -87,20 +87,45 @@ void checkPayload(const std::string& payload) {
     }
 }
 
-// A text that any process may log comes out as it went in. Of attributes none: their keys stand
-// ahead of the text, and so would be taken for its end.
+std::string withoutSeparators(std::string text) {
+    std::erase(text, '\x1F');
+    std::erase(text, '|');
+    return text;
+}
+
+void addAttributes(Telegram& telegram, const LogLine& line) {
+    std::string keys;
+    std::string values;
+    for (const auto& [key, value] : line.attributes) {
+        keys += (keys.empty() ? "" : "|") + key;
+        values += (keys == key ? "" : "|") + value;
+    }
+    if (!line.attributes.empty()) {
+        telegram.addParam("attr_keys", keys);
+        telegram.addParam("attr_values", values);
+    }
+}
+
+// A text that any process may log comes out as it went in, and nothing of it is taken for something
+// else.
 void checkMessage(FuzzedDataProvider& input) {
     Telegram telegram;
     telegram.type = "message";
     LogLine sent;
     sent.logger = input.ConsumeRandomLengthString(5);
-    std::erase(*sent.logger, '\x1F');
+    sent.logger = withoutSeparators(*sent.logger);
+    for (int i = input.ConsumeIntegralInRange(0, 2); i > 0; --i) {
+        // Only an empty one isn't told from none.
+        std::string key = "k" + withoutSeparators(input.ConsumeRandomLengthString(3));
+        sent.attributes[std::move(key)] = withoutSeparators(input.ConsumeRandomLengthString(3));
+    }
     sent.pid = input.ConsumeIntegral<std::uint32_t>();
     sent.tid = input.ConsumeIntegral<std::uint32_t>();
     sent.when = input.ConsumeIntegral<std::int64_t>();
     sent.level = static_cast<vek::log::Level>(input.ConsumeIntegralInRange(0, 6));
-    sent.text = input.ConsumeRandomLengthString(60);
+    sent.text = input.ConsumeRandomLengthString(90);
     telegram.addParam("agent", *sent.logger);
+    addAttributes(telegram, sent);
     telegram.addParam("msg", *sent.text);
     telegram.addParam("pid", std::int64_t{*sent.pid});
     telegram.addParam("scope", std::string(levelName(*sent.level)));
@@ -114,6 +139,7 @@ void checkMessage(FuzzedDataProvider& input) {
     require(line->logger == sent.logger && line->pid == sent.pid && line->tid == sent.tid &&
                 line->when == sent.when && line->level == sent.level,
             "the fields are what was sent");
+    require(line->attributes == sent.attributes, "the attributes are what was sent");
 }
 
 }  // namespace
