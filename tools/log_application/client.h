@@ -31,10 +31,6 @@ struct SinkInfo {
 // silent, goes, or says what is no answer; not done where the process refuses.
 class Client : public vek::NoCopy {
   public:
-    // The most that a process takes as a request, and what that leaves for a logger's name.
-    static constexpr std::size_t longestRequest = 1020;
-    static constexpr std::size_t longestLoggerName = 990;
-
     // Connects to the first endpoint of `process` that answers. `stopSignal` ends every wait; it
     // may be null, and has to outlive this.
     Client(const Process& process, StopSignal* stopSignal);

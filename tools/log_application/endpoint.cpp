@@ -1,10 +1,12 @@
 #include "tools/log_application/endpoint.h"
 
+#include <array>
 #include <charconv>
 
 #include "tools/log_application/escape.h"
 #include "tools/log_application/failure.h"
-#include "vek/net/ip4_address.h"
+#include "vek/exception.h"
+#include "vek/net/address_text.h"
 
 namespace log_application {
 
@@ -12,9 +14,16 @@ namespace {
 
 constexpr std::uint32_t highestPort = 65535;
 
+// Not by IP4Address, which takes the system's headers along.
 bool isAddress(const std::string& text) {
-    // What is behind a zero byte isn't seen by the system.
-    return text.find('\0') == std::string::npos && vek::net::IP4Address().tryFromString(text);
+    using vek::net::ip4Form;
+    std::array<char, ip4Form.offset + ip4Form.size> raw;
+    try {
+        vek::net::parseAddress(ip4Form, text, raw.data());
+    } catch (const vek::NetError&) {
+        return false;
+    }
+    return true;
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "tools/log_application/level_change.h"
 
-#include "tools/log_application/client.h"
 #include "tools/log_application/escape.h"
 #include "tools/log_application/failure.h"
 #include "vek/base/units.h"
@@ -36,7 +35,7 @@ LevelChange parseLevelChange(const std::string& text) {
             "The protocol has no way to write \"=\" or the unit separator in the name of a logger; "
             "use --default for such a one.");
     }
-    if (logger.size() > Client::longestLoggerName) {
+    if (logger.size() > longestLoggerName) {
         throw Failure(
             exitUsage, "A name of " + std::to_string(logger.size()) + " characters can't be sent.",
             "The process takes requests of 1020 bytes at most; use --default for such a logger.");

@@ -1,11 +1,17 @@
 // log_application::LevelChange: the level that a logger is to get, as the user writes it.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "vek/log/level.h"
 
 namespace log_application {
+
+// The most that a process takes as a request, in bytes, and what that leaves for a logger's name.
+inline constexpr std::size_t longestRequest = 1020;
+inline constexpr std::size_t longestLoggerName = 990;
 
 struct LevelChange {
     std::string logger;

@@ -7,26 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "tools/log_application/arrival.h"
 #include "vek/base/no_copy.h"
 #include "vek/thread/condition.h"
 #include "vek/time/clock.h"
 
 namespace log_application {
-
-// One arrival. `source` tells the reader; each has a number of its own.
-struct Arrival {
-    enum Kind {
-        message,  // `text` is the telegram
-        notice,   // `text` is for the user
-        dropped,  // `count` messages of this source found no room
-        ended,    // the reader has ended; nothing more comes of this source
-    };
-
-    Kind kind;
-    std::size_t source;
-    std::string text;
-    std::uint64_t count = 0;
-};
 
 // A reader never waits here: a message that finds no room is dropped and counted, so that the
 // process that is read isn't held up by a slow output. Any thread may add; one takes.

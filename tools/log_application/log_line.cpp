@@ -77,14 +77,19 @@ LogLine lineOf(const Telegram& telegram) {
     return line;
 }
 
-// Whether each key is known and there once.
-bool isPlain(const Telegram& telegram) {
+// Whether each key is known, and they stand in the order in which a process writes them. If not, a
+// text has brought keys of its own.
+bool isPlain(std::string_view payload) {
     std::string_view previous;
-    for (const auto& [key, value] : telegram.params) {
-        if (key == previous || std::ranges::find(knownKeys, key) == knownKeys.end()) {
+    for (std::size_t start = messageType.size(); start <= payload.size();) {
+        const std::size_t end = std::min(payload.find('\x1F', start), payload.size());
+        const std::string_view piece = payload.substr(start, end - start);
+        const std::string_view key = piece.substr(0, piece.find('='));
+        if (key <= previous || std::ranges::find(knownKeys, key) == knownKeys.end()) {
             return false;
         }
         previous = key;
+        start = end + 1;
     }
     return true;
 }
@@ -120,8 +125,7 @@ std::optional<LogLine> parseLogLine(std::string_view payload) {
     if (!payload.starts_with(messageType)) {
         return std::nullopt;
     }
-    // Of two separators in a row the telegram tells nothing.
-    if (!isPlain(telegram) || payload.find("\x1F\x1F") != std::string_view::npos) {
+    if (!isPlain(payload)) {
         if (std::optional<LogLine> line = rejoined(payload)) {
             return line;
         }

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/log_application/line_queue.h"
+#include "tools/log_application/arrival.h"
 #include "tools/log_application/log_line.h"
 
 namespace log_application {

@@ -34,7 +34,8 @@ std::string yearText(std::int64_t year) {
     if (year >= 0 && year <= 9999) {
         return vek::format("%04d", static_cast<int>(year));
     }
-    return vek::format(year < 0 ? "-%04I64d" : "+%I64d", year < 0 ? -year : year);
+    return vek::format(year < 0 ? "-%04lld" : "+%lld",
+                       static_cast<long long>(year < 0 ? -year : year));
 }
 
 }  // namespace

@@ -4,11 +4,8 @@
 #include <iostream>
 #include <sstream>
 
-#include "vek/exception.h"
+#include "vek/log/own_address.h"
 #include "vek/log/telegram.h"
-#include "vek/net/data_socket.h"
-#include "vek/net/ip4_address.h"
-#include "vek/net/ip_socket.h"
 
 namespace vek::log {
 
@@ -28,17 +25,8 @@ bool isName(const std::string& value, const ProcessIdentity& self) {
     return value == self.name;
 }
 
-// Whether a socket can be bound to it.
-bool isOwnAddress(const std::string& value, const ProcessIdentity& /*self*/) {
-    net::IP4Address address;
-    address.fromString(value);
-    net::IPSocketT<net::DataSocket> probe(false, net::streamType, 0);
-    try {
-        probe.bind(address);
-    } catch (const NoSuchAddress&) {
-        return false;
-    }
-    return true;
+bool isIp(const std::string& value, const ProcessIdentity& /*self*/) {
+    return isOwnAddress(value);
 }
 
 // In the order in which they are tried.
@@ -48,7 +36,7 @@ constexpr struct {
 } filters[] = {
     {"pid", isPid},
     {"name", isName},
-    {"ip", isOwnAddress},
+    {"ip", isIp},
 };
 
 // Takes the filters that it has tried out of the request. The first that fails is the last tried.

@@ -1,7 +1,5 @@
 #include "vek/time/clock.h"
 
-#include "vek/time/clock_source.h"
-
 namespace vek::time {
 
 namespace {
@@ -16,20 +14,6 @@ std::int64_t wrappingDifference(std::int64_t a, std::int64_t b) {
 }
 
 }  // namespace
-
-void ClockBase::refresh() {
-    switch (kind) {
-        case clock_kind::REALTIME:
-            value = realtimeMilliseconds();
-            break;
-        case clock_kind::MONOTONIC:
-        case clock_kind::INIT:
-            value = monotonicMilliseconds();
-            break;
-        default:
-            break;
-    }
-}
 
 ClockBase& ClockBase::operator=(const ClockBase& other) {
     value = other.value;
@@ -66,11 +50,6 @@ InitClock::InitClock(bool readNow) : ClockBase(clock_kind::INIT) {
     if (readNow) {
         refresh();
     }
-}
-
-void InitClock::refresh() {
-    ClockBase::refresh();
-    value = wrappingDifference(value, clockState().clockOrigin);
 }
 
 }  // namespace vek::time

@@ -22,6 +22,16 @@ std::locale environmentLocale() {
     }
 }
 
+// Only for what it does to `broken`.
+void bringIntoRange(std::tm& broken) {
+#ifdef _WIN32
+    // The 64-bit form goes beyond 2038.
+    _mktime64(&broken);
+#else
+    std::mktime(&broken);
+#endif
+}
+
 }  // namespace
 
 DateTime parseTime(const char* format, const std::string& text) {
@@ -33,8 +43,7 @@ DateTime parseTime(const char* format, const std::string& text) {
         throw ParseError(text,
                          std::string("Could not parse time using format string '") + format + "'");
     }
-    // Only for what it does to `broken`. Its 64-bit form goes beyond 2038.
-    _mktime64(&broken);
+    bringIntoRange(broken);
     DateTime date;
     date.fromTm(broken);
     return date;

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/log_application/client.h"
 #include "tools/log_application/failure.h"
 
 namespace {
@@ -18,12 +17,12 @@ TEST(LevelChange, IsANameAndALevelInAnyCase) {
 }
 
 TEST(LevelChange, ANameMayBeAsLongAsTheWireTakes) {
-    const std::string name(Client::longestLoggerName, 'x');
+    const std::string name(longestLoggerName, 'x');
     EXPECT_EQ(parseLevelChange(name + "=INFO").logger, name);
     EXPECT_THROW(parseLevelChange(name + "x=INFO"), Failure);
     // The longest request: its type, the name, and the longest level.
     EXPECT_LE(std::string("change-scope:").size() + name.size() + std::string("=DEFAULT").size(),
-              Client::longestRequest);
+              longestRequest);
 }
 
 TEST(LevelChange, AnythingElseIsWrongUsage) {

@@ -95,6 +95,30 @@ TEST(LogLine, ATextCannotForgeTheOtherFields) {
     EXPECT_EQ(line.when, 1'700'000'000'123);
 }
 
+TEST(LogLine, ATextCannotForgeAttributes) {
+    // Each of their keys is known and there once; only they stand behind the text.
+    for (const std::string& text : {std::string("x\x1F"
+                                                "attr_keys=k\x1F"
+                                                "attr_values=v"),
+                                    std::string("x\x1F"
+                                                "attr_keys=k"),
+                                    std::string("\x1F"
+                                                "attr_values")}) {
+        const LogLine line = parsedAround("msg=" + text);
+        EXPECT_EQ(line.text, text);
+        EXPECT_EQ(line.attributes, Attributes());
+        EXPECT_TRUE(line.isComplete());
+    }
+    const LogLine line = parsedAround(
+        "attr_keys=a\x1F"
+        "attr_values=1\x1Fmsg=x\x1F"
+        "attr_keys=k");
+    EXPECT_EQ(line.text,
+              "x\x1F"
+              "attr_keys=k");
+    EXPECT_EQ(line.attributes, (Attributes{{"a", "1"}}));
+}
+
 TEST(LogLine, AnEmptyTextIsThere) {
     const LogLine line = parsedAround("msg");
     EXPECT_EQ(line.text, "");

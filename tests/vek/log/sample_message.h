@@ -21,7 +21,9 @@ class Sample : public Kind {
     }
 
     void setTime(std::int64_t milliseconds) {
-        this->timestamp += milliseconds - this->timestamp.getValue();
+        // In two steps: the difference may be beyond 64 bits.
+        this->timestamp -= this->timestamp.getValue();
+        this->timestamp += milliseconds;
     }
 };
 

@@ -1,0 +1,149 @@
+// What the pure sources call of the system's side of this framework, for the machine that builds.
+// Each stands in for a function of the same header, and does as little as its callers need; none is
+// tested itself.
+#include <chrono>
+#include <cstring>
+#include <ctime>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+
+#include "vek/auxiliary/line_parser.h"
+#include "vek/base/console_colors.h"
+#include "vek/base/os_calendar.h"
+#include "vek/base/os_error_text.h"
+#include "vek/exception.h"
+#include "vek/log/message.h"
+#include "vek/log/own_address.h"
+#include "vek/net/address_text.h"
+#include "vek/net/data_socket.h"
+#include "vek/time/clock.h"
+#include "vek/time/date_time.h"
+
+namespace vek {
+
+std::string osErrorText(std::uint32_t code) {
+    return "error " + std::to_string(code);
+}
+
+// There is no console.
+void setConsoleColors(bool /*forStdout*/, bool /*forStderr*/) {}
+
+std::ostream& applyColor(std::ostream& stream, const ColorSpec& /*spec*/) {
+    return stream;
+}
+
+std::ostream& resetColor(std::ostream& stream, const ColorReset& /*reset*/) {
+    return stream;
+}
+
+}  // namespace vek
+
+namespace vek::time {
+
+void ClockBase::refresh() {
+    value = std::chrono::duration_cast<std::chrono::milliseconds>(
+                std::chrono::system_clock::now().time_since_epoch())
+                .count();
+}
+
+void InitClock::refresh() {
+    ClockBase::refresh();
+}
+
+void DateTime::setLocalFromSeconds(std::int64_t seconds) {
+    // The years of a file time.
+    constexpr int firstYear = 1601;
+    constexpr int lastYear = 30827;
+    const std::time_t moment = seconds;
+    std::tm local = {};
+    if (localtime_r(&moment, &local) == nullptr || local.tm_year < firstYear - 1900 ||
+        local.tm_year > lastYear - 1900) {
+        return;
+    }
+    fromTm(local);
+    milliseconds = 0;
+    utc = false;
+}
+
+void DateTime::normalise() {
+    os::CalendarTime date = {year, month, 0, day, hour, minute, second, 0};
+    const bool sound =
+        month >= 1 && month <= 12 && day >= 1 && day <= 31 && hour < 24 && minute < 60;
+    if (!utc && sound && os::breakDownTime(os::calendarSeconds(&date), &date) == 1) {
+        dayOfWeek = date.dayOfWeek;
+    }
+}
+
+}  // namespace vek::time
+
+namespace vek::log {
+
+Message::Message(std::string loggerName, std::string messageText, Level messageLevel,
+                 std::uint32_t messagePid)
+    : level(messageLevel),
+      category(std::move(loggerName)),
+      text(std::move(messageText)),
+      pid(messagePid),
+      tid(1),
+      timestamp(true) {}
+
+bool isOwnAddress(const std::string& text) {
+    sockaddr_in raw = {};
+    net::parseAddress(net::ip4Form, text, &raw);
+    return ntohl(raw.sin_addr.s_addr) == INADDR_LOOPBACK;
+}
+
+}  // namespace vek::log
+
+namespace vek::net {
+
+void parseAddress(const AddressForm& form, const std::string& text, void* raw) {
+    in_addr address = {};
+    if (form.family != ip4Form.family || text.find('\0') != std::string::npos ||
+        inet_pton(AF_INET, text.c_str(), &address) != 1) {
+        throw NetError(invalidArgument);
+    }
+    std::memcpy(static_cast<char*>(raw) + form.offset, &address, form.size);
+}
+
+// A socket that was never opened, for what stands on one: see fuzz/scripted_socket.h.
+Socket::~Socket() = default;
+
+bool Socket::isOpen() const {
+    return false;
+}
+
+bool Socket::isDatagram() const {
+    return false;
+}
+
+bool Socket::isStream() const {
+    return false;
+}
+
+bool Socket::isReliable() const {
+    return false;
+}
+
+bool Socket::isLossy() const {
+    return true;
+}
+
+std::uint32_t DataSocket::read(void* /*buffer*/, std::uint32_t /*size*/) {
+    return 0;
+}
+
+std::uint32_t DataSocket::write(const void* /*buffer*/, std::uint32_t /*size*/) {
+    return 0;
+}
+
+}  // namespace vek::net
+
+namespace vek::aux {
+
+void LineParser::parse(const std::string& path, LineCallback& /*callback*/) {
+    throw NoSuchFileError(path, 2);
+}
+
+}  // namespace vek::aux
