@@ -106,6 +106,12 @@ TEST_F(PathInfoTest, OldSpellingIsLeftForExpansionOnly) {
     // "KEY" comes ahead of "Key" in byte order and matches first, in any case.
     table.set("user", "{key}");
     EXPECT_EQ(table.get("user", ""), "new");
+    // The other way round the old value is what a reference brings in.
+    table.set("TOOL", "old");
+    table.set("tool", "new");
+    EXPECT_EQ(table.get("TOOL", ""), "new");
+    table.set("user", "{tool}%Tool%${TOOL}");
+    EXPECT_EQ(table.get("user", ""), "oldoldold");
 }
 
 TEST_F(PathInfoTest, UnknownKeyIsNamedAsGiven) {

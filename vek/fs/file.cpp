@@ -10,7 +10,7 @@ namespace vek::fs {
 
 namespace {
 
-DWORD desiredAccess(Access access) {
+DWORD desiredAccess(std::uint32_t access) {
     switch (access) {
         case Access::read:
             return GENERIC_READ;
@@ -63,7 +63,7 @@ File& File::operator=(File&& other) {
     return *this;
 }
 
-void File::open(const std::string& path, Access access, std::uint32_t flags,
+void File::open(const std::string& path, std::uint32_t access, std::uint32_t flags,
                 SECURITY_ATTRIBUTES* attributes) {
     close();
     handle = CreateFileA(systemPath(path), desiredAccess(access),

@@ -9,8 +9,10 @@
 
 namespace vek::fs {
 
-// What a file is opened for; a value that isn't listed here means readWrite.
-enum class Access { read, write, readWrite };
+// What a file is opened for, to be written as Access::read. Any other number means readWrite.
+struct Access {
+    enum Number : std::uint32_t { read = 0, write = 1, readWrite = 2 };
+};
 
 // How File::open treats a file that exists or doesn't; the bits are combined by |. Without one, the
 // file must exist.
@@ -37,14 +39,15 @@ class File : public NoCopy {
     // `other` then keeps its file.
     File& operator=(File&& other);
 
-    // Opens `path`; a file that is open already is closed first, by the virtual `close`. Others may
+    // Opens `path` for `access`, one of Access; a file that is open already is closed first, by the
+    // virtual `close`. `flags` are OpenFlags. Others may
     // read, write, rename and delete the file meanwhile. `attributes` may be null; they are used
     // for a new file only. The handle is not inherited unless they say so. Stands on CreateFileA.
     //
     // Throws NoSuchFileError for the system's errors 2 and 3, FileAccessError for 5, FsError for
     // any other, and with 123 (ERROR_INVALID_NAME) for a path with a zero byte in it; and what
     // `close` throws.
-    void open(const std::string& path, Access access, std::uint32_t flags = 0,
+    void open(const std::string& path, std::uint32_t access, std::uint32_t flags = 0,
               SECURITY_ATTRIBUTES* attributes = nullptr);
 
     // Closes; nothing happens if nothing is open. Afterwards it is closed in any case. Stands on

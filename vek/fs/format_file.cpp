@@ -29,7 +29,7 @@ bool isSameFile(const std::string& a, const std::string& b) {
     }
 }
 
-void openOrTell(fs::StreamFile& file, const std::string& path, fs::Access access,
+void openOrTell(fs::StreamFile& file, const std::string& path, std::uint32_t access,
                 std::uint32_t flags, const char* purpose) {
     try {
         file.open(path, access, flags);

@@ -9,7 +9,7 @@ namespace {
 std::unique_ptr<File> input;
 std::unique_ptr<File> output;
 
-std::unique_ptr<File> openedNul(Access access) {
+std::unique_ptr<File> openedNul(std::uint32_t access) {
     auto file = std::make_unique<File>();
     file->open("nul", access);
     return file;

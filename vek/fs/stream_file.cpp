@@ -6,7 +6,7 @@ namespace vek::fs {
 
 namespace {
 
-DWORD moveMethod(Whence whence) {
+DWORD moveMethod(std::uint32_t whence) {
     switch (whence) {
         case Whence::current:
             return FILE_CURRENT;
@@ -50,7 +50,7 @@ bool StreamFile::flush() {
     return true;
 }
 
-std::uint32_t StreamFile::seek(std::uint32_t offset, Whence whence) {
+std::uint32_t StreamFile::seek(std::uint32_t offset, std::uint32_t whence) {
     LARGE_INTEGER distance = {};
     distance.QuadPart = offset;
     return move(distance, moveMethod(whence)).LowPart;

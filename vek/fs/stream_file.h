@@ -9,8 +9,10 @@
 
 namespace vek::fs {
 
-// What an offset counts from; a value that isn't listed here means begin.
-enum class Whence : std::uint32_t { begin = 0, current = 1, end = 2 };
+// What an offset counts from, to be written as Whence::end. Any other number means begin.
+struct Whence {
+    enum Number : std::uint32_t { begin = 0, current = 1, end = 2 };
+};
 
 // Moves as a File does. Not to be used by two threads at once.
 class StreamFile : public File, public IInOut {
@@ -26,10 +28,10 @@ class StreamFile : public File, public IInOut {
     // Throws OsError.
     bool flush() override;
 
-    // Moves the position to `offset` bytes behind `whence`; it can't be moved back from there, as
-    // `offset` is unsigned. The result is the low 32 bits of the new position. Stands on
-    // SetFilePointerEx. Throws OsError.
-    std::uint32_t seek(std::uint32_t offset, Whence whence);
+    // Moves the position to `offset` bytes behind `whence`, one of Whence; it can't be moved back
+    // from there, as `offset` is unsigned. The result is the low 32 bits of the new position.
+    // Stands on SetFilePointerEx. Throws OsError.
+    std::uint32_t seek(std::uint32_t offset, std::uint32_t whence);
 
     // Makes the file `size` bytes long, cut or filled up, and leaves the position where it was.
     // Stands on SetFilePointerEx and SetEndOfFile. Throws OsError; the position may have moved

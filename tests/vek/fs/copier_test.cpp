@@ -22,7 +22,7 @@ using vek::test::textThrownBy;
 
 class CopierTest : public vek::test::TwoVolumesTest {
   protected:
-    StreamFile opened(const std::string& name, Access access) const {
+    StreamFile opened(const std::string& name, std::uint32_t access) const {
         StreamFile file;
         file.open(path(name), access);
         return file;
@@ -204,6 +204,34 @@ TEST_F(CopierTest, WithGivenAttributesTheSourceIsNotAsked) {
     copier.setAttributes(&none);
     copier.copy(std::move(reader), path("y"));
     EXPECT_EQ(readFile("y"), "from a pipe");
+}
+
+// A pipe of messages fails a read that has no room for the whole message.
+TEST_F(CopierTest, BufferOfItsOwnHasRoomFor512Bytes) {
+    for (const std::uint32_t size : {512u, 513u}) {
+        const std::string name = "\\\\.\\pipe\\vek-copier-" + std::to_string(GetCurrentProcessId());
+        File source;
+        source.adopt(CreateNamedPipeA(name.c_str(), PIPE_ACCESS_INBOUND,
+                                      PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 4096, 4096, 0,
+                                      nullptr));
+        ASSERT_TRUE(source.isOpen());
+        StreamFile writer;
+        writer.open(name, Access::write);
+        const std::string message(size, 'm');
+        ASSERT_EQ(writer.write(message.data(), size), size);
+        writer.close();
+        SECURITY_ATTRIBUTES* none = nullptr;
+        Copier copier(vek::fs::overwriteTarget);
+        copier.setAttributes(&none);
+        if (size == 512) {
+            copier.copy(std::move(source), path("y"));
+            EXPECT_EQ(readFile("y"), message);
+        } else {
+            EXPECT_EQ(
+                codeThrownBy<vek::OsError>([&] { copier.copy(std::move(source), path("y")); }),
+                static_cast<std::uint32_t>(ERROR_MORE_DATA));
+        }
+    }
 }
 
 TEST_F(CopierTest, GivenAttributesAreThoseOfTheNewFile) {

@@ -8,6 +8,7 @@
 #include "tests/vek/temporary_directory.h"
 #include "vek/exception.h"
 #include "vek/fs/current_directory.h"
+#include "vek/fs/dir.h"
 
 namespace {
 
@@ -48,6 +49,19 @@ TEST_F(GlobTest, SortsByBytesOnlyIfAsked) {
 TEST_F(GlobTest, SortedCapitalsComeFirst) {
     writeFile("Z.log", "");
     EXPECT_EQ(glob(path("*.log"), true).front(), path("Z.log"));
+}
+
+TEST_F(GlobTest, UnsortedIsInTheOrderOfTheSystem) {
+    writeFile("Z.log", "");
+    Names inItsOrder;
+    vek::fs::Dir dir;
+    dir.open(path());
+    while (dir.next()) {
+        if (dir.name().ends_with(".log")) {
+            inItsOrder.push_back(path(dir.name()));
+        }
+    }
+    EXPECT_EQ(glob(path("*.log"), false), inItsOrder);
 }
 
 TEST_F(GlobTest, NamesComeAloneWithoutADirectory) {

@@ -136,6 +136,8 @@ TEST(CommonPrefix, IsEmptyIfOnlyOnePathIsAbsolute) {
     EXPECT_EQ(commonPrefix("C:\\a\\b", "C:a\\b"), "");
     EXPECT_EQ(commonPrefix("\\a\\b", "a\\b"), "");
     EXPECT_EQ(commonPrefix("a", "\\a"), "");
+    EXPECT_EQ(commonPrefix("C:\\a", "C:"), "");
+    EXPECT_EQ(commonPrefix("C:", "C:\\a"), "");
 }
 
 TEST(CommonPrefix, KeepsLeadingBackslashes) {

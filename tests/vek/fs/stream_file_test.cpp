@@ -96,8 +96,8 @@ TEST_F(StreamFileTest, SeeksFromBeginCurrentAndEnd) {
     EXPECT_EQ(file.read(&byte, 1), 0u);
     EXPECT_EQ(file.seek(5, Whence::end), 15u);
     // Anything else counts from the beginning.
-    EXPECT_EQ(file.seek(3, static_cast<Whence>(3)), 3u);
-    EXPECT_EQ(file.seek(1, static_cast<Whence>(0xFFFFFFFF)), 1u);
+    EXPECT_EQ(file.seek(3, 3), 3u);
+    EXPECT_EQ(file.seek(1, 0xFFFFFFFF), 1u);
 }
 
 TEST_F(StreamFileTest, OffsetIsUnsignedAndThePositionCutTo32Bits) {

@@ -1,5 +1,11 @@
 #include "vek/fs/temporary.h"
 
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "tests/support/thrown.h"
@@ -100,6 +106,37 @@ TEST_F(TemporaryTest, DirectoryStandsAmongTheTemporaryFiles) {
     EXPECT_TRUE(vek::fs::isEmptyDirectory(first));
     vek::fs::removeDirectory(first);
     vek::fs::removeDirectory(second);
+}
+
+// Whose name is taken between the removal of the file and the making of the directory makes up
+// another one.
+TEST_F(TemporaryTest, SeveralThreadsGetDirectoriesOfTheirOwn) {
+    std::mutex lock;
+    std::vector<std::string> made;
+    std::vector<std::string> failures;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 50; ++round) {
+                try {
+                    std::string directory = makeTemporaryDirectory("base");
+                    const std::lock_guard guard(lock);
+                    made.push_back(std::move(directory));
+                } catch (const vek::Exception& error) {
+                    const std::lock_guard guard(lock);
+                    failures.push_back(error.what());
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(failures, std::vector<std::string>());
+    EXPECT_EQ(std::set<std::string>(made.begin(), made.end()).size(), 200u);
+    for (const std::string& directory : made) {
+        vek::fs::removeDirectory(directory);
+    }
 }
 
 TEST_F(TemporaryTest, DirectoryThatCantBeMadeIsAnFsError) {

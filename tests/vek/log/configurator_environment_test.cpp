@@ -95,6 +95,13 @@ TEST_F(ConfiguratorEnvironment, DoubledUnderscoreEndsUpInTheLoggersName) {
               "_a INFO own\na WARN\n");
 }
 
+// They count as little as a doubled underscore does, and have the same effect on the logger's name.
+TEST_F(ConfiguratorEnvironment, BlanksAroundThePiecesOfTheNameAreNotLookedAt) {
+    EXPECT_EQ(outputOf({{"VEKLOG_ CATEGORY_a", "INFO"}}, {"level=_a", "level=a"}),
+              "_a INFO own\na WARN\n");
+    EXPECT_EQ(outputOf({{"VEKLOG_CATEGORY_ ", "INFO"}}, {"level= "}), "  WARN\n");
+}
+
 TEST_F(ConfiguratorEnvironment, OtherNamesDoNothing) {
     const Environment others = {{"VEKLOG_CATEGORY", "INFO"},     {"VEKLOG_CATEGORY_", "INFO"},
                                 {"VEKLOG_AGENT_a", "INFO"},      {"VEKCRIME_CATEGORY_a", "INFO"},

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/vek/log/log_capture.h"
+#include "vek/exception.h"
 #include "vek/log/manager.h"
 #include "vek/log/statement.h"
 #include "vek/pal.h"
@@ -78,6 +79,15 @@ TEST_F(ConfiguratorTest, GivesLoggersThatExistTheirLevelAtOnce) {
     configurator.setLoggerLevel("x", DEBUG);
     EXPECT_EQ(logger->level(), DEBUG);
     EXPECT_FALSE(logger->usesDefault());
+}
+
+TEST_F(ConfiguratorTest, KeepsItsDefaultLevelIfTheManagerRefusesTheNewOne) {
+    Configurator configurator(nullptr);
+    configurator.setDefaultLevel(DEBUG);
+    EXPECT_EQ(configurator.getDefaultLevel(), DEBUG);
+    EXPECT_THROW(configurator.setDefaultLevel(DEFAULT), vek::UsageError);
+    EXPECT_EQ(configurator.getDefaultLevel(), DEBUG);
+    EXPECT_EQ(manager().getLogger("x")->level(), DEBUG);
 }
 
 TEST_F(ConfiguratorTest, GivesNewLoggersALevelOfSixAsItStands) {

@@ -49,6 +49,14 @@ TEST(Pipe, CarriesBytesBetweenTwoInheritableEnds) {
     pipe.close();
 }
 
+TEST(Pipe, HasABufferOf4096Bytes) {
+    Pipe pipe;
+    DWORD size = 0;
+    EXPECT_NE(GetNamedPipeInfo(pipe.readEnd, nullptr, nullptr, &size, nullptr), 0);
+    EXPECT_EQ(size, 4096u);
+    pipe.close();
+}
+
 TEST(Pipe, TakesA4096ByteTextWithoutAReader) {
     Pipe pipe;
     const std::string text(4096, 'x');
