@@ -271,4 +271,120 @@ TEST_F(ServiceClients, FrequentComingAndGoingLeavesEveryoneServed) {
     EXPECT_EQ(errors.text(), "");
 }
 
+// --- the system fails ---
+
+// The server's listening socket, found among all handles of this process; INVALID_SOCKET if it
+// isn't.
+SOCKET listenerAt(std::uint16_t port) {
+    constexpr SOCKET handleLimit = 0x10000;
+    for (SOCKET handle = 4; handle < handleLimit; handle += 4) {
+        BOOL listens = FALSE;
+        int size = sizeof listens;
+        sockaddr_in address = {};
+        int length = sizeof address;
+        if (getsockopt(handle, SOL_SOCKET, SO_ACCEPTCONN, reinterpret_cast<char*>(&listens),
+                       &size) == 0 &&
+            listens && getsockname(handle, reinterpret_cast<sockaddr*>(&address), &length) == 0 &&
+            ntohs(address.sin_port) == port) {
+            return handle;
+        }
+    }
+    return INVALID_SOCKET;
+}
+
+// Closes the socket `taken` and gives its handle, which the system uses again soon, to one of those
+// that `make` makes; the others are closed by `drop`. False if it didn't come to that.
+bool replace(SOCKET taken, SOCKET (*make)(), void (*drop)(SOCKET)) {
+    std::vector<SOCKET> others;
+    closesocket(taken);
+    SOCKET made = make();
+    while (made != taken && others.size() < 1000) {
+        others.push_back(made);
+        made = make();
+    }
+    for (const SOCKET other : others) {
+        drop(other);
+    }
+    return made == taken;
+}
+
+// Holds the server up in the midst of a reply about sinks.
+class HoldingSink : public log::Sink {
+  public:
+    HoldingSink(const vek_test::Door& toPass, vek_test::Door& toOpen)
+        : Sink(config), door(toPass), reached(toOpen) {}
+    int type() const override { return log::sinkStdout; }
+    using Sink::store;
+    void store(const log::Message& /*message*/) override {}
+    std::string id() const override {
+        reached.open();
+        door.pass();
+        return "holding";
+    }
+
+  private:
+    const log::SinkConfig config;
+    const vek_test::Door& door;
+    vek_test::Door& reached;
+};
+
+class ServerWithoutListener : public ServiceClients {
+  protected:
+    // Between two waits of the server `make` takes its listener's handle away from it.
+    void takeListener(ServiceClient& client, SOCKET (*make)(), void (*drop)(SOCKET)) {
+        manager.addSink(new HoldingSink(door, reached));
+        listener = listenerAt(port);
+        ASSERT_NE(listener, INVALID_SOCKET);
+        client.send("evidence-info:");
+        ASSERT_TRUE(reached.pass());
+        EXPECT_TRUE(replace(listener, make, drop));
+    }
+
+    // Lets the server go on.
+    void release(ServiceClient& client) {
+        door.open();
+        EXPECT_NE(client.receive().find("id=holding"), std::string::npos);
+        EXPECT_EQ(client.receive(), "evidence-info:end-of-reply");
+    }
+
+    vek_test::Door door;
+    vek_test::Door reached;
+    SOCKET listener = INVALID_SOCKET;
+};
+
+TEST_F(ServerWithoutListener, ReportsThatAcceptingFailedAndServesTheOthers) {
+    ServiceClient client(port);
+    takeListener(
+        client, [] { return ::socket(AF_INET, SOCK_DGRAM, 0); },
+        [](SOCKET other) { closesocket(other); });
+    // What comes in makes it ready, but it knows no connections.
+    net::IP4Address target = loopbackAddress();
+    int length = target.length;
+    ASSERT_EQ(::bind(listener, static_cast<sockaddr*>(target.sockaddr), length), 0);
+    ASSERT_EQ(getsockname(listener, static_cast<sockaddr*>(target.sockaddr), &length), 0);
+    net::UDPSocket(false).sendTo("x", 1, target);
+    release(client);
+    EXPECT_TRUE(errors.waitFor(std::string(clientReport)));
+    EXPECT_TRUE(errors.waitFor("(10045)\n\n"));
+    char datagram = 0;
+    EXPECT_EQ(::recv(listener, &datagram, 1, 0), 1);
+    EXPECT_EQ(client.ask(request), reply);
+    EXPECT_NE(discovery->ask("discover-request:"), "");
+}
+
+TEST_F(ServerWithoutListener, EndsItsThreadWhenItCanNotWaitAndTheProcessGoesOn) {
+    ServiceClient client(port);
+    takeListener(
+        client,
+        [] { return reinterpret_cast<SOCKET>(CreateEventA(nullptr, TRUE, FALSE, nullptr)); },
+        [](SOCKET other) { CloseHandle(reinterpret_cast<HANDLE>(other)); });
+    release(client);
+    EXPECT_TRUE(errors.waitFor("Thread log-server ("));
+    EXPECT_TRUE(errors.waitFor("(10038)\n\n"));
+    server->stop();
+    server = std::make_unique<log::Server>(configurator.get());
+    EXPECT_TRUE(client.isClosedByServer());
+    CloseHandle(reinterpret_cast<HANDLE>(listener));
+}
+
 }  // namespace
