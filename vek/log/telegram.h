@@ -51,6 +51,8 @@ class Telegram {
 
     std::string type;
     TelegramParams params;
+    // Set by `receive` at the end of the stream.
+    bool closed = false;
 
     // The text, taken apart into `type` and `params`; empty pieces between separators are dropped.
     // `text` must not stand in this telegram. Throws ParseError if there is no colon; the telegram
@@ -88,11 +90,9 @@ class Telegram {
     // TCPBuffer throws: RuntimeError for a telegram that is too large, NetError for a failure of
     // the socket.
 
-    // Waits for a telegram. False at the end of the stream: `isClosed` is true from then on, and
-    // the telegram is empty. Throws ParseError as `parse`.
+    // Waits for a telegram. False at the end of the stream: `closed` is true from then on, and the
+    // telegram is empty. Throws ParseError as `parse`.
     bool receive();
-
-    bool isClosed() const { return closed; }
 
     // Sends this telegram.
     void send();
@@ -112,7 +112,6 @@ class Telegram {
     net::TCPBuffer& connection() const;
 
     net::TCPBuffer* buffer;
-    bool closed = false;
 };
 
 }  // namespace vek::log

@@ -52,7 +52,7 @@ TEST(Telegram, IsEmptyAtFirst) {
     const Telegram telegram;
     EXPECT_EQ(telegram.type, "");
     EXPECT_TRUE(telegram.params.empty());
-    EXPECT_FALSE(telegram.isClosed());
+    EXPECT_FALSE(telegram.closed);
     EXPECT_EQ(textOf(telegram), ":");
 }
 
@@ -278,7 +278,7 @@ TEST_P(NoTelegram, IsAParseErrorThatHoldsTheWholeText) {
               "ParseError: Missing separator ':' in \"" + GetParam() + "\"");
     EXPECT_EQ(telegram.type, "");
     EXPECT_TRUE(telegram.params.empty());
-    EXPECT_FALSE(telegram.isClosed());
+    EXPECT_FALSE(telegram.closed);
 }
 
 INSTANTIATE_TEST_SUITE_P(, NoTelegram,
