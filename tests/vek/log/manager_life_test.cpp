@@ -8,8 +8,10 @@
 #include "tests/vek/log/log_capture.h"
 #include "tests/vek/thread/lock_support.h"
 #include "vek/exception.h"
+#include "vek/log/configurator.h"
 #include "vek/log/manager.h"
 #include "vek/log/statement.h"
+#include "vek/pal.h"
 
 namespace {
 
@@ -78,6 +80,47 @@ TEST(ManagerLife, ShutdownDropsLoggersAndDestroysSinks) {
     EXPECT_TRUE(second.destroyed());
     EXPECT_TRUE(manager.listLoggers().empty());
     EXPECT_TRUE(manager.withSinks([](const auto& sinks, std::uint32_t) { return sinks.empty(); }));
+}
+
+// Tells of its end.
+class EndingSink : public Sink {
+  public:
+    EndingSink(std::string name, std::string& toTell)
+        : Sink(config), ownName(std::move(name)), ends(toTell) {}
+    ~EndingSink() override { ends += ownName; }
+    int type() const override { return sinkStdout; }
+    using Sink::store;
+    void store(const Message& /*message*/) override {}
+    std::string id() const override { return ownName; }
+
+  private:
+    const SinkConfig config;
+    const std::string ownName;
+    std::string& ends;
+};
+
+TEST(ManagerLife, ShutdownDestroysSinksInTheOrderOfAdding) {
+    Manager manager;
+    std::string ends;
+    for (const char* const name : {"c", "a", "b"}) {
+        manager.addSink(new EndingSink(name, ends));
+    }
+    manager.start();
+    manager.shutdown();
+    EXPECT_EQ(ends, "cab");
+}
+
+TEST(ManagerLife, ShutdownForgetsTheConfigurator) {
+    const vek::VekPal pal(false, 0, 4, nullptr);
+    Configurator configurator(nullptr);
+    configurator.setLoggerLevel("x", TRACE);
+    Manager manager;
+    manager.setConfigurator(&configurator);
+    EXPECT_EQ(manager.getLogger("x")->level(), TRACE);
+    EXPECT_FALSE(manager.getLogger("x")->usesDefault());
+    manager.start();
+    manager.shutdown();
+    EXPECT_EQ(manager.getLogger("x")->level(), INFO);
 }
 
 TEST(ManagerLife, ShutdownTwiceIsHarmless) {
