@@ -469,6 +469,50 @@ TEST(TelegramParam, ErasingRemovesAllOfAKey) {
     EXPECT_EQ(telegram.type, "x");
 }
 
+TEST(TelegramParam, OnesThatWereRemovedLeaveNothingBehind) {
+    Telegram telegram;
+    telegram.parse(
+        "t:a=a long value that has memory of its own\x1F"
+        "b=2\x1F"
+        "c=3\x1F"
+        "d=4");
+    EXPECT_EQ(telegram.eraseParam("b"), 1u);
+    EXPECT_EQ(textOf(telegram),
+              "t:a=a long value that has memory of its own\x1F"
+              "c=3\x1F"
+              "d=4");
+    EXPECT_FALSE(telegram.hasParam("b"));
+    telegram.addParam("bb", "");
+    EXPECT_EQ(textOf(telegram),
+              "t:a=a long value that has memory of its own\x1F"
+              "bb\x1F"
+              "c=3\x1F"
+              "d=4");
+    telegram.clearParams();
+    EXPECT_TRUE(telegram.params.empty());
+    EXPECT_EQ(telegram.params, Telegram().params);
+    EXPECT_EQ(textOf(telegram), "t:");
+    telegram.addParam("z", "");
+    telegram.addParam("a", true);
+    EXPECT_EQ(textOf(telegram), "t:a=true\x1Fz");
+    EXPECT_EQ(telegram.params.size(), 2u);
+    Telegram other;
+    other.addParam("z", "");
+    EXPECT_NE(telegram.params, other.params);
+    other.addParam("a", "true");
+    EXPECT_EQ(telegram.params, other.params);
+}
+
+TEST(TelegramParam, MayBeMadeOfAnother) {
+    Telegram telegram;
+    telegram.addParam("k", std::string(100, 'v'));
+    for (int i = 0; i < 100; ++i) {
+        telegram.addParam(telegram.params.begin()->second, telegram.param("k"));
+    }
+    EXPECT_EQ(telegram.paramValues(std::string(100, 'v')),
+              std::vector<std::string>(100, std::string(100, 'v')));
+}
+
 TEST(TelegramParam, CopyIsATelegramOfItsOwn) {
     Telegram telegram = parsed("x:a=1");
     const Telegram copy = telegram;
