@@ -328,15 +328,20 @@ class HoldingSink : public log::Sink {
     vek_test::Door& reached;
 };
 
-class ServerWithoutListener : public ServiceClients {
+class HeldServer : public ServiceClients {
   protected:
-    // Between two waits of the server `make` takes its listener's handle away from it.
-    void takeListener(ServiceClient& client, SOCKET (*make)(), void (*drop)(SOCKET)) {
+    // Holds the server up between two waits.
+    void hold(ServiceClient& client) {
         manager.addSink(new HoldingSink(door, reached));
-        listener = listenerAt(port);
-        ASSERT_NE(listener, INVALID_SOCKET);
         client.send("evidence-info:");
         ASSERT_TRUE(reached.pass());
+    }
+
+    // Holds it up, and has what `make` makes take its listener's handle.
+    void takeListener(ServiceClient& client, SOCKET (*make)(), void (*drop)(SOCKET)) {
+        hold(client);
+        listener = listenerAt(port);
+        ASSERT_NE(listener, INVALID_SOCKET);
         EXPECT_TRUE(replace(listener, make, drop));
     }
 
@@ -352,7 +357,21 @@ class ServerWithoutListener : public ServiceClients {
     SOCKET listener = INVALID_SOCKET;
 };
 
-TEST_F(ServerWithoutListener, ReportsThatAcceptingFailedAndServesTheOthers) {
+TEST_F(HeldServer, LetsEightConnectionsWait) {
+    ServiceClient client(port);
+    hold(client);
+    for (int i = 0; i < 8; ++i) {
+        clients.push_back(std::make_unique<ServiceClient>(port));
+        clients.back()->send(request);
+    }
+    release(client);
+    for (const auto& waiting : clients) {
+        EXPECT_EQ(waiting->receive(), reply);
+    }
+    EXPECT_EQ(errors.text(), "");
+}
+
+TEST_F(HeldServer, ReportsThatAcceptingFailedAndServesTheOthers) {
     ServiceClient client(port);
     takeListener(
         client, [] { return ::socket(AF_INET, SOCK_DGRAM, 0); },
@@ -372,7 +391,7 @@ TEST_F(ServerWithoutListener, ReportsThatAcceptingFailedAndServesTheOthers) {
     EXPECT_NE(discovery->ask("discover-request:"), "");
 }
 
-TEST_F(ServerWithoutListener, EndsItsThreadWhenItCanNotWaitAndTheProcessGoesOn) {
+TEST_F(HeldServer, EndsItsThreadWhenItCanNotWaitAndTheProcessGoesOn) {
     ServiceClient client(port);
     takeListener(
         client,
