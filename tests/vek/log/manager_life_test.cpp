@@ -8,10 +8,8 @@
 #include "tests/vek/log/log_capture.h"
 #include "tests/vek/thread/lock_support.h"
 #include "vek/exception.h"
-#include "vek/log/configurator.h"
 #include "vek/log/manager.h"
 #include "vek/log/statement.h"
-#include "vek/pal.h"
 
 namespace {
 
@@ -108,19 +106,6 @@ TEST(ManagerLife, ShutdownDestroysSinksInTheOrderOfAdding) {
     manager.start();
     manager.shutdown();
     EXPECT_EQ(ends, "cab");
-}
-
-TEST(ManagerLife, ShutdownForgetsTheConfigurator) {
-    const vek::VekPal pal(false, 0, 4, nullptr);
-    Configurator configurator(nullptr);
-    configurator.setLoggerLevel("x", TRACE);
-    Manager manager;
-    manager.setConfigurator(&configurator);
-    EXPECT_EQ(manager.getLogger("x")->level(), TRACE);
-    EXPECT_FALSE(manager.getLogger("x")->usesDefault());
-    manager.start();
-    manager.shutdown();
-    EXPECT_EQ(manager.getLogger("x")->level(), INFO);
 }
 
 TEST(ManagerLife, ShutdownTwiceIsHarmless) {
