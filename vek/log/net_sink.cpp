@@ -64,8 +64,8 @@ void NetSink::store(const AttrMessage& message) {
         keys += key;
         values += value;
     }
-    telegram.addParam("attr_keys", std::move(keys));
-    telegram.addParam("attr_values", std::move(values));
+    telegram.addParam("attr_keys", keys);
+    telegram.addParam("attr_values", values);
     telegram.send();
 }
 
@@ -74,7 +74,7 @@ void NetSink::fillTelegram(const Message& message) {
     telegram.addParam("agent", message.category);
     telegram.addParam("msg", message.text);
     telegram.addParam("pid", std::int64_t{message.pid});
-    telegram.addParam("scope", std::string(levelName(message.level)));
+    telegram.addParam("scope", levelName(message.level));
     telegram.addParam("tid", std::int64_t{message.tid});
     telegram.addParam("when", message.timestamp.getValue());
 }

@@ -56,8 +56,9 @@ class Sink {
     bool accepts(Level level) const { return level <= config->max_level; }
 
   protected:
-    // `ownConfig` lives in the derived object, and need not be built yet.
-    explicit Sink(const SinkConfig& ownConfig) : config(&ownConfig) {}
+    // `ownConfig` lives in the derived object, and need not be built yet. Never null.
+    explicit Sink(const SinkConfig* ownConfig) : config(ownConfig) {}
+    explicit Sink(const SinkConfig& ownConfig) : Sink(&ownConfig) {}
 
     // Writes `message` into `stream`, without a line end: by the format in the settings, or in the
     // default layout if that is empty. For all sinks that write text. Throws what the stream and

@@ -1,7 +1,8 @@
 #include "vek/log/telegram.h"
 
 #include <algorithm>
-#include <utility>
+#include <array>
+#include <charconv>
 
 namespace vek::log {
 
@@ -38,33 +39,55 @@ void Telegram::parse(std::string_view text) {
         const std::string_view key = piece.substr(0, equals);
         const std::string_view value =
             equals == std::string_view::npos ? std::string_view() : piece.substr(equals + 1);
-        params.add(std::string(key), std::string(value));
+        params.add(key, value);
     }
 }
 
 void Telegram::serialize(std::string& text) const {
-    text = type;
-    text += typeSeparator;
-    bool first = true;
+    text.resize(textSize());
+    writeText(text.data());
+}
+
+std::size_t Telegram::textSize() const {
+    std::size_t size = type.size() + sizeof typeSeparator;
     for (const auto& [key, value] : params) {
-        if (!first) {
-            text += paramSeparator;
-        }
-        first = false;
-        text += key;
+        size += key.size() + sizeof paramSeparator;
         if (!value.empty()) {
-            text += keySeparator;
-            text += value;
+            size += sizeof keySeparator + value.size();
+        }
+    }
+    // There is none ahead of the first.
+    return params.empty() ? size : size - sizeof paramSeparator;
+}
+
+void Telegram::writeText(char* target) const {
+    const auto append = [&target](const std::string& bytes) {
+        target = std::copy_n(bytes.data(), bytes.size(), target);
+    };
+    append(type);
+    char separator = typeSeparator;
+    if (params.empty()) {
+        *target = separator;
+    }
+    for (const auto& [key, value] : params) {
+        *target++ = separator;
+        separator = paramSeparator;
+        append(key);
+        if (!value.empty()) {
+            *target++ = keySeparator;
+            append(value);
         }
     }
 }
 
-void Telegram::addParam(std::string key, std::string value) {
-    params.add(std::move(key), std::move(value));
+void Telegram::addParam(std::string_view key, std::string_view value) {
+    params.add(key, value);
 }
 
-void Telegram::addParam(std::string key, std::int64_t number) {
-    addParam(std::move(key), std::to_string(number));
+void Telegram::addParam(std::string_view key, std::int64_t number) {
+    std::array<char, 20> digits;  // those of the lowest number, with its sign
+    const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    addParam(key, std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
 }
 
 bool Telegram::hasParam(std::string_view key) const {

@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "vek/exception.h"
@@ -51,22 +50,25 @@ class Telegram {
 
     std::string type;
     TelegramParams params;
+    // Set by `receive` at the end of the stream.
+    bool closed = false;
 
     // The text, taken apart into `type` and `params`; empty pieces between separators are dropped.
     // `text` must not stand in this telegram. Throws ParseError if there is no colon; the telegram
     // is empty then.
     void parse(std::string_view text);
 
-    // The text of this telegram replaces what `text` holds. An empty value is written as none.
+    // The text of this telegram replaces what `text` holds, which must not stand in this telegram.
+    // An empty value is written as none.
     void serialize(std::string& text) const;
 
     // Adding doesn't replace an entry of the same key. A bool becomes "true" or "false", a number
     // its decimal text.
-    void addParam(std::string key, std::string value);
-    void addParam(std::string key, std::int64_t number);
+    void addParam(std::string_view key, std::string_view value);
+    void addParam(std::string_view key, std::int64_t number);
     template <std::same_as<bool> Bool>
-    void addParam(std::string key, Bool value) {
-        addParam(std::move(key), std::string(value ? "true" : "false"));
+    void addParam(std::string_view key, Bool value) {
+        addParam(key, std::string_view(value ? "true" : "false"));
     }
 
     bool hasParam(std::string_view key) const;
@@ -88,11 +90,9 @@ class Telegram {
     // TCPBuffer throws: RuntimeError for a telegram that is too large, NetError for a failure of
     // the socket.
 
-    // Waits for a telegram. False at the end of the stream: `isClosed` is true from then on, and
-    // the telegram is empty. Throws ParseError as `parse`.
+    // Waits for a telegram. False at the end of the stream: `closed` is true from then on, and the
+    // telegram is empty. Throws ParseError as `parse`.
     bool receive();
-
-    bool isClosed() const { return closed; }
 
     // Sends this telegram.
     void send();
@@ -110,9 +110,11 @@ class Telegram {
 
   private:
     net::TCPBuffer& connection() const;
+    // The number of bytes that `serialize` gives, and these bytes, laid to where there is room.
+    std::size_t textSize() const;
+    void writeText(char* target) const;
 
     net::TCPBuffer* buffer;
-    bool closed = false;
 };
 
 }  // namespace vek::log

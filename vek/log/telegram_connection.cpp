@@ -35,11 +35,12 @@ bool Telegram::receive() {
 
 void Telegram::send() {
     net::TCPBuffer& stream = connection();
-    std::string text;
-    serialize(text);
-    // What has no room isn't copied, and commit refuses the whole.
-    text.copy(stream.sendPayload(), stream.maxPayload());
-    stream.commit(static_cast<std::uint32_t>(text.size()));
+    const std::size_t size = textSize();
+    // What has no room isn't written, and commit refuses it.
+    if (size <= stream.maxPayload()) {
+        writeText(stream.sendPayload());
+    }
+    stream.commit(static_cast<std::uint32_t>(size));
 }
 
 void Telegram::sendAck() {

@@ -121,6 +121,21 @@ TEST_F(ConfiguratorService, GroupOfTheProcessWinsOverTheDefaultsInTheWait) {
     EXPECT_EQ(program->errorText(), "");
 }
 
+TEST_F(ConfiguratorService, SavesItselfForAClientWhichLearnsOfAFailureInOneReply) {
+    start("defaults = { " + discoveryAddress() + " };");
+    const std::uint16_t port = portAt(address);
+    ASSERT_NE(port, 0);
+    ServiceClient client(port);
+    EXPECT_EQ(client.ask("change-scope:a=DEBUG"), "change-scope:ack");
+    EXPECT_EQ(client.ask("persist-config:what=ever"), "persist-config:ack");
+    const std::string file = root + "\\logging.conf";
+    EXPECT_NE(support::readFile(file).find("a = \"DEBUG\""), std::string::npos)
+        << support::readFile(file);
+    ASSERT_NE(DeleteFileA(file.c_str()), 0);
+    EXPECT_EQ(client.ask("persist-config:"), "persist-config:error=FileIOException");
+    EXPECT_EQ(client.ask("get-default-scope:"), "default-scope:scope=WARN");
+}
+
 TEST_F(ConfiguratorService, ListensWhereTheFileSays) {
     start("defaults = { listen_addr = \"127.0.0.2\"; " + discoveryAddress() + " };");
     const std::uint16_t port = portAt(address);

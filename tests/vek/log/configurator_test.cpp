@@ -102,4 +102,16 @@ TEST_F(ConfiguratorTest, GivesNewLoggersALevelOfSixAsItStands) {
     EXPECT_TRUE(made->usesDefault());
 }
 
+TEST_F(ConfiguratorTest, IsForgottenWhenItsManagerShutsDown) {
+    Configurator configurator(nullptr);
+    configurator.setLoggerLevel("x", TRACE);
+    Manager own;
+    own.setConfigurator(&configurator);
+    EXPECT_EQ(own.getLogger("x")->level(), TRACE);
+    EXPECT_FALSE(own.getLogger("x")->usesDefault());
+    own.start();
+    own.shutdown();
+    EXPECT_EQ(own.getLogger("x")->level(), INFO);
+}
+
 }  // namespace

@@ -80,6 +80,34 @@ TEST(ManagerLife, ShutdownDropsLoggersAndDestroysSinks) {
     EXPECT_TRUE(manager.withSinks([](const auto& sinks, std::uint32_t) { return sinks.empty(); }));
 }
 
+// Tells of its end.
+class EndingSink : public Sink {
+  public:
+    EndingSink(std::string name, std::string& toTell)
+        : Sink(config), ownName(std::move(name)), ends(toTell) {}
+    ~EndingSink() override { ends += ownName; }
+    int type() const override { return sinkStdout; }
+    using Sink::store;
+    void store(const Message& /*message*/) override {}
+    std::string id() const override { return ownName; }
+
+  private:
+    const SinkConfig config;
+    const std::string ownName;
+    std::string& ends;
+};
+
+TEST(ManagerLife, ShutdownDestroysSinksInTheOrderOfAdding) {
+    Manager manager;
+    std::string ends;
+    for (const char* const name : {"c", "a", "b"}) {
+        manager.addSink(new EndingSink(name, ends));
+    }
+    manager.start();
+    manager.shutdown();
+    EXPECT_EQ(ends, "cab");
+}
+
 TEST(ManagerLife, ShutdownTwiceIsHarmless) {
     Manager manager;
     manager.start();

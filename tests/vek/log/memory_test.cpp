@@ -1,5 +1,6 @@
 // What messages cost in memory, and what happens when there is none.
 #include <climits>
+#include <cstdarg>
 #include <new>
 
 #include <gtest/gtest.h>
@@ -130,11 +131,20 @@ TEST_F(Memory, StatementWithoutMemoryForTheMessageThrowsAndReleasesTheLogger) {
     std::thread([&] { VEK_LOG(unnamed, INFO, "goes on"); }).join();
 }
 
+// As a caller with a "..." of its own.
+void logByList(Logger& logger, const char* pattern, ...) {
+    std::va_list arguments;
+    va_start(arguments, pattern);
+    logger.logfv(INFO, pattern, arguments);
+    va_end(arguments);
+}
+
 TEST_F(Memory, LogfWithoutMemoryLosesTheStatementInSilence) {
     vek_test::LogCapture capture(manager);
     {
         const Limit limit = withoutMessages();
         unnamed.logf(INFO, "%s", "lost");
+        logByList(unnamed, "%s", "lost");
     }
     for (int count = 0; count < 2; ++count) {
         const Limit limit(count);

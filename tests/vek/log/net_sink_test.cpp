@@ -117,6 +117,18 @@ TEST_F(Streaming, TextArrivesUnchanged) {
     EXPECT_EQ(client->receive(), "message:agent=demo\x1Fmsg" + emptyTail);
 }
 
+TEST_F(Streaming, SinkHasNoSettingsOfItsOwnAndTakesEveryLevel) {
+    const auto client = streamingClient();
+    const log::SinkConfig config = manager.withSinks(
+        [](const auto& sinks, std::uint32_t) { return sinks.front()->getConfig(); });
+    EXPECT_FALSE(config.enabled);
+    EXPECT_FALSE(config.print_pids);
+    EXPECT_FALSE(config.print_tids);
+    EXPECT_FALSE(config.print_time);
+    EXPECT_EQ(config.max_level, log::INVALID);
+    EXPECT_TRUE(config.format.empty());
+}
+
 TEST_F(Streaming, NothingOfThePastIsTold) {
     const vek_test::LogCapture capture(manager);
     logger.emit(log::WARN, "before");
@@ -459,6 +471,18 @@ TEST_F(NetSinkAlone, DestructorEndsTheConnectionAndToleratesOneThatHasEnded) {
     socket->close();
     sink.reset();
     EXPECT_EQ(errors.text(), "");
+}
+
+TEST_F(NetSinkAlone, DestructorEndsTheConnectionAlsoForOtherHandlesOfIt) {
+    auto sink = makeSink();
+    HANDLE other = nullptr;
+    ASSERT_NE(
+        DuplicateHandle(GetCurrentProcess(), reinterpret_cast<HANDLE>(watched->nativeHandle()),
+                        GetCurrentProcess(), &other, 0, FALSE, DUPLICATE_SAME_ACCESS),
+        0);
+    sink.reset();
+    EXPECT_EQ(connection.client.readExactly(1), "");
+    CloseHandle(other);
 }
 
 TEST_F(NetSinkAlone, SocketThatCanNotBeSetUpIsClosedAndTheFailureTold) {

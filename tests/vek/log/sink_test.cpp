@@ -98,6 +98,21 @@ TEST(Sink, GivesItsOwnSettings) {
     EXPECT_TRUE(sink.getConfig().enabled);
 }
 
+TEST(Sink, MayNameItsSettingsByPointer) {
+    class PointedSink : public Sink {
+      public:
+        PointedSink() : Sink(&config) {}
+        int type() const override { return sinkStdout; }
+        using Sink::store;
+        void store(const Message& /*message*/) override {}
+        std::string id() const override { return "pointed"; }
+
+        SinkConfig config;
+    };
+    const PointedSink sink;
+    EXPECT_EQ(&sink.getConfig(), &sink.config);
+}
+
 TEST(Sink, IsDestroyedThroughItsBase) {
     bool destroyed = false;
     const Sink* const sink = new LineSink(SinkConfig(), &destroyed);

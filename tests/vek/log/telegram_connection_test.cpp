@@ -85,7 +85,7 @@ TEST_F(TelegramConnection, ReceivingReplacesWhatWasThere) {
     EXPECT_TRUE(telegram.receive());
     EXPECT_EQ(telegram.type, "newer");
     EXPECT_TRUE(telegram.params.empty());
-    EXPECT_FALSE(telegram.isClosed());
+    EXPECT_FALSE(telegram.closed);
 }
 
 TEST_F(TelegramConnection, ReceivingBlocksUntilTheWholeFrameIsThere) {
@@ -106,7 +106,7 @@ TEST_F(TelegramConnection, EndOfTheStreamClosesAnEmptyTelegram) {
     client.writeAll(frame("cut:off").substr(0, 6));
     client.shutdown(true, false);
     EXPECT_FALSE(telegram.receive());
-    EXPECT_TRUE(telegram.isClosed());
+    EXPECT_TRUE(telegram.closed);
     EXPECT_EQ(telegram.type, "");
     EXPECT_TRUE(telegram.params.empty());
 }
@@ -117,7 +117,7 @@ TEST_F(TelegramConnection, TextThatIsNoTelegramIsAnErrorAndTheNextOneIsReceived)
     EXPECT_EQ(textThrownBy<Telegram::ParseError>([&] { telegram.receive(); }),
               "ParseError: Missing separator ':' in \"no colon\"");
     EXPECT_EQ(telegram.type, "");
-    EXPECT_FALSE(telegram.isClosed());
+    EXPECT_FALSE(telegram.closed);
     EXPECT_TRUE(telegram.receive());
     EXPECT_EQ(telegram.type, "x");
 }
@@ -129,7 +129,7 @@ TEST_F(TelegramConnection, LargestTelegramIsReceivedAndALargerOneIsAnError) {
     EXPECT_EQ(textThrownBy<vek::RuntimeError>([&] { telegram.receive(); }),
               "TCPBuffer received a message that is longer than can ever be received: buffer size "
               "= 1024, encountered size = 1021");
-    EXPECT_FALSE(telegram.isClosed());
+    EXPECT_FALSE(telegram.closed);
 }
 
 TEST_F(TelegramConnection, LargestTelegramIsSentAndALargerOneIsAnError) {

@@ -52,7 +52,7 @@ TEST(Telegram, IsEmptyAtFirst) {
     const Telegram telegram;
     EXPECT_EQ(telegram.type, "");
     EXPECT_TRUE(telegram.params.empty());
-    EXPECT_FALSE(telegram.isClosed());
+    EXPECT_FALSE(telegram.closed);
     EXPECT_EQ(textOf(telegram), ":");
 }
 
@@ -278,7 +278,7 @@ TEST_P(NoTelegram, IsAParseErrorThatHoldsTheWholeText) {
               "ParseError: Missing separator ':' in \"" + GetParam() + "\"");
     EXPECT_EQ(telegram.type, "");
     EXPECT_TRUE(telegram.params.empty());
-    EXPECT_FALSE(telegram.isClosed());
+    EXPECT_FALSE(telegram.closed);
 }
 
 INSTANTIATE_TEST_SUITE_P(, NoTelegram,
@@ -467,6 +467,50 @@ TEST(TelegramParam, ErasingRemovesAllOfAKey) {
     telegram.clearParams();
     EXPECT_EQ(textOf(telegram), "x:");
     EXPECT_EQ(telegram.type, "x");
+}
+
+TEST(TelegramParam, OnesThatWereRemovedLeaveNothingBehind) {
+    Telegram telegram;
+    telegram.parse(
+        "t:a=a long value that has memory of its own\x1F"
+        "b=2\x1F"
+        "c=3\x1F"
+        "d=4");
+    EXPECT_EQ(telegram.eraseParam("b"), 1u);
+    EXPECT_EQ(textOf(telegram),
+              "t:a=a long value that has memory of its own\x1F"
+              "c=3\x1F"
+              "d=4");
+    EXPECT_FALSE(telegram.hasParam("b"));
+    telegram.addParam("bb", "");
+    EXPECT_EQ(textOf(telegram),
+              "t:a=a long value that has memory of its own\x1F"
+              "bb\x1F"
+              "c=3\x1F"
+              "d=4");
+    telegram.clearParams();
+    EXPECT_TRUE(telegram.params.empty());
+    EXPECT_EQ(telegram.params, Telegram().params);
+    EXPECT_EQ(textOf(telegram), "t:");
+    telegram.addParam("z", "");
+    telegram.addParam("a", true);
+    EXPECT_EQ(textOf(telegram), "t:a=true\x1Fz");
+    EXPECT_EQ(telegram.params.size(), 2u);
+    Telegram other;
+    other.addParam("z", "");
+    EXPECT_NE(telegram.params, other.params);
+    other.addParam("a", "true");
+    EXPECT_EQ(telegram.params, other.params);
+}
+
+TEST(TelegramParam, MayBeMadeOfAnother) {
+    Telegram telegram;
+    telegram.addParam("k", std::string(100, 'v'));
+    for (int i = 0; i < 100; ++i) {
+        telegram.addParam(telegram.params.begin()->second, telegram.param("k"));
+    }
+    EXPECT_EQ(telegram.paramValues(std::string(100, 'v')),
+              std::vector<std::string>(100, std::string(100, 'v')));
 }
 
 TEST(TelegramParam, CopyIsATelegramOfItsOwn) {

@@ -1,9 +1,7 @@
 #include "vek/net/tcp_socket.h"
 
-#include <fstream>
-#include <sstream>
-
 #include "tests/support/open_handles.h"
+#include "tests/vek/net/host_timers.h"
 #include "tests/vek/net/loopback.h"
 
 namespace {
@@ -106,28 +104,8 @@ TEST_F(TCPSocketTest, KeepAliveTimesTurnTheAskingOn) {
               10038u);
 }
 
-// The timer of the connection between the two ports, as the host system's list of connections
-// tells: "02:" and the time in hexadecimal hundredths of a second for the one that asks a silent
-// peer.
-std::string timerOf(std::ifstream& list, std::uint16_t port, std::uint16_t peerPort) {
-    char ends[64];
-    std::snprintf(ends, sizeof ends, "0100007F:%04X 0100007F:%04X", port, peerPort);
-    for (std::string line; std::getline(list, line);) {
-        if (line.find(ends) != std::string::npos) {
-            std::istringstream fields(line);
-            std::string timer;
-            for (int i = 0; i < 6; ++i) {
-                fields >> timer;
-            }
-            return timer;
-        }
-    }
-    return "";
-}
-
 TEST_F(TCPSocketTest, SilentPeerIsAskedAfterTheIdleTime) {
-    std::ifstream list("Z:\\proc\\net\\tcp");
-    if (!list) {
+    if (!hostTellsTimers()) {
         GTEST_SKIP() << "the host system doesn't tell";
     }
     const Connection<> connection;
@@ -137,11 +115,9 @@ TEST_F(TCPSocketTest, SilentPeerIsAskedAfterTheIdleTime) {
     IP4Address peer;
     connection.server->localAddress(own);
     connection.server->peerAddress(peer);
-    const std::string timer = timerOf(list, own.port(), peer.port());
-    ASSERT_EQ(timer.substr(0, 3), "02:");
-    const unsigned long hundredths = std::stoul(timer.substr(3), nullptr, 16);
-    EXPECT_GT(hundredths, 100u);
-    EXPECT_LE(hundredths, 510u);
+    const long hundredths = keepAliveTimer(own.port(), peer.port());
+    EXPECT_GT(hundredths, 100);
+    EXPECT_LE(hundredths, 510);
 }
 
 }  // namespace
