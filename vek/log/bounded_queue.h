@@ -46,11 +46,12 @@ class BoundedQueue : public NoCopy {
         return element;
     }
 
-    // Destroys all elements. Who waits for room is not woken.
+    // Destroys all elements, and lets those go on who wait for room.
     void clear() {
         std::deque<Element> dropped;
         const std::lock_guard<QueueLock> guard(lock);
         dropped.swap(elements);
+        lock.wakeAll(QueueLock::notFull);
     }
 
   private:

@@ -177,6 +177,8 @@ void Manager::shutdown() {
     }
     thread.join();
     dropAll();
+    // Those who filled the queue ahead of that wait behind the stop mark, for nobody.
+    queue.clear();
 }
 
 // What `shutdown` does once the worker is gone.

@@ -122,7 +122,8 @@ class Manager : public thread::Runnable, public NoCopy {
     //
     // A Logger isn't to be used from here on. Threads that log nevertheless do no harm, though: the
     // loggers are set to OFF once the end of the queue is marked, so that new statements don't
-    // pass, and live as long as the manager does, for those that have passed already.
+    // pass, and live as long as the manager does, for those that have passed already. Messages that
+    // stand behind the mark are destroyed unseen, so that nobody waits behind them.
     void shutdown();
 
     // Whose levels new loggers get; null for nobody. Not owned; forgotten at `shutdown`.

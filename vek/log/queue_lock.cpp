@@ -91,4 +91,10 @@ void QueueLock::wakeOne(Condition condition) {
     }
 }
 
+void QueueLock::wakeAll(Condition condition) {
+    while (woken[condition] != waiters[condition]) {
+        wakeOne(condition);
+    }
+}
+
 }  // namespace vek::log

@@ -33,6 +33,9 @@ class QueueLock : public NoCopy {
     // be called with the mutex held.
     void wakeOne(Condition condition);
 
+    // The same for all of them.
+    void wakeAll(Condition condition);
+
   private:
     void leave(Condition condition);
 

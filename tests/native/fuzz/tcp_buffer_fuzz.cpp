@@ -106,7 +106,7 @@ void checkTelegrams(const std::vector<std::string>& texts,
         require(telegram.type == original.type && telegram.params == original.params,
                 "a telegram arrives as it was sent");
     }
-    require(!telegram.receive() && telegram.isClosed(), "nothing else arrives");
+    require(!telegram.receive() && telegram.closed, "nothing else arrives");
 }
 
 }  // namespace

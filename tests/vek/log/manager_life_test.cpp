@@ -269,6 +269,30 @@ TEST_F(BackPressure, ShutdownWithAFullQueueWaitsItsTurnAndLosesNothing) {
     EXPECT_EQ(capture.texts().back(), "last");
 }
 
+TEST_F(BackPressure, ThreadThatHasFilledTheQueueBehindTheStopMarkIsLetGo) {
+    Manager manager;
+    Door door;
+    LogCapture capture(manager, INVALID, [&](const Message&) { door.pass(); });
+    Logger& logger = *manager.getLogger("x");
+    logger.emit(INFO, "first");
+    manager.start();
+    // The sink is busy, so the loggers can't be turned off behind the mark yet.
+    ScopedThread stopper([&] { manager.shutdown(); });
+    Sleep(200);
+    const unsigned before = sleepCount();
+    std::atomic<bool> returned = false;
+    ScopedThread producer([&] {
+        for (std::size_t i = 0; i <= Manager::queueCapacity; ++i) {
+            logger.emit(INFO, "late");
+        }
+        returned = true;
+    });
+    ASSERT_TRUE(vek_test::becomesTrue([&] { return sleepCount() > before; }));
+    door.open();
+    stopper.join();
+    EXPECT_TRUE(vek_test::becomesTrue([&] { return returned.load(); }));
+}
+
 TEST_F(BackPressure, WorkerThatHasDiedLeavesTheQueueToFillUp) {
     Manager manager;
     std::atomic<bool> failed = false;
