@@ -3,6 +3,7 @@
 
 #include "tests/support/console_fixture.h"
 #include "tests/support/files.h"
+#include "tests/tools/log_application/output_pipe.h"
 #include "tests/tools/log_application/tool_test.h"
 
 namespace {
@@ -87,33 +88,22 @@ TEST_F(CtrlC, EndsTheWaitForAnAnswer) {
 }
 
 TEST_F(CtrlC, TheSecondTimeEndsTheProgramThoughItsOutputTakesNothing) {
-    constexpr DWORD roomBytes = 4096;
     ScriptedServer server([](Peer& peer) {
         peer.request();
-        for (DWORD i = 0; i < 4 * roomBytes; ++i) {
+        for (DWORD i = 0; i < 4 * OutputPipe::roomBytes; ++i) {
             peer.sendFrame(messageTelegram("message"));
         }
         peer.waitForEnd();
     });
-    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    HANDLE readEnd = nullptr;
-    HANDLE writeEnd = nullptr;
-    ASSERT_NE(CreatePipe(&readEnd, &writeEnd, &inherited, roomBytes), 0);
-    {
-        ToolRun run("tail --output raw " + server.connect(), "", writeEnd);
-        CloseHandle(writeEnd);
-        const auto waiting = [readEnd] {
-            DWORD size = 0;
-            PeekNamedPipe(readEnd, nullptr, 0, nullptr, &size, nullptr);
-            return size;
-        };
-        EXPECT_TRUE(support::waitUntil([&] { return waiting() >= roomBytes; }, ToolRun::limitMs));
-        press();
-        EXPECT_EQ(run.wait(2000), static_cast<DWORD>(STILL_ACTIVE));
-        press();
-        EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
-    }
-    CloseHandle(readEnd);
+    OutputPipe pipe;
+    ToolRun run("tail --output raw " + server.connect(), "", pipe.output());
+    pipe.closeWriteEnd();
+    EXPECT_TRUE(support::waitUntil([&pipe] { return pipe.waiting() >= OutputPipe::roomBytes; },
+                                   ToolRun::limitMs));
+    press();
+    EXPECT_EQ(run.wait(2000), static_cast<DWORD>(STILL_ACTIVE));
+    press();
+    EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
 }
 
 class TailOnAConsole : public support::ConsoleTest {

@@ -1,5 +1,6 @@
 // log_application tail, on real processes.
 #include "tests/support/files.h"
+#include "tests/tools/log_application/output_pipe.h"
 #include "tests/tools/log_application/tool_test.h"
 #include "vek/base/text.h"
 
@@ -104,17 +105,12 @@ TEST_F(FollowTest, WaitsForAProcessAndFollowsTheNextOneOfItsName) {
 TEST_F(FollowTest, NeverStallsTheProcessThatItFollows) {
     // Far more than the sockets and the process's queue hold, into an output that takes nothing.
     ServiceProcess burst("burst 60000", "burst", "", untilFollowed);
-    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    HANDLE readEnd = nullptr;
-    HANDLE writeEnd = nullptr;
-    ASSERT_NE(CreatePipe(&readEnd, &writeEnd, &inherited, 4096), 0);
-    SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
+    OutputPipe pipe;
     {
-        ToolRun run("tail --buffer 100 " + burst.connect(), "", writeEnd);
-        CloseHandle(writeEnd);
+        ToolRun run("tail --buffer 100 " + burst.connect(), "", pipe.output());
+        pipe.closeWriteEnd();
         EXPECT_EQ(burst.process().wait(), 0u);
     }
-    CloseHandle(readEnd);
 }
 
 }  // namespace

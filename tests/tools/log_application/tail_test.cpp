@@ -2,6 +2,7 @@
 #include <atomic>
 
 #include "tests/support/files.h"
+#include "tests/tools/log_application/output_pipe.h"
 #include "tests/tools/log_application/tool_test.h"
 
 namespace {
@@ -201,20 +202,11 @@ TEST_F(TailTest, SaysHowManyLinesItHadToDrop) {
         }
     });
     // A pipe that nobody empties for a while is a slow terminal.
-    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    HANDLE readEnd = nullptr;
-    HANDLE writeEnd = nullptr;
-    ASSERT_NE(CreatePipe(&readEnd, &writeEnd, &inherited, 4096), 0);
-    SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
-    ToolRun run("tail --output raw --buffer 100 " + server.connect(), "", writeEnd);
-    CloseHandle(writeEnd);
+    OutputPipe pipe;
+    ToolRun run("tail --output raw --buffer 100 " + server.connect(), "", pipe.output());
+    pipe.closeWriteEnd();
     Sleep(3000);
-    std::string output;
-    char room[4096];
-    for (DWORD size = 0; ReadFile(readEnd, room, sizeof room, &size, nullptr) != 0 && size != 0;) {
-        output.append(room, size);
-    }
-    CloseHandle(readEnd);
+    const std::string output = pipe.readAll();
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
     const std::string errors = run.errors();
     std::size_t dropped = 0;
@@ -236,14 +228,10 @@ TEST_F(TailTest, ALostOutputEndsIt) {
             Sleep(10);
         }
     });
-    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    HANDLE readEnd = nullptr;
-    HANDLE writeEnd = nullptr;
-    ASSERT_NE(CreatePipe(&readEnd, &writeEnd, &inherited, 4096), 0);
-    SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
-    ToolRun run("tail --output raw " + server.connect(), "", writeEnd);
-    CloseHandle(writeEnd);
-    CloseHandle(readEnd);
+    OutputPipe pipe;
+    ToolRun run("tail --output raw " + server.connect(), "", pipe.output());
+    pipe.closeWriteEnd();
+    pipe.closeReadEnd();
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
     EXPECT_TRUE(holds(run.errors(), "The output can't be written.")) << run.errors();
 }
