@@ -16,12 +16,15 @@ namespace vek::test {
 class TwoVolumesTest : public TemporaryDirectoryTest {
   protected:
     TwoVolumesTest() {
-        char name[MAX_PATH] = {};
-        if (GetTempFileNameA("Z:\\dev\\shm", "vek", 0, name) == 0 || DeleteFileA(name) == 0 ||
-            CreateDirectoryA(name, nullptr) == 0) {
+        // Other tests make theirs at the same time, also those of other checkouts.
+        DWORD number = GetTickCount();
+        do {
+            otherRoot = "Z:\\dev\\shm\\vek" + std::to_string(number++);
+        } while (CreateDirectoryA(otherRoot.c_str(), nullptr) == 0 &&
+                 GetLastError() == ERROR_ALREADY_EXISTS);
+        if (!std::filesystem::is_directory(otherRoot)) {
             ADD_FAILURE() << "no second volume: error " << GetLastError();
         }
-        otherRoot = name;
     }
 
     ~TwoVolumesTest() override {
