@@ -8,6 +8,7 @@
 #include "tools/log_application/failure.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
+#include "vek/log/own_address.h"
 #include "vek/log/server.h"
 #include "vek/log/telegram.h"
 #include "vek/net/ip4_address.h"
@@ -59,24 +60,14 @@ void ask(vek::net::UDPSocket& socket, const std::vector<Endpoint>& places,
     }
 }
 
-// Whether `address` is one of this host.
-bool isLocal(vek::net::IP4Address address) {
-    address.setPort(0);
-    try {
-        vek::net::UDPSocket(false).bind(address);
-        return true;
-    } catch (const vek::NetError&) {
-        return false;
-    }
-}
-
 // Takes one answer, if there is one within `pollMs`.
 void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& found) {
     vek::net::IP4Address sender;
     try {
         const std::uint32_t size =
             socket.receiveFrom(room.data(), static_cast<std::uint32_t>(room.size()), sender);
-        found.add(std::string_view(room.data(), size), sender.toString(), isLocal(sender));
+        const std::string address = sender.toString();
+        found.add(std::string_view(room.data(), size), address, vek::log::isOwnAddress(address));
     } catch (const vek::NetError&) {
         // Nothing came, or the system tells that nobody listens at one of the places.
     }

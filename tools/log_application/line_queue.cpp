@@ -37,17 +37,10 @@ void LineQueue::add(Arrival arrival) {
     condition.wakeOne();
 }
 
-void LineQueue::wake() {
-    const vek::thread::ScopeGuard guard(condition);
-    woken = true;
-    condition.wakeOne();
-}
-
 std::vector<Arrival> LineQueue::take(const vek::time::MonotonicClock& deadline) {
     const vek::thread::ScopeGuard guard(condition);
-    while (arrivals.empty() && !woken && condition.waitUntil(deadline)) {
+    while (arrivals.empty() && condition.waitUntil(deadline)) {
     }
-    woken = false;
     messages = 0;
     bytes = 0;
     std::vector<Arrival> taken = std::exchange(arrivals, {});

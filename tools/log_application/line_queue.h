@@ -34,9 +34,6 @@ class LineQueue : public vek::NoCopy {
     // dropped stands where it would have been.
     std::vector<Arrival> take(const vek::time::MonotonicClock& deadline);
 
-    // Lets `take` return, now or next time, with what there is.
-    void wake();
-
   private:
     void add(Arrival arrival);
 
@@ -46,7 +43,6 @@ class LineQueue : public vek::NoCopy {
     std::size_t messages = 0;
     std::size_t bytes = 0;
     std::map<std::size_t, std::uint64_t> drops;
-    bool woken = false;
 };
 
 }  // namespace log_application
