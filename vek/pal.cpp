@@ -21,9 +21,8 @@ namespace {
 
 VekPal* currentPal = nullptr;
 
-// The objects that console control events are told to. The lock guards changes; the handler walks
-// the set without it, as a change during an event would be one by a program that is starting or
-// ending.
+// The objects that handle console control events. The lock guards changes; the handler reads the
+// set without it.
 std::mutex palObjectsLock;
 std::set<VekPal*> palObjects;
 bool consoleHandlerInstalled = false;
@@ -32,7 +31,7 @@ BOOL WINAPI consoleHandler(DWORD /*ctrlType*/) {
     for (VekPal* pal : palObjects) {
         pal->onQuit();
     }
-    // Handled, also with nobody to tell: the system's handler would end the process.
+    // Handled, even if the set is empty: the default handler would end the process.
     return TRUE;
 }
 

@@ -1,6 +1,6 @@
-// vek::VekPal: the object that a program makes first and destroys last. While it lives, the
-// framework's process-wide facilities stand ready: optional system functions, the null device, the
-// clocks, Winsock, console colours and the terminate handler.
+// vek::VekPal: starts and stops the framework. A program constructs it first and destroys it last.
+// While it exists the framework's process-wide facilities are ready: optional system functions, the
+// null device, the clocks, Winsock, console colours and the terminate handler.
 #pragma once
 
 #include <set>
@@ -13,17 +13,17 @@
 
 namespace vek {
 
-// Something that is told when the console asks the program to quit.
+// Notified when the console asks the program to quit.
 class VekPalInit {
   public:
-    // Runs on a thread that the system makes.
+    // Called on a thread that Windows creates for the event.
     virtual void onQuit() = 0;
 
   protected:
     ~VekPalInit() = default;
 };
 
-// Something that is told of a fork, on a system that has one.
+// Notified of a fork, on a system that has one; never called on Windows.
 class IForkHandler {
   public:
     virtual void afterFork() = 0;
@@ -34,37 +34,45 @@ class IForkHandler {
 
 class VekPal final : public VekPalInit, public NoCopy {
   public:
-    // Starts everything. With `handleQuit` this object takes part in the handling of console
-    // control events, as enableQuitHandling tells. The next two have no effect. `quitContext` is
-    // stored for the program and not read.
+    // Starts everything. With `handleQuit` this object handles console control events; see
+    // enableQuitHandling. The two ints have no effect. `quitContext` is stored and never read.
     //
     // Throws OsError if the console handler can't be installed, FsError if "nul" can't be opened,
-    // NetError if Winsock can't be started; everything is undone then. To be constructed once, on
-    // the thread that starts the process up, ahead of every other object of the framework.
+    // NetError if Winsock can't be started; everything is undone then. Construct it once, on the
+    // thread that starts the process up, before any other object of the framework.
     VekPal(bool handleQuit, int, int, void* quitContext);
 
-    // Stops what the constructor started, apart from the clocks and the terminate handler, and the
-    // shepherd of the child processes. With running children this takes until the next of them has
-    // ended, deliberately. On the thread that ends the process.
+    // Stops the shepherd of the child processes and everything that the constructor started, except
+    // the clocks and the terminate handler. While children are running this blocks until the next
+    // of them exits, deliberately. Destroy it on the thread that ends the process.
     ~VekPal();
 
-    // Tells each of the quit objects, in the order of their addresses. A vek::Exception ends the
-    // round and is reported on std::cerr. Safe from any thread.
+    // Calls onQuit of each quit object, in the order of their addresses. A vek::Exception ends the
+    // round and is reported on std::cerr. Thread-safe.
     void onQuit() override;
 
-    // From now on each console control event, of whatever type, calls `onQuit` of this object, and
-    // the system's own handling, which would end the program, is off. The objects are told on a
-    // thread of the system, which walks them without a lock, deliberately: none may be destroyed
-    // while an event is under way. Throws OsError. Stands on SetConsoleCtrlHandler.
+    // Installs a handler that calls this object's `onQuit` for every console control event,
+    // whatever its type, and reports the event as handled. The handler runs on a thread that
+    // Windows creates and reads the set of VekPal objects without a lock, deliberately: don't
+    // destroy one while an event is being handled. Calls SetConsoleCtrlHandler. Throws OsError.
+    //
+    // For Ctrl-C and Ctrl-Break the program goes on after that: it has to quit by itself. For the
+    // closing of the console window, a log-off and a shutdown it can't go on: Windows ends the
+    // process as soon as the handler has returned, or after a time-out of some seconds. Whatever
+    // must be done before the end has to be done in the quit objects.
+    //
+    // In a service, don't handle quit events: a service gets CTRL_LOGOFF_EVENT when any user logs
+    // off, and the handler, which doesn't look at the type, would make it quit.
     void enableQuitHandling();
 
-    // Adds an object for onQuit. It is not owned and must outlive this. Safe from any thread.
+    // Adds an object for onQuit. Not owned; it must outlive this object. Thread-safe, but blocks
+    // while onQuit runs, and throws OsError with code 1131 within it.
     void addQuitObject(VekPalInit& object);
 
-    // Does nothing: this system has no fork.
+    // Does nothing: Windows has no fork.
     void registerForkHandler(IForkHandler& handler);
 
-    // The object constructed last; null once any has been destroyed.
+    // Returns the object constructed last; null once any has been destroyed.
     static VekPal* current();
     static void setCurrent(VekPal* pal);
 

@@ -1,4 +1,4 @@
-// What console control events do to a program, on a real console.
+// Console control events, on a real console.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -11,10 +11,10 @@ namespace {
 
 using vek::VekPal;
 
-// An upper bound for what takes an instant.
+// Upper bound of each wait.
 constexpr DWORD limitMs = 20000;
 
-// Takes a console control event on the thread that the system makes for it.
+// Records a console control event and the thread that handles it.
 class Told {
   public:
     Told() : event(CreateEventA(nullptr, FALSE, FALSE, nullptr)) {}
@@ -22,7 +22,7 @@ class Told {
     Told(const Told&) = delete;
     Told& operator=(const Told&) = delete;
 
-    // For that thread.
+    // Called on the event's thread.
     void tell() {
         threadId = GetCurrentThreadId();
         DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &thread, 0,
@@ -30,8 +30,7 @@ class Told {
         SetEvent(event);
     }
 
-    // True once an event has come and its thread has ended, so that nothing of it is under way any
-    // more.
+    // Blocks until an event has come and its thread has ended. Returns false after limitMs.
     bool wait() {
         if (WaitForSingleObject(event, limitMs) != WAIT_OBJECT_0) {
             return false;
@@ -96,7 +95,7 @@ TEST(ConsoleEvents, CanBeHandledLaterThanAtTheStart) {
     EXPECT_TRUE(quitter.wasTold());
 }
 
-// Another handler, which is asked if the object's own is not there.
+// Another handler, which is called if VekPal's handler isn't installed.
 Told* othersTold = nullptr;
 
 BOOL WINAPI otherHandler(DWORD) {

@@ -133,8 +133,8 @@ class WaitingChild {
     vek::proc::Child child;
 };
 
-// Nothing tells that the shepherd has come to wait for a child. One that is stopped ahead of that
-// ends at once, without the child.
+// There is no way to see that the shepherd waits for a child. If it is stopped earlier it ends at
+// once, without the child.
 void letTheShepherdWait() {
     Sleep(500);
 }

@@ -1,18 +1,18 @@
-// vek::net::Address: a socket address in the form that the system's calls take.
+// vek::net::Address: a socket address in the form that the Winsock calls take.
 #pragma once
 
 #include <cstdint>
 
 namespace vek::net {
 
-// Plain values without a lock: for one thread at a time.
+// A plain value. Not thread-safe.
 class Address {
   public:
-    // Called by the socket layer before the system fills the address in: the place where an address
-    // of variable size would make room. Does nothing.
+    // Called by the socket layer before a system call fills the address. An address of variable
+    // size would make room here; these classes do nothing.
     virtual void prepare();
 
-    // The raw bytes, not owned: null for an address that is none, otherwise inside the object.
+    // The raw bytes, not owned: null for EmptyAddress, otherwise inside the object.
     void* sockaddr = nullptr;
 
     // The number of valid bytes at `sockaddr`.
@@ -31,8 +31,8 @@ class EmptyAddress final : public Address {
     constexpr EmptyAddress() = default;
 };
 
-// The argument that means no address; DataSocket::sendTo knows it by its identity. Stands ready
-// ahead of main.
+// The argument that means "no address". DataSocket::sendTo compares its address, not its value.
+// Initialised before main.
 extern const EmptyAddress emptyAddress;
 
 }  // namespace vek::net

@@ -6,13 +6,13 @@
 #include "vek/base/windows.h"
 #include "vek/exception.h"
 
-// Behind windows.h, which it needs.
+// Needs windows.h first.
 #include <ws2tcpip.h>
 
 namespace vek::net {
 
 std::string addressText(const AddressForm& form, const void* raw) {
-    // Large enough for each of the forms.
+    // Large enough for both forms.
     char text[80] = {};
     const std::size_t textSize = std::min(form.textSize, sizeof text);
     if (inet_ntop(form.family, static_cast<const char*>(raw) + form.offset, text, textSize) ==
@@ -23,8 +23,8 @@ std::string addressText(const AddressForm& form, const void* raw) {
 }
 
 void parseAddress(const AddressForm& form, const std::string& text, void* raw) {
-    // The system writes some addresses before it finds that the text goes on, so not to their
-    // place. It reads up to a zero byte, which is no part of an address either.
+    // inet_pton may write before it finds that the text is invalid, so it gets a buffer of its own.
+    // It stops at a zero byte, which is not part of an address either.
     char address[sizeof(in6_addr)];
     if (form.size > sizeof address || text.find('\0') != std::string::npos ||
         inet_pton(form.family, text.c_str(), address) != 1) {

@@ -1,4 +1,4 @@
-// Raw socket addresses as text and back; numbers only, no name is ever looked up.
+// Converts raw socket addresses to text and back. Numeric only: never looks up a name.
 #pragma once
 
 #include <cstddef>
@@ -7,29 +7,28 @@
 
 namespace vek::net {
 
-// The number of the NetError for an argument that isn't valid. This layer's own way of saying so:
-// the system doesn't give it.
+// The NetError code for an invalid argument. This layer's own number; Winsock never returns it.
 inline constexpr std::uint32_t invalidArgument = 22;
 
-// Where a kind of address stands in its raw bytes, and how long its text may be.
+// The layout of an address family in its raw bytes, and the length of its text.
 struct AddressForm {
-    int family;            // the system's number
+    int family;            // AF_INET or AF_INET6
     std::size_t offset;    // of the address in the raw bytes
     std::size_t size;      // of the address, in bytes
     std::size_t textSize;  // of the buffer for the text, in bytes
 };
 
 inline constexpr AddressForm ip4Form = {2, 4, 4, 22};
-// No socket of the framework is opened for this one.
+// No address class of the framework uses this one.
 inline constexpr AddressForm ip6Form = {23, 8, 16, 65};
 
-// The text of the address at `raw`, which is of the given form; without the port. Throws NetError
-// with `invalidArgument` if the system refuses. Stands on inet_ntop.
+// Returns the text of the address at `raw`, without the port. Calls inet_ntop. Throws NetError with
+// `invalidArgument` if that fails.
 std::string addressText(const AddressForm& form, const void* raw);
 
-// Writes the address that `text` names to its place in `raw`, and touches nothing else there.
-// Throws NetError with `invalidArgument` for any other text; `raw` then stays as it was. Stands on
-// inet_pton.
+// Parses `text` and writes the address into `raw`; other bytes of `raw` don't change. Calls
+// inet_pton. Throws NetError with `invalidArgument` if `text` is no numeric address; `raw` doesn't
+// change then.
 void parseAddress(const AddressForm& form, const std::string& text, void* raw);
 
 }  // namespace vek::net

@@ -9,7 +9,7 @@ namespace vek::net {
 
 namespace {
 
-// The header's message made ready for a call, for as long as this lives.
+// Fills the header's WSAMSG for a call, for the lifetime of this object.
 class SystemBuffers {
   public:
     explicit SystemBuffers(MessageHeader& prepared) : header(prepared) {
@@ -132,7 +132,7 @@ std::uint32_t DataSocket::sendMessage(const std::vector<MessageBuffer>& buffers,
                                       const Address& receiver) {
     MessageHeader header;
     header.buffers = buffers;
-    // Only read by this call.
+    // WSASendMsg only reads it.
     header.peer = &receiver == &emptyAddress ? nullptr : const_cast<Address*>(&receiver);
     return sendMessage(header);
 }

@@ -1,4 +1,4 @@
-// vek::net::DataSocket: a socket that data goes through.
+// vek::net::DataSocket: a socket that sends and receives data.
 #pragma once
 
 #include <cstdint>
@@ -12,46 +12,49 @@ namespace vek::net {
 struct MessageBuffer;
 struct MessageHeader;
 
-// Calls with a `size`, in bytes, throw NoNetwork for WSAENETDOWN and NetError for any other
-// failure. The system refuses a size beyond 2147483647.
+// Sizes are in bytes; Winsock refuses a size above 2147483647. Operations that take a `size` throw
+// NoNetwork for WSAENETDOWN and NetError for any other failure.
 class DataSocket : public IInOut, public Socket {
   public:
     using Socket::Socket;
 
-    // Waits for data. The result is the number of bytes received, 0 when the peer has closed. A
-    // datagram that is larger than `size` is lost and throws NetError. Stands on recvfrom.
+    // Blocks until data arrives. Returns the number of bytes received, or 0 once the peer has
+    // closed its side. For a datagram larger than `size` throws NetError (WSAEMSGSIZE); the
+    // datagram is lost. Calls recvfrom.
     std::uint32_t read(void* buffer, std::uint32_t size) override;
 
-    // A socket gathers nothing: it holds nothing back, and beginning and ending a batch do nothing.
+    // A socket doesn't buffer: `holdsBack` returns false, the other two do nothing.
     virtual bool holdsBack() const { return false; }
     virtual void beginBatch() {}
     virtual void endBatch() {}
 
-    // The result is the number of bytes sent, which may be fewer than `size`. Stands on sendto.
+    // Blocks while the send buffer is full. Returns the number of bytes sent, which may be fewer
+    // than `size`. Calls sendto.
     std::uint32_t write(const void* buffer, std::uint32_t size) override;
 
-    // As `read`, and stores the sender in `sender`, which has to have room for it and keeps its
-    // length.
+    // As `read`, and stores the sender's address in `sender`, which must have room for it. Doesn't
+    // change `sender.length`.
     std::uint32_t receiveFrom(void* buffer, std::uint32_t size, Address& sender);
 
-    // Sends to `receiver`; with `emptyAddress` to the peer of the connection. Stands on sendto.
+    // Sends to `receiver`, or to the connected peer if it is `emptyAddress`. Calls sendto.
     void sendTo(const void* buffer, std::uint32_t size, const Address& receiver);
 
-    // Receive one message into several buffers, which are filled one behind the other. The result
-    // is the number of bytes received. `peer`, which may be null, takes the sender and keeps its
-    // length. Throw UsageError if there is no buffer, and otherwise NetError for any failure. Stand
-    // on WSARecvMsg.
+    // Receive one message into several buffers, filled in order. Block until one arrives. Return
+    // the number of bytes received. `peer` may be null; otherwise it receives the sender's address
+    // and keeps its length. Call WSARecvMsg. Throw UsageError if there is no buffer, and NetError
+    // for every failure of the call.
     std::uint32_t receiveMessage(MessageHeader& header);
     std::uint32_t receiveMessage(const std::vector<MessageBuffer>& buffers);
     std::uint32_t receiveMessage(const std::vector<MessageBuffer>& buffers, Address* peer);
 
-    // Send several buffers as one message, to the peer of the connection or to `receiver`. The
-    // result is the number of bytes sent. Throw as the former. Stand on WSASendMsg.
+    // Send several buffers as one message, to the connected peer or to `receiver`. Return the
+    // number of bytes sent. Call WSASendMsg. Throw as receiveMessage.
     std::uint32_t sendMessage(const std::vector<MessageBuffer>& buffers);
     std::uint32_t sendMessage(const std::vector<MessageBuffer>& buffers, const Address& receiver);
 
   protected:
-    // What `read` and `receiveFrom` share. `sender` may be null; with `peek` the data stays.
+    // Implements `read` and `receiveFrom`. `sender` may be null; with `peek` the data stays in the
+    // receive queue.
     std::uint32_t receive(void* buffer, std::uint32_t size, Address* sender, bool peek);
 
   private:

@@ -6,10 +6,10 @@
 
 namespace vek::net {
 
-// A value that can be copied. `sockaddr` points to the object's own sockaddr_in of 16 bytes.
+// A copyable value. `sockaddr` points to the object's own sockaddr_in of 16 bytes.
 class IP4Address : public IPAddressBase {
   public:
-    // The wildcard address 0.0.0.0, without a port.
+    // The wildcard address 0.0.0.0 with port 0.
     IP4Address();
     IP4Address(const IP4Address& other);
     IP4Address& operator=(const IP4Address& other);
@@ -20,15 +20,15 @@ class IP4Address : public IPAddressBase {
     void fromString(const std::string& text) override;
     std::uint16_t port() const override;
 
-    // The port as it is stored, in network order.
+    // Returns the port as stored, in network byte order.
     std::uint16_t rawPort() const { return raw.sin_port; }
 
-    // Take the port in the machine's order, and in network order.
+    // Set the port, given in host byte order and in network byte order.
     void setPort(const std::uint16_t& port);
     void setRawPort(const std::uint16_t& port) { raw.sin_port = port; }
 
-    // Take the address in the machine's order, and in network order: 0x7F000001 is the loopback
-    // address for the former.
+    // Set the address, given in host byte order and in network byte order. setAddress(0x7F000001)
+    // sets the loopback address.
     void setAddress(std::uint32_t address);
     void setRawAddress(std::uint32_t address) { raw.sin_addr.s_addr = address; }
 

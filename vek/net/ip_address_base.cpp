@@ -22,7 +22,7 @@ bool IPAddressBase::tryFromString(const std::string& text) {
 std::ostream& operator<<(std::ostream& stream, const IPAddressBase& address) {
     std::string text = address.toString();
     if (address.port() != 0) {
-        // Made here, as the stream may be set to print numbers in another way.
+        // std::to_string, because the stream may have another number format.
         text += ':' + std::to_string(address.port());
     }
     return stream << text;

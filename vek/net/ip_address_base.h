@@ -1,4 +1,4 @@
-// vek::net::IPAddressBase: what the numeric IP addresses share.
+// vek::net::IPAddressBase: the base of the numeric IP addresses.
 #pragma once
 
 #include <cstdint>
@@ -13,20 +13,20 @@ class IPAddressBase : public Address {
   public:
     virtual ~IPAddressBase() = default;
 
-    // The address as text, without the port. Throws NetError with 22 if the system refuses. Stands
-    // on inet_ntop.
+    // Returns the address as text, without the port. Calls inet_ntop. Throws NetError with code 22
+    // if that fails.
     virtual std::string toString() const = 0;
 
-    // Takes the address from `text` and leaves the port alone. A host name is no address, nor is
-    // "localhost", nor one with a port behind it: for any such text throws NetError with 22, and
-    // the address stays as it was. Stands on inet_pton.
+    // Sets the address from `text`; the port doesn't change. Calls inet_pton. Throws NetError with
+    // code 22 for any other text, such as a host name, "localhost", or an address followed by a
+    // port; the address doesn't change then.
     virtual void fromString(const std::string& text) = 0;
 
-    // The port in the machine's order.
+    // Returns the port in host byte order.
     virtual std::uint16_t port() const = 0;
 
-    // As `fromString`, but gives false for a text that is no address. What `fromString` throws
-    // beside a NetError with 22 passes through.
+    // As `fromString`, but returns false where that throws NetError with code 22. Other exceptions
+    // pass through.
     bool tryFromString(const std::string& text);
 
   protected:
@@ -35,7 +35,7 @@ class IPAddressBase : public Address {
     IPAddressBase& operator=(const IPAddressBase&) = default;
 };
 
-// `toString()`, and, if there is a port, ":" and the port: "127.0.0.1:49733".
+// Writes `toString()` and, if the port isn't 0, ":" and the port: "127.0.0.1:49733".
 std::ostream& operator<<(std::ostream& stream, const IPAddressBase& address);
 
 }  // namespace vek::net

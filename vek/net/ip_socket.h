@@ -5,14 +5,14 @@
 
 namespace vek::net {
 
-// The system's numbers.
+// The values of AF_INET, AF_INET6, SOCK_STREAM and SOCK_DGRAM.
 inline constexpr int ip4Domain = 2;
 inline constexpr int ip6Domain = 23;
 inline constexpr int streamType = 1;
 inline constexpr int datagramType = 2;
 
-// `Base` is Socket or DataSocket, whose constructors these go to. An IPSocketT<DataSocket> of
-// `streamType` is what a TCP client connects.
+// `Base` is Socket or DataSocket; the constructors call its constructors. For a TCP client's socket
+// use IPSocketT<DataSocket> with `streamType`.
 template <class Base>
 class IPSocketT : public Base {
   public:

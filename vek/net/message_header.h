@@ -16,13 +16,13 @@ struct MessageBuffer {
 };
 
 struct MessageHeader {
-    // Filled by the call. Behind it the flags and the length of the control data stand here.
+    // Filled by the call; afterwards it holds the flags and the length of the control data.
     WSAMSG message = {};
-    // Where the message goes or came from; may be null. Not owned.
+    // The receiver or sender of the message; may be null. Not owned.
     Address* peer = nullptr;
-    // Not empty when the call is made.
+    // Must not be empty.
     std::vector<MessageBuffer> buffers;
-    // The area of the control data, not owned, and its size in bytes, which may be 0.
+    // The buffer for control data, not owned, and its size in bytes, which may be 0.
     void* control = nullptr;
     std::uint32_t controlLength = 0;
 };

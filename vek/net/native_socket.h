@@ -1,14 +1,14 @@
-// The system's socket handles, for headers that don't take the system's own along.
+// The type of socket handles, for headers that don't include the system's.
 #pragma once
 
 #include <cstdint>
 
 namespace vek::net {
 
-// The same type as the system's SOCKET.
+// The same type as SOCKET.
 using NativeSocket = std::uintptr_t;
 
-// The invalid handle: all bits set.
+// INVALID_SOCKET: all bits set.
 inline constexpr NativeSocket invalidSocket = ~NativeSocket{0};
 
 }  // namespace vek::net

@@ -44,7 +44,7 @@ bool selectUntil(SocketSet* reading, SocketSet* writing, SocketSet* errors, time
         if (ready != SOCKET_ERROR) {
             return ready > 0;
         }
-        // Looks in the C library's place for it, which the system's call doesn't fill. Deliberate.
+        // Deliberately checks errno, which select doesn't set.
         if (errno != WSAEINTR) {
             throw OsError(GetLastError());
         }

@@ -1,4 +1,4 @@
-// vek::net::Socket: the owner of a socket handle, and what all kinds of sockets can do.
+// vek::net::Socket: owns a socket handle; the operations of all kinds of sockets.
 #pragma once
 
 #include <cstdint>
@@ -10,46 +10,44 @@
 
 namespace vek::net {
 
-// Sockets block. Each operation is one system call and throws NetError with the number of its
-// failure, unless it says more. A socket is for one thread at a time, and must not be made before
-// Winsock has been started (winsock.h).
+// Sockets are blocking. Each operation makes one system call and throws NetError with its error
+// number, unless noted otherwise. Not thread-safe. Winsock must have been started (winsock.h).
 class Socket : public NoCopy {
   public:
-    // Takes the system's numbers. Throws PermissionError for WSAEACCES. Stands on socket.
+    // Calls socket with the three numbers. Throws PermissionError for WSAEACCES.
     Socket(int domain, int type, int protocol);
 
-    // Owns `adopted`, an open handle, from now on.
+    // Takes ownership of `adopted`, an open handle.
     explicit Socket(NativeSocket adopted) : handle(adopted) {}
 
-    // Closes the socket if it is open. A failure of that is reported on std::cerr.
+    // Closes the socket if it is open. A failure is reported on std::cerr.
     virtual ~Socket();
 
-    // The kind of socket; no system call.
+    // The kind of socket. No system call.
     virtual bool isOpen() const;
     virtual bool isDatagram() const;
     virtual bool isStream() const;
     virtual bool isReliable() const;
     virtual bool isLossy() const;
 
-    // The handle, still owned by this object; `invalidSocket` once closed.
+    // Returns the handle, still owned by this object; `invalidSocket` once closed.
     NativeSocket nativeHandle() const { return handle; }
 
-    // Closes. Afterwards the socket counts as closed in any case. Closing a closed one is a failure
-    // as any other. Stands on closesocket.
+    // Calls closesocket. The socket counts as closed afterwards even if this throws. Throws for a
+    // socket that is closed already.
     void close();
 
-    // Throws PermissionError for WSAEACCES, NoSuchAddress for WSAEADDRNOTAVAIL.
+    // Calls bind. Throws PermissionError for WSAEACCES, NoSuchAddress for WSAEADDRNOTAVAIL.
     void bind(const Address& address);
 
-    // Blocks until the peer has answered. Throws NoPeer for WSAECONNREFUSED.
+    // Calls connect; blocks until the peer has answered. Throws NoPeer for WSAECONNREFUSED.
     void connect(const Address& address);
 
-    // Ends one direction or both; with neither nothing is done.
+    // Calls shutdown for one direction or both; with neither does nothing.
     void shutdown(bool writeSide, bool readSide);
 
-    // The address that this socket is bound to, and that of the peer. `address` has to have room
-    // for it; its length falls to that of what the system gave. Stand on getsockname and
-    // getpeername.
+    // Store this socket's own address and the peer's. `address` must have room; its length is
+    // reduced to that of the result. Call getsockname and getpeername.
     void localAddress(Address& address) const;
     void peerAddress(Address& address) const;
 
@@ -57,25 +55,27 @@ class Socket : public NoCopy {
     void setKeepAlive(bool on);
     void setReuseAddress();
 
-    // Not known to this system: nothing is done.
+    // Windows has no such options: both do nothing.
     void setReusePort();
     void setTimeoutOption(bool on, std::int64_t value);
 
-    // The size in bytes of the system's buffer for sending, or otherwise that for receiving: with
-    // `get` it is stored in `value`, without it is set from there.
+    // Reads (with `get`) or sets the size in bytes of the system's send buffer (with `send`) or
+    // receive buffer, into or from `value`.
     void bufferSize(bool get, bool send, std::uint32_t& value);
 
-    // `length` is the size of `buffer` in bytes, and becomes that of the value.
+    // Call getsockopt and setsockopt. `length` is the size of `buffer` in bytes; getOption sets it
+    // to the size of the value.
     void getOption(int level, int name, void* buffer, std::int32_t& length) const;
     void setOption(int level, int name, const void* buffer, std::int32_t length);
 
-    // Waits until a socket of the sets is ready, and leaves those in the sets that are. Each set
-    // may be null. True if any is ready. Throws OsError; also if there is no socket to wait for.
+    // Calls select: blocks until a socket in the sets is ready, and removes those that aren't. Each
+    // set may be null. Returns true if any socket is ready. Throws OsError, also if all sets are
+    // empty or null.
     static bool select(SocketSet* reading, SocketSet* writing, SocketSet* errors);
 
-    // The same, but waits no longer than `timeout`, and then gives false. The whole thousands of
-    // `timeout` count as seconds, its remainder as microseconds: 1500 are 1 second and 500
-    // microseconds. This is deliberate.
+    // The same with a time-out, after which it returns false. `timeout` divided by 1000 gives
+    // seconds, and the remainder, deliberately unscaled, microseconds: 1500 is 1 second and 500
+    // microseconds.
     static bool select(SocketSet* reading, SocketSet* writing, SocketSet* errors,
                        std::int64_t timeout);
 

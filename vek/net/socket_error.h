@@ -1,19 +1,19 @@
-// Which exception tells of a failed socket call.
+// Maps the error number of a failed socket call to an exception class.
 #pragma once
 
 namespace vek::net {
 
-// The calls that have exceptions of their own for some error numbers.
+// The calls that have their own exception classes for some error numbers.
 enum class SocketCall {
     create,
     bind,
     connect,
-    transfer,  // reading and writing, but for the gather and scatter calls
-    other,     // all else: always NetError
+    transfer,  // recvfrom and sendto, not the gather and scatter calls
+    other,     // everything else: always NetError
 };
 
-// Throws what the last failed socket call of this thread, which was a `call`, is reported by. To be
-// called before anything else touches the system's last error.
+// Throws the exception for this thread's last failed socket call, which was a `call`. Call it
+// before anything else changes the thread's last error.
 [[noreturn]] void throwSocketError(SocketCall call);
 
 }  // namespace vek::net

@@ -1,4 +1,4 @@
-// vek::net::SocketHandle: an accepted connection on its way to the TCPSocket that takes it.
+// vek::net::SocketHandle: owns an accepted connection until a TCPSocket takes it.
 #pragma once
 
 #include "vek/base/no_copy.h"
@@ -6,19 +6,19 @@
 
 namespace vek::net {
 
-// For one thread at a time.
+// Not thread-safe.
 class SocketHandle : public NoCopy {
   public:
-    // Owns `adopted`, an open handle, until it is taken.
+    // Takes ownership of `adopted`, an open handle.
     explicit SocketHandle(NativeSocket adopted) : handle(adopted) {}
 
-    // Closes a handle that nobody has taken. A failure of that goes unnoticed.
+    // Closes the handle unless it was taken. Failures are ignored.
     ~SocketHandle();
 
-    // Whether the handle has been taken.
+    // Returns true once the handle has been taken.
     bool isReleased() const { return released; }
 
-    // Gives the handle up: it is the caller's. `invalidSocket` if it was taken before.
+    // Passes ownership of the handle to the caller. Returns `invalidSocket` if it was taken before.
     NativeSocket take();
 
   private:

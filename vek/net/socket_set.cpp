@@ -26,7 +26,7 @@ void SocketSet::add(NativeSocket handle) {
 }
 
 bool SocketSet::isSet(NativeSocket handle) const {
-    // The system takes it for writing, but only reads.
+    // __WSAFDIsSet takes a pointer to non-const but only reads.
     auto* const set = reinterpret_cast<fd_set*>(const_cast<std::uint32_t*>(&count));
     return __WSAFDIsSet(handle, set) != 0;
 }

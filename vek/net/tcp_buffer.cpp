@@ -104,7 +104,7 @@ const char* TCPBuffer::nextMessage(std::uint32_t& length) {
     }
 }
 
-// Takes a length if the next bytes are one and it is complete.
+// Consumes a length prefix if none is pending and all of its bytes are there.
 void TCPBuffer::readPrefix() {
     if (pendingLength == 0 && available() >= prefixSize) {
         for (std::uint32_t i = 0; i < prefixSize; ++i) {
@@ -115,7 +115,7 @@ void TCPBuffer::readPrefix() {
             readPos += prefixSize;
         }
     }
-    // A bad length stays, so that whoever asks again isn't given what stands where no frame begins.
+    // Kept, so that each later call throws too: the next bytes are not the start of a frame.
     if (pendingLength > maxMessageSize()) {
         throw RuntimeError(
             "TCPBuffer received a message that is longer than can ever be received: "

@@ -1,8 +1,7 @@
-// vek::net::TCPBuffer: whole messages over a byte stream.
+// vek::net::TCPBuffer: sends and receives whole messages over a byte stream.
 //
-// On the stream a message is a frame: the length of the payload in 4 bytes, most significant byte
-// first, and the payload. Nothing stands between two frames, and a length of 0 stands for no
-// message.
+// Each message is a frame: the length of the payload in 4 bytes, most significant byte first, then
+// the payload. There is nothing between two frames. A frame of length 0 carries no message.
 #pragma once
 
 #include <cstdint>
@@ -14,76 +13,80 @@ namespace vek::net {
 
 class DataSocket;
 
-// For one thread at a time. A message costs no allocation: both buffers are made once.
+// Not thread-safe. Both buffers are allocated once, so a message needs no allocation.
 class TCPBuffer : public NoCopy {
   public:
-    // The bytes of the length.
+    // The size of the length prefix in bytes.
     static constexpr std::uint32_t prefixSize = 4;
 
-    // What `byteOrder` says of the lengths that are sent.
+    // The values of `byteOrder`.
     static constexpr std::uint8_t bigEndian = 0;
     static constexpr std::uint8_t machineOrder = 1;
 
-    // `sendBufferSize` and `recvBufferSize` are in bytes, with the prefix. `stream` may be null and
-    // isn't owned. Throws UsageError for a size with no room for the prefix, and as setSocket.
+    // `sendBufferSize` and `recvBufferSize` are in bytes and include the prefix. `stream` may be
+    // null and isn't owned. Throws UsageError for a size below prefixSize, and as setSocket.
     TCPBuffer(std::uint32_t sendBufferSize, std::uint32_t recvBufferSize,
               DataSocket* stream = nullptr);
 
-    // Does nothing to the socket.
+    // Doesn't touch the socket.
     ~TCPBuffer() = default;
 
-    // Uses `stream`, which isn't owned and has to live as long as messages are taken or sent. May
-    // succeed once: throws RuntimeError for a socket that isn't a reliable one, and for any other
-    // if there is one already.
+    // Sets the socket, which isn't owned and must live as long as this sends or receives. Succeeds
+    // only once. Throws RuntimeError for a null or unreliable socket (such as a UDPSocket), and if
+    // a socket is set already.
     void setSocket(DataSocket* stream);
 
-    // Throws RuntimeError if there is none.
+    // Returns the socket. Throws RuntimeError if none is set.
     DataSocket* socket() const;
 
-    // Where the sender lays the payload, `maxPayload` bytes at most, ahead of `commit`.
+    // Where the caller writes the payload, at most `maxPayload` bytes, before `commit`.
     char* sendPayload() { return sendBuffer.get() + prefixSize; }
 
     // The largest payload that can be sent, in bytes.
     std::uint32_t maxPayload() const { return sendSize - prefixSize; }
 
-    // Sends what stands in the send buffer as a frame with a payload of `length` bytes, whole, and
-    // blocks as the socket does. The result is the number of bytes that the last call of the socket
-    // took. Throws RuntimeError, and has sent nothing, if that is more than `maxPayload` or there
-    // is no socket. Throws what the socket throws; part of the frame may be sent then, and the
-    // stream is good for nothing more.
+    // Sends the first `length` bytes of the payload area as one frame. Blocks until the whole frame
+    // has been passed to the socket. Returns the number of bytes sent by the last write of the
+    // socket. Throws RuntimeError and sends nothing if `length` exceeds `maxPayload` or no socket
+    // is set. Throws what the socket throws; part of the frame may have been sent then, and the
+    // stream can't be used any more.
     std::uint32_t commit(std::uint32_t length);
 
-    // Blocks until there is a whole frame, and gives its payload, which stands in the receive
-    // buffer and stays there until the next call; `length` is its size in bytes. An empty frame is
-    // never given.
+    // Blocks until a whole frame has arrived. Returns its payload, which points into the receive
+    // buffer and is valid until the next call, and stores its size in bytes in `length`. Empty
+    // frames are skipped.
     //
-    // At the end of the stream, also in the middle of a frame, the result is null and `length` 0.
-    // Throws RuntimeError if there is no socket, and for a frame of more than `maxMessageSize`: the
+    // Returns null, with `length` 0, at the end of the stream, also in the middle of a frame.
+    // Throws RuntimeError if no socket is set, and for a frame larger than `maxMessageSize`: the
     // stream can't be used any more, and each later call throws again. Throws what the socket
     // throws.
     //
-    // Behind an empty frame, deliberately, the socket is read before the bytes are looked at that
-    // are there already.
+    // After an empty frame the socket is read before the bytes that are already in the buffer are
+    // looked at, deliberately.
     const char* nextMessage(std::uint32_t& length);
 
-    // Whether a whole frame, other than an empty one, is there already. Doesn't touch the socket.
-    // Throws as `nextMessage` for a frame that is too large.
+    // Returns true if the next frame is complete in the buffer and not empty: `nextMessage` then
+    // returns it without reading the socket. If the next frame is empty this consumes it and
+    // returns false, even if a whole frame follows it: call it again if `available` has changed.
+    // Doesn't touch the socket. Throws as `nextMessage` for a frame that is too large.
     bool hasMessage();
 
     // The largest payload that can be received, in bytes.
     std::uint32_t maxMessageSize() const { return recvSize - prefixSize; }
 
-    // The number of bytes received and not yet taken.
+    // The number of received bytes that haven't been consumed. Excludes a length prefix that has
+    // been read already.
     std::uint32_t available() const { return writePos - readPos; }
 
-    // Forgets the bytes that are there, though not a length that was read already.
+    // Drops the bytes in the receive buffer, but keeps a length prefix that was read already:
+    // deliberately, the next bytes received count as that frame's payload.
     void reset();
 
-    // Moves the bytes that are there to the start of the receive buffer. The result is the number
-    // of bytes that they moved by.
+    // Moves the unconsumed bytes to the start of the receive buffer. Returns the distance in bytes.
+    // Invalidates the result of nextMessage.
     std::uint32_t compact();
 
-    // Of the lengths that are sent. Those received are always big-endian.
+    // The byte order of the prefixes sent. Those received are always big-endian.
     std::uint8_t byteOrder = bigEndian;
 
   private:
@@ -96,13 +99,13 @@ class TCPBuffer : public NoCopy {
     const std::uint32_t recvSize;
     const std::unique_ptr<char[]> sendBuffer;
     const std::unique_ptr<char[]> recvBuffer;
-    // The first byte not yet taken, and behind the last one received: readPos <= writePos <=
+    // The first unconsumed byte, and one past the last byte received: readPos <= writePos <=
     // recvSize.
     std::uint32_t readPos = 0;
     std::uint32_t writePos = 0;
-    // The length of a frame whose payload isn't complete; 0 where the next bytes are a length.
+    // The payload length of the frame whose prefix was consumed; 0 if the next bytes are a prefix.
     std::uint32_t pendingLength = 0;
-    // Where `commit` stores the length: the start of the send buffer.
+    // Where `commit` stores the prefix: the start of the send buffer.
     char* const header;
 };
 

@@ -1,4 +1,4 @@
-// vek::net::TCPListener: where TCP connections come in.
+// vek::net::TCPListener: accepts TCP connections.
 #pragma once
 
 #include "vek/net/ip_socket.h"
@@ -11,10 +11,11 @@ class TCPListener : public IPSocketT<Socket> {
   public:
     explicit TCPListener(bool ip6) : IPSocketT(ip6, streamType, 0) {}
 
-    // Lets up to about `backlog` connections wait for `accept`.
+    // Calls listen: up to about `backlog` connections may wait for `accept`.
     void listen(int backlog);
 
-    // Blocks until there is a connection, and gives it to the caller.
+    // Blocks until a client has connected. Returns the connection, owned by the caller. Calls
+    // accept.
     SocketHandle accept();
 };
 

@@ -6,7 +6,7 @@
 #include "vek/base/windows.h"
 #include "vek/net/socket_error.h"
 
-// Behind windows.h, which it needs.
+// Needs windows.h first.
 #include <mstcpip.h>
 
 namespace vek::net {

@@ -10,26 +10,26 @@
 
 namespace vek::net {
 
-// When a silent peer is asked whether it lives.
+// The timing of keep-alive probes to a silent peer.
 struct KeepAliveTimes {
     std::int64_t idleSeconds = 0;
     std::int64_t intervalSeconds = 0;
-    std::int32_t probes = 0;  // not taken by this system
+    std::int32_t probes = 0;  // has no effect on Windows
 };
 
-// What the system is told: that it is on, and both times in milliseconds. A time beyond its 32 bits
-// becomes the largest there is, a negative one 0.
+// Returns the input of SIO_KEEPALIVE_VALS: 1 for on, and both times in milliseconds. A time that
+// doesn't fit into 32 bits becomes 0xFFFFFFFF, a negative one 0.
 std::array<std::uint32_t, 3> keepAliveInput(const KeepAliveTimes& times);
 
 class TCPSocket : public IPSocketT<DataSocket> {
   public:
-    // Takes the handle of `accepted`.
+    // Takes ownership of the handle in `accepted`.
     explicit TCPSocket(SocketHandle&& accepted);
 
-    // Lets each write leave at once.
+    // Sets TCP_NODELAY: each write is sent at once.
     void setNoDelay();
 
-    // Turns the asking on, with these times. Stands on WSAIoctl with SIO_KEEPALIVE_VALS.
+    // Turns keep-alive probes on, with these times. Calls WSAIoctl with SIO_KEEPALIVE_VALS.
     void setKeepAliveTimes(const KeepAliveTimes& times);
 };
 

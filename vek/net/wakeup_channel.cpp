@@ -40,8 +40,8 @@ void WakeupChannel::drain() {
     try {
         reader.read(&byte, sizeof byte);
     } catch (const NetError& error) {
-        // A larger datagram isn't ours, but any program of this machine can send one. It is gone
-        // now, and must not end who waits here.
+        // A larger datagram isn't ours: any program on this machine can send one. It has been
+        // dropped and must not end the waiting thread.
         if (error.code() != WSAEMSGSIZE) {
             throw;
         }

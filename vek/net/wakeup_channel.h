@@ -1,4 +1,4 @@
-// vek::net::WakeupChannel: interrupts a select, which waits for sockets only.
+// vek::net::WakeupChannel: interrupts a select, which can wait for sockets only.
 #pragma once
 
 #include "vek/net/ip4_address.h"
@@ -7,34 +7,34 @@
 
 namespace vek::net {
 
-// Two datagram sockets on the loopback address. Any thread may notify, one at a time; the rest is
-// for the thread that selects. A datagram of another program that finds its way here counts as a
+// A pair of UDP sockets on the loopback address. Any thread may call `notify`, one at a time; only
+// the thread that calls select may call the rest. A datagram from another program counts as a
 // notification.
 class WakeupChannel : public NoCopy {
   public:
-    // Tells the constructor to bind nothing.
+    // Selects the constructor that doesn't bind.
     struct Unbound {};
 
-    // Binds the reading side to a port that the system chooses. Throws as Socket's operations.
+    // Binds the reading socket to a port that the system chooses. Throws as Socket's operations.
     WakeupChannel();
 
-    // The two sockets alone, without an address. Nothing can be sent yet.
+    // Creates the two sockets without an address. `notify` doesn't work yet.
     explicit WakeupChannel(Unbound);
 
-    // Lets the select on `set` return after a notification.
+    // Adds the reading socket to `set`, so that a select on it returns after a notification.
     void addTo(SocketSet& set) const;
 
-    // Sends one byte to the reading side. Touches the writing side only.
+    // Sends one byte to the reading socket. Uses the writing socket only.
     void notify();
 
-    // If the reading side is in `set`, the ready sockets of a select, takes one notification and
-    // gives true. Otherwise false.
+    // If the reading socket is in `set`, the result of a select, consumes one notification and
+    // returns true. Otherwise returns false.
     bool consume(SocketSet& set);
 
-    // Takes one notification; blocks until there is one.
+    // Consumes one notification; blocks until there is one.
     void drain();
 
-    // Where notifications go.
+    // The reading socket's address.
     const IP4Address& readerAddress() const { return address; }
 
   private:

@@ -8,7 +8,7 @@ namespace {
 
 LPFN_WSARECVMSG recvMsg = nullptr;
 
-// The system's error number, or 0 for success.
+// Returns the error number, or 0 for success.
 DWORD lookUpRecvMsg() {
     const SOCKET socket = ::socket(AF_INET, SOCK_DGRAM, 0);
     GUID function = WSAID_WSARECVMSG;

@@ -1,22 +1,22 @@
-// Starting and ending Winsock, and the one extension function of it that the framework uses.
+// Starts and stops Winsock, and looks up the extension function WSARecvMsg.
 #pragma once
 
 #include "vek/base/windows.h"
 
-// Behind windows.h, which it needs.
+// Needs windows.h first.
 #include <mswsock.h>
 
 namespace vek::net {
 
-// Starts Winsock 2.2 and looks WSARecvMsg up. Each call that returns owes one stopWinsock. Throws
-// NetError, and has stopped Winsock again then. Stands on WSAStartup and WSAIoctl. For the thread
-// that starts the process up.
+// Starts Winsock 2.2 and looks up WSARecvMsg. Calls WSAStartup and WSAIoctl. Call stopWinsock once
+// for each call that returned. Throws NetError; Winsock is stopped again then. Not thread-safe: for
+// the thread that starts the process up.
 void startWinsock();
 
-// Takes one startWinsock back. A failure goes unnoticed. Stands on WSACleanup.
+// Undoes one startWinsock. Calls WSACleanup. Failures are ignored.
 void stopWinsock();
 
-// Null until the first startWinsock has returned.
+// Returns WSARecvMsg, or null until the first startWinsock has returned.
 LPFN_WSARECVMSG recvMsgFunction();
 
 }  // namespace vek::net

@@ -15,7 +15,7 @@ namespace vek::proc {
 
 namespace {
 
-// The system ends a text at its first zero byte, so that one with a zero byte in it would be cut.
+// CreateProcessA would cut the text at its first zero byte.
 void refuseZeroByte(const std::string& text) {
     if (text.find('\0') != std::string::npos) {
         throw OsError(ERROR_INVALID_PARAMETER);
@@ -28,7 +28,7 @@ void refuseZeroBytes(const std::vector<std::string>& texts) {
     }
 }
 
-// An empty entry would end the block.
+// An empty entry would end the environment block.
 void refuseEmpty(const std::vector<std::string>& entries) {
     for (const std::string& entry : entries) {
         if (entry.empty()) {
@@ -116,7 +116,7 @@ void Child::wait(ExitStatus& status, bool limited, const std::int64_t* timeoutMs
         collect(status, limited ? timeoutMs : nullptr);
     } catch (...) {
         if (Shepherd* const shepherd = currentShepherd()) {
-            // The handle that it is watched by is closed next.
+            // The shepherd must not wait on a closed handle.
             shepherd->forget(process);
         }
         releaseProcess();
@@ -138,7 +138,7 @@ void Child::collect(ExitStatus& status, const std::int64_t* timeoutMs) {
     }
 }
 
-// Closes both handles, if there are any. The result is the number of a failure, or 0.
+// Closes both handles, if any. Returns the error number of the last failure, or 0.
 DWORD Child::releaseProcess() {
     DWORD error = ERROR_SUCCESS;
     const PROCESS_INFORMATION closing = std::exchange(process, noProcess());
@@ -222,7 +222,7 @@ ExitStatus Child::execute(const std::string& program,
     try {
         child.start();
     } catch (...) {
-        // Nobody else could close the handles of a child that runs unwatched.
+        // The child may exist although `start` failed. Nobody else could close its handles.
         child.releaseProcess();
         throw;
     }

@@ -1,4 +1,4 @@
-// vek::proc::Child: a child process that is started and waited for.
+// vek::proc::Child: starts a child process and waits for it.
 //
 //     Child child;
 //     child.setArguments({"C:\\tools\\pack.exe", "-9", "a file"}, true);
@@ -6,15 +6,15 @@
 //     ExitStatus status;
 //     child.wait(status);
 //
-// The end of a child is seen by the shepherd's thread (see shepherd.h); `wait` collects the result
-// there. vek::proc::Program adds pipes and the search for the program.
+// The shepherd's thread (shepherd.h) notices the exit of a child; `wait` collects the result from
+// it. vek::proc::Program adds pipes and the search for the program.
 //
-// A child inherits every handle of this process that is inheritable at its start, whatever it is
-// for. The starts of all Child and Program objects exclude each other, and a Program makes and
-// closes its pipes within its start, so that none of its ends get into a child that another thread
-// starts at the same time. That doesn't hold for handles that a program makes inheritable by itself
-// (a Pipe for setStdoutHandle), nor for children that it starts by other means: an end that strays
-// so keeps the pipe open, and its reader waiting, until that other child has ended too.
+// A child inherits every handle of this process that is inheritable when it starts, whatever the
+// handle is for. All Child and Program objects share one lock for their starts, and a Program makes
+// and closes its pipes within its start. So a child that another thread starts at the same time
+// never inherits those ends. This doesn't protect handles that the program makes inheritable itself
+// (a Pipe for setStdoutHandle), nor children that it starts by other means: a stray copy of an end
+// keeps the pipe open, and its reader blocked, until that other child has exited too.
 #pragma once
 
 #include <cstdint>
@@ -28,10 +28,11 @@
 
 namespace vek::proc {
 
-// One thread at a time uses an object. A copy would close the same handles, so there is none.
+// Not thread-safe: one thread at a time uses an object. Not copyable: two objects would close the
+// same handles.
 //
-// A child that was never waited for keeps its two handles, deliberately: the destructor closes
-// neither, nor does it end the child.
+// If nobody waited for the child its two handles stay open, deliberately: the destructor neither
+// closes them nor ends the child.
 class Child {
   public:
     // For `execute`. The bits differ from those of Program::start.
@@ -41,101 +42,107 @@ class Child {
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    // Starts the process, at the head of a process group of its own, with what the setters have
-    // set; those may be used again right afterwards. It is suspended until its processors are set.
-    // With `replaceSelf` this process ends at once with exit code killCode, and the child takes its
-    // place, as far as this system allows.
+    // Starts the process with the current settings, as the head of a new process group. The setters
+    // may be called again as soon as this returns. The process stays suspended until its processors
+    // are set. With `replaceSelf` this process exits at once with code killCode: the child takes
+    // its place, as far as Windows allows.
     //
-    // To be called again only once the former child has been collected: otherwise that one can't be
-    // waited for any more.
+    // Call it again only after the previous child has been collected: otherwise nobody can wait for
+    // that one any more.
     //
     // Throws UsageError without a program (element 0 of the arguments), RuntimeError for more than
-    // 32 processors; OsError if there is no starting it, with 87 (ERROR_INVALID_PARAMETER) for an
-    // argument, environment entry or working directory with a zero byte in it and for an empty
-    // environment entry; no child is there then. If it was created but can't be set going OsError
-    // is thrown and it stays, suspended. With Shepherd::maxChildren running RuntimeError is thrown:
-    // the child runs then, but nothing sees its end, and a `wait` would never return. What there is
-    // of such a child is told by getProcess.
+    // 32 processors, and OsError if the process can't be created: code 87 (ERROR_INVALID_PARAMETER)
+    // for a zero byte in an argument, an environment entry or the working directory, and for an
+    // empty environment entry. No child exists then.
     //
-    // Processors that can't be set are reported on std::cerr, and the child runs on all. Stands on
-    // CreateProcessA, SetProcessAffinityMask, ResumeThread and ExitProcess.
+    // Two failures leave a process behind that nobody watches; getProcess returns it:
+    //   - OsError if the process can't be resumed: it stays suspended.
+    //   - RuntimeError if Shepherd::maxChildren children are running: it runs, and `wait` never
+    //     returns for it.
+    //
+    // If the processors can't be set this is reported on std::cerr, and the child runs on all of
+    // them. Calls CreateProcessA, SetProcessAffinityMask, ResumeThread and ExitProcess.
     void start(bool replaceSelf = false);
 
-    // Waits until the child has ended, and stores how; the child is collected then, and its handles
-    // are closed. With `limited` and a time-out the wait takes `*timeoutMs` milliseconds at most;
-    // 0 looks once. If the time runs out `status.finished` is false, and the child can be waited
-    // for again.
+    // Blocks until the child has exited and stores the result in `status`. This collects the child:
+    // its handles are closed. With `limited` and a time-out, blocks for `*timeoutMs` milliseconds
+    // at most; 0 looks once. After a time-out `status.finished` is false, and `wait` can be called
+    // again.
     //
-    // Throws UsageError if there is no child. In a callback only the child that has just ended can
-    // be waited for; RuntimeError for another. RuntimeError also if the shepherd has been shut
-    // down since the start. After any exception the child's handles are closed, and it can't be
-    // waited for again.
+    // In a callback (child_callback.h) `wait` never blocks, with or without a time-out: it returns
+    // a result that is already there, which is always so for the child of the callback, and throws
+    // RuntimeError for a child whose exit hasn't been noticed yet.
+    //
+    // Throws UsageError if there is no child, and RuntimeError if the shepherd has been shut down
+    // since the start. After any exception the child's handles are closed, and nobody can wait for
+    // it any more.
     void wait(ExitStatus& status, bool limited = false, const std::int64_t* timeoutMs = nullptr);
 
-    // Who is told of the end; null for nobody. Not owned. Both the callback and this object have to
-    // live until it has been called, which may be later than a `wait` returns. Throws RuntimeError
-    // while a child is there.
+    // Notified when the child exits; may be null. Not owned. The callback and this object must live
+    // until the call has returned, which may be later than `wait` returns. Throws RuntimeError
+    // between `start` and the `wait` that collects the child.
     void setNotifyCallback(IChildCallback* callback);
     IChildCallback* getNotifyCallback() const { return notifyCallback; }
 
-    // Replaces the arguments: all of them, element 0 being the program, if `includesProgram`,
-    // otherwise those behind the program. There is always an element 0, if an empty one.
+    // Replaces all arguments, with the program as element 0, if `includesProgram`; otherwise only
+    // those after the program. Element 0 always exists; it may be empty.
     //
-    // In the command line each argument stands between double quotation marks, so that one with
-    // blanks arrives whole; a quotation mark within isn't protected.
+    // The command line has each argument in double quotation marks, so that one with blanks arrives
+    // whole. Quotation marks inside an argument aren't escaped.
     void setArguments(const std::vector<std::string>& values, bool includesProgram);
     std::vector<std::string> getArguments(bool includesProgram) const;
 
-    // The child's own variables, as "NAME=value"; none means those of this process.
+    // The child's environment, as "NAME=value"; empty means that it inherits this process's.
     void setEnvironment(std::vector<std::string> entries) { environment = std::move(entries); }
 
-    // Empty means the one of this process.
+    // Empty means this process's own.
     void setWorkingDirectory(const std::string& path) { workingDirectory = path; }
 
-    // Restricts the child to as many processors as the list has elements, from processor 0 upwards:
-    // deliberately, what the elements are has no effect. An empty list is no restriction.
+    // Restricts the child to as many processors as the list has elements, from processor 0 upwards.
+    // The values of the elements have no effect, deliberately. An empty list means no restriction.
     void setCpuList(std::vector<std::uint32_t> cpus);
     const std::vector<std::uint32_t>& getCpuList() const { return cpuList; }
 
-    // Starts the child outside the job that this process is in.
+    // Starts the child outside this process's job.
     void setBreakaway(bool outside) { breakaway = outside; }
 
-    // The child's standard streams. The handles are not owned, and have to be open at `start`; they
-    // may be inheritable or not. INVALID_HANDLE_VALUE means the stream of this process. An end of a
-    // pipe stays in the pipe; throw UsageError if it is closed.
+    // The child's standard streams. The handles are not owned and must be open at `start`; they
+    // need not be inheritable. INVALID_HANDLE_VALUE means this process's own stream. The pipe keeps
+    // its end; throw UsageError if that end is closed.
     void setStdinHandle(HANDLE handle) { stdinHandle = handle; }
     void setStdoutHandle(HANDLE handle) { stdoutHandle = handle; }
     void setStdoutHandle(const Pipe& pipe, PipeEnd end);
     void setStderrHandle(HANDLE handle) { stderrHandle = handle; }
     void setStderrHandle(const Pipe& pipe, PipeEnd end);
 
-    // Lead them to the null device. Throw UsageError if that isn't open, since there is no
-    // vek::VekPal.
+    // Connect the stream to the null device. Throw UsageError if that isn't open, because no
+    // vek::VekPal exists.
     void setStdoutNull();
     void setStderrNull();
 
-    // The running child; INVALID_HANDLE_VALUE and ids of 0 if there is none. The handles are owned
-    // by this object until `wait` closes them.
+    // The current child; both handles INVALID_HANDLE_VALUE and both ids 0 if there is none. This
+    // object owns the handles until `wait` closes them.
     const PROCESS_INFORMATION& getProcess() const { return process; }
 
-    // Ends the process `processId` with exit code killCode, without waiting for it. Throws OsError
-    // if it can't be opened; if it can't be ended, such as one that has ended, nothing is told.
-    // Stands on OpenProcess and TerminateProcess.
+    // Ends the process `processId` with exit code killCode and doesn't wait for it. Throws OsError
+    // if OpenProcess fails. A failure of TerminateProcess is ignored, for instance for a process
+    // that has exited.
     static void kill(std::uint32_t processId);
 
-    // Sends Ctrl-C to the process group of `processId`, which each child is the head of. A new
-    // group ignores Ctrl-C until a process in it asks for it (SetConsoleCtrlHandler). Throws
-    // OsError, as when this process has no console. Stands on GenerateConsoleCtrlEvent.
+    // Sends Ctrl-C to the process group `processId`; each child is the head of its own group. A new
+    // group ignores Ctrl-C until a process in it calls SetConsoleCtrlHandler(NULL, FALSE). Throws
+    // OsError, for instance if this process has no console. Calls GenerateConsoleCtrlEvent.
     static void interrupt(std::uint32_t processId);
 
-    // Runs `program` with `programArguments` to its end. `flags` are ExecuteFlags that lead its
-    // standard streams to the null device. Throws as `start`, setStdoutNull and `wait` do.
+    // Runs `program` with `programArguments` and blocks until it has exited. `flags` are
+    // ExecuteFlags, which connect its standard streams to the null device. Throws as `start`,
+    // setStdoutNull and `wait` do.
     static ExitStatus execute(const std::string& program,
                               const std::vector<std::string>& programArguments,
                               std::uint32_t flags = 0);
 
   protected:
-    // Kept beside the count, which alone has an effect.
+    // Only its size, cpuCount, has an effect.
     std::vector<std::uint32_t> cpuList;
     std::uint32_t cpuCount = 0;
     std::vector<std::string> environment;

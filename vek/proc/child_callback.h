@@ -1,4 +1,4 @@
-// vek::proc::IChildCallback: who is told that a child has ended.
+// vek::proc::IChildCallback: notified when a child exits.
 #pragma once
 
 namespace vek::proc {
@@ -7,11 +7,16 @@ class Child;
 
 class IChildCallback {
   public:
-    // Runs on the thread "shepherd", once for each end of `child`, whose result is there already.
-    // No other end is seen until this returns. It may start children and wait for `child`; a wait
-    // for another child throws RuntimeError, after which that one is neither watched nor reported
-    // any more. An exception of std::exception's tree is reported on std::cerr, any other ends the
-    // shepherd, and all waits with it.
+    // Called on the thread "shepherd" once for each exit of `child`, after its result has been
+    // stored. No other exit is noticed until this returns.
+    //
+    // It may start children and call `wait` of `child`, which returns at once. `wait` of another
+    // child also returns at once if that one's exit has been noticed; otherwise it throws
+    // RuntimeError, and that child is neither watched nor reported any more.
+    //
+    // An exception derived from std::exception is reported on std::cerr. Any other ends the
+    // shepherd's thread: no `wait` without a time-out returns after that until the shepherd is shut
+    // down.
     virtual void childExited(Child& child) = 0;
 
   protected:

@@ -13,7 +13,7 @@ bool isInheritable(HANDLE handle) {
 
 InheritedStream::InheritedStream(HANDLE chosen, DWORD standard)
     : original(chosen != INVALID_HANDLE_VALUE ? chosen : GetStdHandle(standard)) {
-    // INVALID_HANDLE_VALUE would be duplicated as this very process.
+    // INVALID_HANDLE_VALUE is also the pseudo handle of this process: it must not be duplicated.
     if (original == nullptr || original == INVALID_HANDLE_VALUE || isInheritable(original)) {
         return;
     }

@@ -1,4 +1,4 @@
-// vek::proc::InheritedStream: a standard stream of this process in a form that a child can inherit.
+// vek::proc::InheritedStream: an inheritable handle of a standard stream for a child.
 #pragma once
 
 #include "vek/base/no_copy.h"
@@ -6,16 +6,16 @@
 
 namespace vek::proc {
 
-// To be made and destroyed with startLock held, around the child's creation.
+// Construct and destroy it with startLock held, around the child's creation.
 class InheritedStream : public NoCopy {
   public:
-    // `chosen`, or the process's own stream `standard` (STD_INPUT_HANDLE, ...) if that is
-    // INVALID_HANDLE_VALUE. A handle that can't be inherited, such as the null device, is
-    // duplicated; the original stays as it is. One that can't be duplicated is passed on as it
-    // stands. Stands on GetStdHandle and DuplicateHandle. Throws nothing.
+    // Uses `chosen` or, if that is INVALID_HANDLE_VALUE, this process's own stream `standard`
+    // (STD_INPUT_HANDLE, ...). A handle that isn't inheritable, such as the null device, is
+    // duplicated; the original doesn't change. If duplication fails the original is used. Calls
+    // GetStdHandle and DuplicateHandle. Doesn't throw.
     InheritedStream(HANDLE chosen, DWORD standard);
 
-    // Closes the duplicate, if there is one.
+    // Closes the duplicate, if any.
     ~InheritedStream();
 
     HANDLE get() const { return copy != nullptr ? copy : original; }

@@ -1,4 +1,4 @@
-// The null device as a standard stream of a child.
+// The null device as a child's standard stream.
 #pragma once
 
 #include "vek/base/windows.h"
@@ -7,8 +7,8 @@
 
 namespace vek::proc {
 
-// The handle of `device` (fs::nullInput, fs::nullOutput), which stays its owner. Throws UsageError
-// if it isn't open.
+// Returns the handle of `device` (fs::nullInput, fs::nullOutput), which still owns it. Throws
+// UsageError if `device` is null, that is, not open.
 inline HANDLE nullStream(const fs::File* device) {
     if (device == nullptr) {
         throw UsageError("The null device isn't open");

@@ -1,8 +1,8 @@
 // vek::proc::Pipe: a pipe between this process and a child.
 //
-// Both ends can be inherited at first. The one that stays here is made its own by keepReadEnd or
-// keepWriteEnd, and the other is closed once the child has been started: otherwise the reader never
-// sees the end of the data. See child.h for what else may happen to inheritable ends.
+// Both ends are inheritable at first. Call keepReadEnd or keepWriteEnd for the end that stays in
+// this process, and close the other one after the child has been started: otherwise the reader
+// never sees the end of the data. See child.h for other children that may inherit an end.
 #pragma once
 
 #include "vek/base/no_copy.h"
@@ -12,35 +12,33 @@ namespace vek::proc {
 
 enum class PipeEnd { read, write };
 
-// Owns the ends that nobody has taken over (StreamFile::takeReadEnd, takeWriteEnd). Not to be used
-// by two threads at once.
+// Owns its ends until StreamFile::takeReadEnd or takeWriteEnd takes them over. Not thread-safe.
 class Pipe : public fs::PipeEnds, public NoCopy {
   public:
-    // Makes both ends, inheritable, with a buffer of 4096 bytes. Stands on CreatePipe. Throws
+    // Creates both ends, inheritable, with a buffer of 4096 bytes. Calls CreatePipe. Throws
     // OsError.
     Pipe();
 
-    // Both ends are expected to be closed or taken over. If one isn't, that is reported on
-    // std::cerr as a UsageError, and what is open is closed. Throws nothing.
+    // Both ends should be closed or taken over by now. If one is still open this is reported on
+    // std::cerr as a UsageError, and it is closed. Doesn't throw.
     ~Pipe();
 
-    // The new pipe takes over both handles; those of `other` are marked invalid.
+    // Takes both handles from `other`, whose ends become invalid.
     Pipe(Pipe&& other) noexcept;
 
-    // Closes what is open here, then the same. Nothing happens on an assignment to itself. Throws
-    // what `close` throws; `other` then keeps its ends.
+    // Closes this pipe's open ends, then takes those of `other`. Self-assignment does nothing.
+    // Throws what `close` throws; `other` keeps its ends then.
     Pipe& operator=(Pipe&& other);
 
-    // Close one end, if it is open. It is marked invalid in any case. Stand on CloseHandle. Throw
-    // OsError.
+    // Close one end, if it is open. The end is invalid afterwards even if this throws. Call
+    // CloseHandle. Throw OsError.
     void closeReadEnd();
     void closeWriteEnd();
 
-    // Closes the read end and then the write end, as above. If the first fails the second stays
-    // open.
+    // Closes the read end and then the write end. If the first fails the second stays open.
     void close();
 
-    // Keep one end from being inherited. Stand on SetHandleInformation. Throw OsError.
+    // Make one end non-inheritable. Call SetHandleInformation. Throw OsError.
     void keepReadEnd();
     void keepWriteEnd();
 };

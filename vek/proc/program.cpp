@@ -43,7 +43,7 @@ struct Program::StandardStream {
     std::uint32_t pipeFlag;
     std::uint32_t nullFlag;
     std::uint32_t keepFlag;
-    // The child reads it, and this process writes.
+    // The child reads it, this process writes it.
     bool isInput;
     HANDLE Child::*handle;
     fs::StreamFile Program::*stream;
@@ -117,7 +117,7 @@ void Program::connect(const StandardStream& stream, std::uint32_t flags,
     }
 }
 
-// Closes the child's end here, and hands the other one to the stream.
+// Closes this process's copy of the child's end and moves the other end into the stream.
 void Program::handOver(const StandardStream& stream, std::optional<Pipe>& pipe) {
     if (!pipe) {
         return;
@@ -132,7 +132,7 @@ void Program::handOver(const StandardStream& stream, std::optional<Pipe>& pipe) 
     pipe.reset();
 }
 
-// The values of closed handles are soon used for others: no later start may keep them.
+// Windows reuses the values of closed handles: a later start must not keep these.
 void Program::forgetPipeEnds(std::uint32_t flags) {
     for (const StandardStream& stream : standardStreams) {
         if ((flags & stream.pipeFlag) != 0) {
@@ -173,7 +173,7 @@ bool Program::pipeInto(Program& next) {
         next.setStdinHandle(INVALID_HANDLE_VALUE);
         throw;
     }
-    // Soon the value of another handle.
+    // Windows may soon reuse the value for another handle.
     next.setStdinHandle(INVALID_HANDLE_VALUE);
     stdoutStream.close();
     const bool succeeded = finish();

@@ -1,4 +1,4 @@
-// vek::proc::Program: a child process with its standard streams in the caller's hands.
+// vek::proc::Program: a child process whose standard streams the caller reads and writes.
 //
 //     Program sort;
 //     sort.setProgram("sort", true);
@@ -7,9 +7,9 @@
 //         ...sort.getStatus()...
 //     }
 //
-// A pipe takes 4096 bytes: a child that has written more sleeps until the caller reads, and a
-// caller that has written more sleeps until the child reads or ends. `exchange` sees to all streams
-// at once; who uses `start` with several pipes has to do that by himself.
+// A pipe holds 4096 bytes. Beyond that a child's write blocks until the caller reads, and the
+// caller's write blocks until the child reads or exits. `exchange` serves all streams at once; a
+// caller that uses `start` with several pipes must do this itself.
 #pragma once
 
 #include <array>
@@ -22,99 +22,101 @@
 
 namespace vek::proc {
 
-// One thread at a time uses an object. It can be started again after `finish`.
+// Not thread-safe: one thread at a time uses an object. It can be started again after `finish`.
 class Program : public Child {
   public:
-    // What becomes of the child's standard streams. For each the pipe is looked at first, then the
-    // null device (see vek::VekPal), then the keeping; without any of them it is the stream of this
-    // process.
+    // Where the child's standard streams go. For each stream the pipe flag is checked first, then
+    // the null device (see vek::VekPal), then the keep flag. With none of them the child uses this
+    // process's own stream.
     enum StartFlags : std::uint32_t {
-        StdinPipe = 0x001,   // what is written with `write`
-        StdoutPipe = 0x002,  // to be read with `read` or `readOutput`
-        StderrPipe = 0x004,  // to be read with `read` or `readErrors`
+        StdinPipe = 0x001,   // for `write`
+        StdoutPipe = 0x002,  // for `read` and `readOutput`
+        StderrPipe = 0x004,  // for `read` and `readErrors`
         StdinNull = 0x008,
         StdoutNull = 0x010,
         StderrNull = 0x020,
-        MergeStderr = 0x040,  // with StdoutPipe and StderrPipe: both go into the one of StdoutPipe
-        KeepStdout = 0x080,   // what setStdoutHandle has set
-        KeepStderr = 0x100,   // what setStderrHandle has set
-        KeepStdin = 0x200     // what setStdinHandle has set
+        MergeStderr = 0x040,  // with StdoutPipe and StderrPipe: both go into the stdout pipe
+        KeepStdout = 0x080,   // the handle set by setStdoutHandle
+        KeepStderr = 0x100,   // the handle set by setStderrHandle
+        KeepStdin = 0x200     // the handle set by setStdinHandle
     };
 
-    // Chooses the program: `name` if there is a file (or directory) of that name, otherwise what is
-    // found for its last component along PATH (see fs/find_in_path.h). If nothing is, the program
-    // is empty afterwards, and the result is false or, if it is `required`, RuntimeError is thrown.
+    // Chooses the program: `name` if a file (or directory) of that name exists, otherwise the
+    // result of a search for its last component along PATH (fs/find_in_path.h). If nothing is found
+    // the program becomes empty, and this throws RuntimeError if `required`, else returns false.
     // Throws what fs::exists and fs::findInPath throw.
     bool setProgram(const std::string& name, bool required);
 
-    // Starts the child with `flags`, a sum of StartFlags. The ends of its pipes are closed here;
-    // where there was one the handle is INVALID_HANDLE_VALUE afterwards.
+    // Starts the child with `flags`, a combination of StartFlags. This process's copies of the
+    // child's pipe ends are closed; the handle of a piped stream is INVALID_HANDLE_VALUE
+    // afterwards.
     //
-    // Throws UsageError if a child is there already or a null device is asked for and not open,
-    // OsError if there is no pipe to be had, and as Child::start. All pipes are closed then.
+    // Throws UsageError if the previous child hasn't been collected or a null device is requested
+    // and not open, OsError if a pipe can't be created, and as Child::start. All pipes are closed
+    // then.
     void start(std::uint32_t flags);
 
-    // Waits for the child without bound, keeps its status, and closes the pipes. True if it
-    // succeeded. A child that waits for the end of its input, or for somebody to read what it
-    // writes, doesn't end by this. Throws as Child::wait.
+    // Blocks until the child has exited, stores its status and closes the pipes. Returns true if it
+    // succeeded. The pipes stay open meanwhile: a child that waits for the end of its input, or for
+    // its output to be read, never exits. Throws as Child::wait.
     bool finish();
 
-    // `start`, with the streams of this process or, if `silent`, with both outputs to the null
-    // device, and `finish`. Throws as they do.
+    // Calls `start` and `finish`, with this process's own streams or, if `silent`, with both
+    // outputs connected to the null device. Throws as they do.
     bool run(bool silent);
 
-    // `start` with `flags` and StderrPipe, and `finish`; what the child writes to its standard
-    // error, or with MergeStderr and StdoutPipe to both, is collected. If it didn't succeed throws
-    // RuntimeError with that, the command line and the exit code, as a signed number. The text is
-    // read as the C runtime reads text: CR LF is a line end, and it stops at a Ctrl-Z.
+    // Calls `start` with `flags` and StderrPipe, reads the child's standard error (with MergeStderr
+    // and StdoutPipe both outputs) to its end, and calls `finish`. Throws RuntimeError if the child
+    // didn't succeed; the message has the command line, the exit code as a signed number and the
+    // text read. The C runtime reads it in text mode: CR LF is a line end, and it ends at a Ctrl-Z.
     //
-    // Otherwise throws as `start` and `finish`; and OsError with 4 (ERROR_TOO_MANY_OPEN_FILES) if
-    // the runtime has no more files, with the child running.
+    // Also throws as `start` and `finish`, and OsError with 4 (ERROR_TOO_MANY_OPEN_FILES) if the
+    // runtime has no free file; the child is running then.
     void runOrThrow(std::uint32_t flags);
 
-    // Starts this program and `next`, the standard output of this one being the standard input of
-    // the other, and finishes both. True if both succeeded. Throws as `start` and `finish`; if
-    // `next` can't be started this one is still running, with its output unread.
+    // Starts this program and `next`, with this one's standard output as the standard input of
+    // `next`, and finishes both. Returns true if both succeeded. Throws as `start` and `finish`; if
+    // `next` can't be started this program is still running and its output isn't read.
     bool pipeInto(Program& next);
 
-    // Starts the child, writes all of `input` to it, appends what it writes to `output` and
-    // `errors`, and finishes it. True if it succeeded. A null pointer means the null device. The
-    // three streams are served by a thread each, so none waits for another.
+    // Starts the child, writes all of `input` to it, appends its output to `output` and `errors`,
+    // and finishes it. Returns true if it succeeded. A null pointer means the null device. Each of
+    // the three streams has its own thread, so none blocks another.
     //
     // `output` and `errors` may be the same string, which then gets both in the order in which they
-    // were written. `input` can't be one of them: throws UsageError. Otherwise throws as `start`
-    // and `finish`; a thread that can't be started or joined ends this process.
+    // were written. Throws UsageError if `input` is one of them, and as `start` and `finish`. If a
+    // thread can't be started or joined this process is terminated.
     //
-    // Input that the child doesn't take, because it closes its end or ends, is dropped without a
-    // report: how the child ends tells whether it was enough. An output ends when nobody has it
-    // open any more, which includes children of the child.
+    // Input that the child doesn't read, because it closes its end or exits, is dropped silently:
+    // the child's exit code says whether it was enough. An output ends when nobody has its pipe
+    // open any more; the child's own children may have inherited it.
     bool exchange(const std::string* input, std::string* output, std::string* errors);
 
-    // The arguments, the program included, joined by single blanks: for messages.
+    // Returns the program and its arguments joined by single blanks, for messages.
     std::string commandLine() const;
 
     // Reads up to `size` bytes into `buffer` from the child's standard output or, without
-    // `fromStdout`, from its standard error: once, or with `all` until `size` is reached or nothing
-    // more comes. The result is the count. Throws OsError.
+    // `fromStdout`, from its standard error: once, or with `all` until `size` bytes have arrived or
+    // the stream ends. Blocks until data arrives. Returns the number of bytes read. Throws OsError.
     std::uint32_t read(void* buffer, std::uint32_t size, bool all, bool fromStdout);
 
-    // Make `text` what one read of up to `size` bytes gives; empty at the end. Throw OsError;
-    // `text` is empty then.
+    // Read once, up to `size` bytes, and replace `text` with the result, which is empty at the end
+    // of the stream. Return the number of bytes read. Throw OsError; `text` is empty then.
     std::uint32_t readOutput(std::string& text, std::uint32_t size);
     std::uint32_t readErrors(std::string& text, std::uint32_t size);
 
-    // Writes all to the child's standard input. The result is `size`. Throws OsError, as when the
-    // child has closed its end.
+    // Writes all bytes to the child's standard input; blocks while the pipe is full. Returns
+    // `size`. Throws OsError, for instance if the child has closed its end.
     std::uint32_t write(const void* buffer, std::uint32_t size);
 
-    // The child sees the end of its input. Throws OsError.
+    // Closes the pipe, so that the child sees the end of its input. Throws OsError.
     void closeStdin();
 
-    // The result of the last `finish`.
+    // Returns the result of the last `finish`.
     ExitStatus getStatus() const { return status; }
 
   private:
-    // In the order of the table of streams.
+    // In the order of `standardStreams`.
     using Pipes = std::array<std::optional<Pipe>, 3>;
     struct StandardStream;
     static const std::array<StandardStream, 3> standardStreams;

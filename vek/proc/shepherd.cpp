@@ -15,12 +15,12 @@ namespace {
 
 constexpr const char* threadName = "shepherd";
 
-// What a child's result is if its code can't be read: not that of a success.
+// The result of a child whose exit code can't be read; anything but success.
 constexpr DWORD unreadableCode = 0xFFFFFFFF;
 
 Shepherd* shepherd = nullptr;
 
-// Never destroyed, since other threads may still start children while the process ends.
+// Never destroyed: other threads may start children while the process exits.
 thread::Mutex& childLock() {
     static thread::Mutex& lock = *new thread::Mutex(true);
     return lock;
@@ -52,7 +52,7 @@ void Shepherd::stop() {
     try {
         thread.terminate();
         {
-            // Held, so that the thread is either asleep or sees that it is to end.
+            // With the lock held the thread either sleeps already or sees the request to end.
             const thread::ScopeGuard guard(lock);
             lock.wakeAll();
         }
@@ -72,7 +72,7 @@ bool Shepherd::isOwnThread() const {
 }
 
 void Shepherd::run() {
-    // Keeps its memory from pass to pass.
+    // Declared here so that it keeps its memory between passes.
     std::vector<HANDLE> watched;
     watched.reserve(maxChildren + 1);
     while (isRunning()) {
@@ -83,12 +83,12 @@ void Shepherd::run() {
     }
 }
 
-// Sleeps until there are children, and copies their handles, with the event behind them. False if
-// the thread is to end.
+// Blocks until there are children, then copies their handles and appends the event. Returns false
+// if the thread should end.
 bool Shepherd::awaitChildren(std::vector<HANDLE>& watched) {
     thread::ScopeGuard guard(lock);
     while (handles.empty()) {
-        // Ahead of the sleep, too: the request may have come before the lock was taken.
+        // Checked before the sleep, too: the request may have come before the lock was taken.
         if (!isRunning()) {
             return false;
         }
@@ -102,8 +102,8 @@ bool Shepherd::awaitChildren(std::vector<HANDLE>& watched) {
     return true;
 }
 
-// Waits for the first of `watched`. One child is taken at a time; others that have ended meanwhile
-// are found in the next passes.
+// Waits for the first exit in `watched`. Takes one child; the next passes find others that have
+// exited meanwhile.
 void Shepherd::awaitEnd(const std::vector<HANDLE>& watched) {
     const DWORD ended =
         WaitForMultipleObjects(static_cast<DWORD>(watched.size()), watched.data(), FALSE, INFINITE);
@@ -120,9 +120,9 @@ void Shepherd::awaitEnd(const std::vector<HANDLE>& watched) {
     }
 }
 
-// Stores the result of the child at `index`. It stands at the same place in `handles` as in the
-// copy, since only this thread removes any, and new ones go to the end. The result is who wants to
-// be told, or null.
+// Stores the result of the child at `index`. It has the same index in `handles` as in the copy,
+// since only this thread removes elements and new ones go to the end. Returns the child if it has a
+// callback, else null.
 Child* Shepherd::takeEnded(HANDLE handle, std::size_t index) {
     const thread::ScopeGuard guard(lock);
     handles.erase(handles.begin() + static_cast<std::ptrdiff_t>(index));
@@ -142,7 +142,7 @@ Child* Shepherd::takeEnded(HANDLE handle, std::size_t index) {
     return child;
 }
 
-// Anything that isn't an exception of these two kinds ends the thread.
+// An exception of any other type ends the thread.
 void Shepherd::notifyChildExited(Child& child) {
     constexpr const char* report =
         "vek::proc::Shepherd::notifyChildExited: callback has thrown an exception:\n";

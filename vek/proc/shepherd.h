@@ -1,9 +1,8 @@
-// vek::proc::Shepherd: the one watcher of all child processes of this program.
+// vek::proc::Shepherd: watches all child processes of this program.
 //
-// Its thread waits for all running children at once, fetches the exit code of each the moment it
-// ends, and keeps the code until somebody asks for it. Programs use vek::proc::Child, which does
-// all this by itself; the shepherd comes into being with the first child and goes with
-// vek::VekPal.
+// Its thread waits for all running children at once, reads the exit code of a child as soon as it
+// exits, and keeps the code until somebody collects it. Programs use vek::proc::Child, which does
+// all of this itself. The first child creates the shepherd; vek::VekPal shuts it down.
 #pragma once
 
 #include <cstdint>
@@ -22,53 +21,55 @@ class Child;
 
 class Shepherd final : public thread::Runnable, public NoCopy {
   public:
-    // The system waits for 64 objects at most, and one of them is the event that wakes the thread.
+    // Windows waits for 64 objects at most, and one of them is the event that wakes the thread.
     static constexpr std::size_t maxChildren = MAXIMUM_WAIT_OBJECTS - 1;
 
-    // Starts nothing. Throws OsError if there is no event to be had.
+    // Doesn't start the thread. Calls CreateEventA. Throws OsError.
     Shepherd();
 
-    // Forgets the results that nobody has collected. The thread has to be stopped; nobody may be
-    // waiting.
+    // Drops the results that nobody collected. The thread must be stopped, and no other thread may
+    // be in waitForChild.
     ~Shepherd() override;
 
     // Starts the thread. Throws as Thread::start does.
     void start();
 
-    // Ends the thread and waits for it. With running children this takes until the next of them
-    // has ended, deliberately: only then does the thread look up from the system's wait. A
-    // vek::Exception is reported on std::cerr; on the shepherd's own thread std::system_error is
-    // thrown (resource deadlock would occur).
+    // Ends the thread and blocks until it has ended. While children are running the thread sits in
+    // the system's wait, and this deliberately doesn't interrupt it: it blocks until the next child
+    // exits, or until another thread starts a child. A callback that is running is waited for, too.
+    // A vek::Exception is reported on std::cerr. On the shepherd's own thread, as in a callback,
+    // throws std::system_error (resource deadlock would occur); the thread ends once the callback
+    // has returned, and another thread must call this again.
     void stop();
 
-    // The body of the thread.
+    // The thread's body.
     void run() override;
 
-    // Guards all there is here; waked at each result. A second lock by its owner throws OsError
-    // with code 1131.
+    // Guards everything in this object; signalled for each new result. Locking it twice on one
+    // thread throws OsError with code 1131.
     thread::Condition& getLock() { return lock; }
 
-    // Watches `info` from now on. `child` may be null; otherwise it is told of its end through its
-    // callback, and has to live until then. To be called with the lock held. Throws RuntimeError if
-    // maxChildren are running: the process is not watched then.
+    // Starts to watch `info`. `child` may be null; otherwise its callback is called when it exits,
+    // and it must live until then. The caller holds the lock. Throws RuntimeError if maxChildren
+    // are running; the process isn't watched then.
     void addChild(const PROCESS_INFORMATION& info, Child* child);
 
-    // Waits until the child has ended, `timeoutMs` milliseconds at most if that isn't null, stores
-    // its exit code and gives true. A result is handed out once: a second wait for the same child
-    // runs out of time, or never ends. False if the time has run out; a time-out of 0 looks once.
-    // The time-out is cut as thread/deadline.h tells.
+    // Blocks until the child has exited, for `*timeoutMs` milliseconds at most if that isn't null.
+    // Stores the exit code in `code` and returns true, or returns false after a time-out; 0 looks
+    // once. Each result is handed out once: a second wait for the same child times out or never
+    // returns. thread/deadline.h says how the time-out is cut to 32 bits.
     //
-    // Safe from any thread. On the shepherd's own, which runs the callbacks, nothing is waited for:
-    // if the result isn't there RuntimeError is thrown, as it could never come.
+    // Thread-safe. On the shepherd's own thread, which runs the callbacks, it never blocks: throws
+    // RuntimeError if the result isn't there, since it could never arrive.
     bool waitForChild(const PROCESS_INFORMATION& info, std::uint32_t& code,
                       const std::int64_t* timeoutMs);
 
-    // For a child whose handle is closed by a callback though it runs. On the shepherd's own thread
-    // it is watched no more; elsewhere nothing happens.
+    // Stops watching a running child whose handle a callback is about to close. Does nothing on any
+    // other thread than the shepherd's.
     void forget(const PROCESS_INFORMATION& info);
 
   private:
-    // A process is known by its handle alone.
+    // Compares processes by their handles alone.
     struct ByHandle {
         bool operator()(const PROCESS_INFORMATION& a, const PROCESS_INFORMATION& b) const;
     };
@@ -83,26 +84,26 @@ class Shepherd final : public thread::Runnable, public NoCopy {
 
     thread::Thread thread;
     thread::Condition lock;
-    // The running children, in the order of their registration.
+    // The running children, in order of registration.
     std::vector<HANDLE> handles;
-    // Makes a running wait look at `handles` again. Owned.
+    // Interrupts the system's wait so that the thread reads `handles` again. Owned.
     HANDLE wakeEvent;
-    // What nobody has collected yet.
+    // Results that nobody has collected yet.
     std::map<PROCESS_INFORMATION, std::uint32_t, ByHandle> exitCodes;
-    // Those that want to be told of their end.
+    // The children with a callback.
     std::map<PROCESS_INFORMATION, Child*, ByHandle> callbacks;
 };
 
-// Makes and starts the shepherd if there is none, under the process-wide lock for that. Throws as
-// the constructor and `start` do; there is none then.
+// Creates and starts the shepherd if none exists. Thread-safe. Throws as the constructor and
+// `start` do; none exists then.
 void ensureShepherd();
 
-// Stops the shepherd and deletes it, if there is one. For the thread that ends the process, when no
-// other waits for children.
+// Stops and deletes the shepherd, if one exists. Call it on the thread that ends the process, while
+// no other thread waits for children.
 void shutdownShepherd();
 
-// The shepherd, owned by the two functions above; null if there is none. It isn't deleted by an end
-// of the program that leaves shutdownShepherd out: its thread ends with the process.
+// Returns the shepherd, owned by the two functions above, or null. A program that ends without
+// shutdownShepherd doesn't delete it: its thread ends with the process.
 Shepherd* currentShepherd();
 
 }  // namespace vek::proc

@@ -3,7 +3,7 @@
 namespace vek::proc {
 
 thread::Mutex& startLock() {
-    // Never destroyed, since other threads may still start children while the process ends.
+    // Never destroyed: other threads may start children while the process exits.
     static thread::Mutex& lock = *new thread::Mutex(false);
     return lock;
 }

@@ -1,13 +1,13 @@
-// The lock that keeps the starts of two children apart.
+// The lock under which children are started, one at a time.
 #pragma once
 
 #include "vek/thread/mutex.h"
 
 namespace vek::proc {
 
-// Held from the making of an inheritable handle until the child that it is meant for has been
-// created and the handle is closed here: a child inherits every inheritable handle that there is at
-// its start. One for the whole process. It nests.
+// Hold it from the creation of an inheritable handle until its child has been created and the
+// handle is closed in this process: a child inherits every handle that is inheritable when it
+// starts. One lock for the whole process, recursive.
 thread::Mutex& startLock();
 
 }  // namespace vek::proc

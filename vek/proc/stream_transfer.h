@@ -1,5 +1,4 @@
-// Threads that carry data between strings and the pipes of a child, so that no direction waits for
-// another.
+// Threads that copy data between strings and a child's pipes, so that no direction blocks another.
 #pragma once
 
 #include <cstdint>
@@ -12,11 +11,11 @@
 
 namespace vek::proc {
 
-// Writes `size` bytes, in as many pieces as the stream takes. Throws OsError.
+// Writes `size` bytes, in as many calls as the stream needs. Throws OsError.
 void writeAll(IOutput& stream, const void* buffer, std::uint32_t size);
 
-// Writes a text to a stream and closes that. A reader that has closed its end ends the writing
-// without a report. Stream and text belong to the thread until it is joined.
+// Writes a text to a stream and closes the stream. Ends silently if the reader has closed its end.
+// No other thread may use the stream or the text until `join`.
 class StreamWriter final : public thread::Thread {
   public:
     StreamWriter(fs::StreamFile& toStream, const std::string& fromText);
@@ -27,7 +26,8 @@ class StreamWriter final : public thread::Thread {
     const std::string& text;
 };
 
-// Appends what comes from a stream to a text, up to its end. As above.
+// Reads a stream to its end and appends the data to a text. No other thread may use either until
+// `join`.
 class StreamReader final : public thread::Thread {
   public:
     StreamReader(fs::StreamFile& fromStream, std::string& toText);
@@ -38,8 +38,8 @@ class StreamReader final : public thread::Thread {
     std::string& text;
 };
 
-// Starts all threads and joins them, in their order. One that can't be started or joined ends the
-// process through std::terminate: nobody could take the child's data any more.
+// Starts all threads and joins them, in order. Calls std::terminate if one can't be started or
+// joined: the child's data could never be transferred.
 void runTransfers(const std::vector<std::unique_ptr<thread::Thread>>& threads) noexcept;
 
 }  // namespace vek::proc

@@ -24,7 +24,7 @@ TextFile openText(fs::StreamFile& stream) {
     if (descriptor == -1) {
         throw OsError(ERROR_TOO_MANY_OPEN_FILES);
     }
-    // The descriptor's from here on.
+    // The descriptor owns the handle now.
     stream.release();
     TextFile file(_fdopen(descriptor, "r"));
     if (file == nullptr) {

@@ -1,4 +1,4 @@
-// A stream read to its end as the C runtime reads text.
+// Reads a stream to its end in the C runtime's text mode.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace vek::proc {
 
-// All lines of `stream`, which is closed afterwards, each with a line end, the last one too. CR LF
-// is a line end, and the text stops at a Ctrl-Z. Throws OsError with 4 (ERROR_TOO_MANY_OPEN_FILES)
-// if the runtime has no more files; `stream` may be closed or not then. Stands on _open_osfhandle
-// and _fdopen.
+// Returns all lines of `stream`, each with a line end, also the last one, and closes the stream. CR
+// LF is a line end, and the text ends at a Ctrl-Z. Throws OsError with 4
+// (ERROR_TOO_MANY_OPEN_FILES) if the runtime has no free file; `stream` may be open or closed then.
+// Calls _open_osfhandle and _fdopen.
 std::string readText(fs::StreamFile& stream);
 
 }  // namespace vek::proc

@@ -42,7 +42,7 @@ TEST(EmptyAddress, IsNullAndHasNoBytes) {
     EXPECT_EQ(other.length, 0);
 }
 
-// Asked for ahead of main.
+// Evaluated before main.
 const void* const addressAheadOfMain = &emptyAddress;
 
 TEST(EmptyAddress, IsOneInTheProcess) {
@@ -200,7 +200,7 @@ TEST(IP4Address, RefusesTextOfAnyLength) {
     EXPECT_EQ(printed(address), "0.0.0.0");
 }
 
-// An address whose reading fails in ways that the real ones don't know.
+// An address whose `fromString` throws other errors than the real ones.
 template <class Error>
 class FailingAddress : public IPAddressBase {
   public:

@@ -132,7 +132,7 @@ TEST_F(DataSocketTest, EmptyDatagramIsReceivedToo) {
     EXPECT_EQ(receiver.read(bytes, sizeof bytes), 1u);
 }
 
-// Opens what the class keeps for those derived from it.
+// Makes protected members public.
 class PeekingSocket : public UDPSocket {
   public:
     PeekingSocket() : UDPSocket(false) {}
@@ -161,7 +161,7 @@ TEST_F(DataSocketTest, EmptyAddressStandsForThePeerOfTheConnection) {
 }
 
 TEST_F(DataSocketTest, SendWithoutAPeerThrows) {
-    // What the system says of the call that stands below.
+    // The error number of the plain system call.
     EXPECT_EQ(sendto(sender.nativeHandle(), "x", 1, 0, nullptr, 0), -1);
     const auto notAddressed = static_cast<std::uint32_t>(WSAGetLastError());
     EXPECT_EQ(codeThrownBy<vek::NetError>([&] { sender.sendTo("x", 1, emptyAddress); }),
@@ -178,7 +178,7 @@ TEST_F(DataSocketTest, DatagramLargerThanTheProtocolAllowsThrows) {
     EXPECT_EQ(receiver.read(received.data(), 65507), 65507u);
 }
 
-// Not for these two calls: their class for this number is the plain one.
+// These two calls throw a plain NetError for this number.
 TEST_F(DataSocketTest, SendThatTheSystemForbidsThrowsAPlainNetError) {
     IP4Address everyone;
     everyone.fromString("255.255.255.255");
@@ -255,7 +255,7 @@ TEST_F(DataSocketTest, HeaderIsEmptyAtFirst) {
     EXPECT_EQ(header.controlLength, 0u);
 }
 
-// IP_PKTINFO: where a datagram was sent to.
+// IP_PKTINFO: the destination address of a datagram.
 TEST_F(DataSocketTest, HeaderReceivesControlData) {
     const int on = 1;
     receiver.setOption(IPPROTO_IP, 19, &on, sizeof on);

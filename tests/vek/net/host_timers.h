@@ -1,4 +1,4 @@
-// What the host system under Wine tells of the timers of connections.
+// Reads the timers of TCP connections from the host system under Wine.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,8 @@ inline bool hostTellsTimers() {
     return std::ifstream(hostConnections).is_open();
 }
 
-// In how many hundredths of a second the silent peer of the loopback connection between the two
-// ports is asked whether it lives; -1 if it isn't to be asked.
+// Returns the time until the next keep-alive probe on the loopback connection between the two
+// ports, in hundredths of a second; -1 if no probe is due.
 inline long keepAliveTimer(std::uint16_t port, std::uint16_t peerPort) {
     char ends[64];
     std::snprintf(ends, sizeof ends, "0100007F:%04X 0100007F:%04X", port, peerPort);

@@ -1,4 +1,4 @@
-// What the tests of sockets share: Winsock, and connections over the loopback address.
+// Shared by the tests of sockets: Winsock, and connections over the loopback address.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@
 
 namespace vek::test {
 
-// No receive of a test waits longer.
+// Upper bound of each receive in a test.
 constexpr std::uint32_t receiveLimitMs = 20000;
 
 inline void limitReceiving(net::Socket& socket) {
@@ -32,7 +32,7 @@ inline net::IP4Address loopbackAddress(std::uint16_t port = 0) {
     return address;
 }
 
-// Binds to a port that the system chooses, and gives the address with it.
+// Binds to a port that the system chooses and returns the address.
 inline net::IP4Address bindToLoopback(net::Socket& socket) {
     net::IP4Address address = loopbackAddress();
     socket.bind(address);
@@ -40,7 +40,7 @@ inline net::IP4Address bindToLoopback(net::Socket& socket) {
     return address;
 }
 
-// A socket of a client; `connect` makes a connection of it.
+// A client's socket, not connected yet.
 class ClientSocket : public net::IPSocketT<net::DataSocket> {
   public:
     ClientSocket() : IPSocketT(false, net::streamType, 0) { limitReceiving(*this); }
@@ -51,7 +51,7 @@ class ClientSocket : public net::IPSocketT<net::DataSocket> {
         }
     }
 
-    // Fewer bytes only at the end of the stream.
+    // Returns fewer bytes only at the end of the stream.
     std::string readExactly(std::size_t size) {
         std::string bytes(size, '\0');
         std::size_t received = 0;
@@ -68,14 +68,14 @@ class ClientSocket : public net::IPSocketT<net::DataSocket> {
     }
 };
 
-// Winsock runs while one lives.
+// Winsock is started for the lifetime of this object.
 class WinsockTest : public testing::Test {
   protected:
     WinsockTest() { net::startWinsock(); }
     ~WinsockTest() override { net::stopWinsock(); }
 };
 
-// A `Server`, which is a TCPSocket, with `client` as its peer.
+// A connected pair; `Server` is TCPSocket or derived from it.
 template <class Server = net::TCPSocket>
 class Connection {
   public:

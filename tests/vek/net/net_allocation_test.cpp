@@ -1,5 +1,5 @@
-// What sockets and framing take from the heap. A program of its own, since it counts
-// every allocation.
+// Heap allocations of sockets and framing. A program of its own, because it counts every
+// allocation.
 #include "tests/support/counted_memory.h"
 #include "tests/vek/net/loopback.h"
 #include "tests/vek/net/watched_socket.h"
@@ -16,7 +16,7 @@ class NetAllocations : public WinsockTest {};
 
 TEST_F(NetAllocations, AreCounted) {
     const int before = allocations();
-    // Seen by others, so that the compiler can't leave them out.
+    // Volatile, so that the compiler can't optimise them away.
     int* volatile one = new int;
     char* volatile many = new char[100];
     delete one;
@@ -78,7 +78,7 @@ TEST_F(NetAllocations, MessageNeedsNoAllocationInEitherDirection) {
     EXPECT_EQ(messages, 60);
 }
 
-// The place of the payload is where the socket has stored it.
+// The payload isn't copied: it points to where the socket stored it.
 TEST_F(NetAllocations, PayloadIsGivenWhereItWasReceived) {
     Connection<WatchedSocket> connection;
     WatchedSocket& server = *connection.server;
@@ -88,7 +88,7 @@ TEST_F(NetAllocations, PayloadIsGivenWhereItWasReceived) {
         std::uint32_t length = 0;
         const char* const start = buffer.nextMessage(length) - TCPBuffer::prefixSize;
         EXPECT_EQ(length, size);
-        // All reads of one frame go one behind the other from the start of the buffer.
+        // All reads of one frame are contiguous from the start of the buffer.
         EXPECT_GE(server.lastReadTarget, start);
         EXPECT_EQ(server.lastReadTarget + server.lastReadSize, start + 1024);
     }

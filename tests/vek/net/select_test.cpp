@@ -54,7 +54,7 @@ TEST_F(Select, WaitsUntilASocketIsReady) {
     Connection<> connection;
     std::atomic<bool> sent = false;
     std::thread sender([&] {
-        // Behind the moment at which the other thread most likely waits.
+        // Long enough that the other thread is most likely waiting.
         Sleep(50);
         sent = true;
         connection.client.write("x", 1);
@@ -162,8 +162,7 @@ TEST_F(Select, HoldsSixtyFourSockets) {
     EXPECT_FALSE(Socket::select(&set, nullptr, nullptr, 0));
 }
 
-// Fails until the set has got a socket; the C library's variable says that the call was
-// interrupted.
+// select fails until the set has a socket, while errno says that the call was interrupted.
 TEST_F(Select, TriesAgainWhileTheLibrarySaysThatItWasInterrupted) {
     Connection<> connection;
     connection.client.write("x", 1);

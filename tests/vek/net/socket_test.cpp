@@ -114,7 +114,7 @@ TEST_F(SocketTest, DestructorReportsThatClosingFailed) {
     }
     const std::string report = errors.text();
     EXPECT_EQ(errors.flushedText(), report);
-    // The look-up of the number's text may have a report of its own to make, and makes it first.
+    // The look-up of the error text may print a report of its own first.
     const CapturedErrors lookUp;
     const std::string text = vek::NetError(10038).printableText();
     EXPECT_EQ(report,
@@ -185,7 +185,7 @@ TEST_F(SocketTest, KnowsBothAddressesOfAConnection) {
     EXPECT_EQ(serverOwn.length, 16);
 }
 
-// An address with more room than the system needs.
+// An address with more room than the system call needs.
 class RoomyAddress final : public Address {
   public:
     RoomyAddress() {

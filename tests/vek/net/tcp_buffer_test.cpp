@@ -18,7 +18,7 @@ constexpr std::uint32_t recvSize = 1024;
 
 class TCPBufferTest : public WinsockTest {
   protected:
-    // The next payload; a text that no frame holds at the end of the stream.
+    // Returns the next payload, or a text that no frame has at the end of the stream.
     std::string next() {
         std::uint32_t length = 77;
         const char* const payload = buffer.nextMessage(length);
@@ -33,7 +33,7 @@ class TCPBufferTest : public WinsockTest {
         return textThrownBy<RuntimeError>([&] { next(); });
     }
 
-    // Lays `payload` into the send buffer and commits it.
+    // Copies `payload` into the send buffer and commits it.
     std::uint32_t send(const std::string& payload) {
         payload.copy(buffer.sendPayload(), buffer.maxPayload());
         return buffer.commit(static_cast<std::uint32_t>(payload.size()));
@@ -128,7 +128,7 @@ TEST_F(TCPBufferTest, TakesNoDatagramSocket) {
               "Unreliable socket provided");
 }
 
-// Answers one of the two questions in the way of a datagram socket.
+// Returns what a datagram socket returns for one of the two predicates.
 class HalfReliable : public TCPSocket {
   public:
     HalfReliable(bool isItReliable, bool isItLossy)
@@ -205,7 +205,7 @@ TEST_F(TCPBufferTest, SendsLengthsInTheMachinesOrderIfToldTo) {
     buffer.byteOrder = 1;
     send("hello");
     EXPECT_EQ(client.readExactly(9), std::string("\5\0\0\0hello", 9));
-    // Reading takes no notice of it.
+    // It has no effect on reading.
     client.writeAll(frame("hello"));
     EXPECT_EQ(next(), "hello");
     buffer.byteOrder = 2;
@@ -330,10 +330,10 @@ TEST_P(BadLength, IsAnErrorThatStays) {
     sendWhole(frame("good") + frame(pattern(1200), GetParam()));
     EXPECT_EQ(next(), "good");
     EXPECT_EQ(textOfNext(), text);
-    // All that was received is there still, the bad length included.
+    // Nothing was consumed, not even the bad length.
     EXPECT_EQ(buffer.available(), recvSize - 8);
     EXPECT_EQ(textThrownBy<RuntimeError>([&] { buffer.hasMessage(); }), text);
-    // Neither hangs nor gives what is no frame, however often it is asked.
+    // Each later call throws too.
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(textOfNext(), text);
     }
@@ -397,7 +397,7 @@ TEST_F(TCPBufferTest, EmptyFramesFillTheBufferManyTimesOver) {
         client.shutdown(true, false);
     });
     sender.join();
-    // Each time that the end of the stream is seen, one more of those that are there is looked at.
+    // Each call that sees the end of the stream consumes one more empty frame.
     int calls = 1;
     while (next() != "at last" && calls < 3000) {
         ++calls;
@@ -528,7 +528,7 @@ TEST_F(TCPBufferTest, FramesOfAllSizesInPiecesOfAllSizes) {
     sender.join();
 }
 
-// Whatever a peer sends, each call ends with a payload within the bounds, an error, or the end.
+// For any input each call returns a payload within the bounds, throws, or returns the end.
 TEST_F(TCPBufferTest, NoiseNeverHangsNorLeavesTheBuffer) {
     std::mt19937 random(2);
     for (int round = 0; round < 50; ++round) {

@@ -11,7 +11,7 @@ using namespace vek::test;
 
 class WakeupChannelTest : public WinsockTest {
   protected:
-    // Whether a select on the channel alone is ended by it, within `timeout`.
+    // Returns true if a select on the channel alone returns before `timeout`.
     static bool isReady(const WakeupChannel& channel, std::int64_t timeout, SocketSet& set) {
         set.clear();
         channel.addTo(set);

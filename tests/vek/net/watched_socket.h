@@ -1,4 +1,4 @@
-// A TCP socket that lets a test see, and cut, what is asked of it. The bytes go over the real one.
+// A TCP socket that records its calls and can limit their sizes. The data goes over a real one.
 #pragma once
 
 #include <algorithm>
@@ -30,7 +30,7 @@ class WatchedSocket : public net::TCPSocket {
         return TCPSocket::write(buffer, std::min(size, writeLimit));
     }
 
-    // The most that one call takes.
+    // Upper bound of the size of one call.
     std::uint32_t readLimit = UINT32_MAX;
     std::uint32_t writeLimit = UINT32_MAX;
     int writesBeforeClosing = INT32_MAX;
@@ -41,7 +41,8 @@ class WatchedSocket : public net::TCPSocket {
     std::uint32_t lastReadSize = 0;
 };
 
-// The bytes of a frame; of another length than the payload's for what isn't one.
+// Returns a frame with the prefix `length`; a length other than that of `payload` breaks the
+// stream.
 inline std::string frame(const std::string& payload, std::uint32_t length) {
     std::string bytes;
     for (int shift = 24; shift >= 0; shift -= 8) {

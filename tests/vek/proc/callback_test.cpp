@@ -16,7 +16,7 @@ using vek::proc::currentShepherd;
 using vek::proc::ExitStatus;
 using vek::test::NamedEvent;
 
-// Does what it is told to, and counts.
+// Runs an action and counts the calls.
 class Callback final : public vek::proc::IChildCallback {
   public:
     using Action = std::function<void(Child&)>;
@@ -54,13 +54,13 @@ class ChildCallback : public vek::test::ProcTest {
         child.start();
     }
 
-    // What is written to the standard error while `child` is started and told of.
+    // Returns what is written to the standard error while a child runs and `callback` is called.
     static std::string reportOf(Callback& callback) {
         Child child;
         testing::internal::CaptureStderr();
         start(child, callback);
         callback.awaitCalls(1);
-        // Behind the report, as the thread is.
+        // The shepherd has written the report before it notices this child.
         Child next;
         prepare(next, {"exit", "0"});
         next.start();
@@ -80,7 +80,7 @@ TEST_F(ChildCallback, IsToldOnceOnTheShepherdsThreadWithTheChild) {
     EXPECT_NE(callback.thread, vek::thread::Thread::currentId());
     EXPECT_NE(callback.thread, 0u);
     EXPECT_TRUE(waited(child).succeeded());
-    // The same child, started anew, is told of again, and another without a callback isn't.
+    // A second start calls the callback again; a child without a callback doesn't.
     child.start();
     EXPECT_TRUE(callback.awaitCalls(2));
     waited(child);
@@ -207,7 +207,7 @@ TEST_F(ChildCallback, WaitForAnotherChildThrowsAndTheOthersGoOn) {
     start(child, later);
     EXPECT_TRUE(later.awaitCalls(1));
     waited(child);
-    // The child whose handle was closed is watched no more: no failing waits, no calls.
+    // The child whose handle was closed isn't watched any more: no failing waits, no calls.
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(ofRunning.calls, 0);
     CloseHandle(watched);
@@ -237,7 +237,7 @@ TEST_F(ChildCallback, ExceptionOfAnotherKindEndsTheShepherd) {
     EXPECT_EQ(report.substr(0, 17), "Thread shepherd (");
     EXPECT_NE(report.find(") died with an unknown exception"), std::string::npos);
     EXPECT_TRUE(waited(child).finished);
-    // Nobody sees the end of the next.
+    // Nobody notices the exit of the next child.
     prepare(next, {"exit", "0"});
     next.start();
     ASSERT_TRUE(hasEnded(next));

@@ -1,5 +1,5 @@
-// A child process for the tests: lean, so that it starts quickly, and a GUI program, so that the
-// system makes no console for it.
+// A child process for the tests: small, so that it starts quickly, and a GUI program, so that
+// Windows creates no console for it.
 //
 //   proc_child exit CODE            ends at once
 //   proc_child wait EVENT CODE      ends when the event is set
@@ -213,6 +213,6 @@ UINT runCommand(const std::string& command, int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // The whole 32 bits of a code, without what the runtime does at an exit.
+    // Sets all 32 bits of the exit code and skips the runtime's exit handlers.
     ExitProcess(argc > 1 ? runCommand(argv[1], argc, argv) : badUsage);
 }

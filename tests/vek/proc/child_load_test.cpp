@@ -8,7 +8,7 @@ namespace {
 using vek::proc::Child;
 using vek::proc::Program;
 
-// Counts the handles around what it does many times.
+// Compares the number of open handles before and after many starts.
 class ChildLoad : public vek::test::ProcTest {
   protected:
     ChildLoad() {
@@ -22,7 +22,7 @@ class ChildLoad : public vek::test::ProcTest {
     std::size_t before = 0;
 };
 
-// Together these start a thousand children each way; in parts, so that the parts can run at once.
+// Together the parts start a thousand children each way; CTest can run the parts in parallel.
 class ManyChildren : public ChildLoad, public testing::WithParamInterface<int> {};
 INSTANTIATE_TEST_SUITE_P(Part, ManyChildren, testing::Range(0, 4));
 

@@ -23,7 +23,7 @@ using Strings = std::vector<std::string>;
 
 class ChildStart : public vek::test::ProcTest {
   protected:
-    // The number of the OsError that a start throws.
+    // Returns the code of the OsError that `start` throws.
     static std::uint32_t startError(Child& child) {
         try {
             child.start();
@@ -72,12 +72,12 @@ TEST_F(ChildStart, CollectedChildCanBeStartedAgain) {
 
 TEST_F(ChildStart, MissingProgramThrowsTheSystemsErrorAndLeavesNoChild) {
     Child child;
-    // The shepherd has started, with all that it opens.
+    // Starts the shepherd, so that its handles are counted before.
     prepare(child, {"exit", "0"});
     child.start();
     waited(child);
     child.setArguments({"C:\\no\\such\\program.exe"}, true);
-    // The first failure opens what the system needs for texts of errors.
+    // The first error text opens handles of the system's own.
     startError(child);
     const std::size_t before = support::openHandles().size();
     const std::uint32_t error = startError(child);
@@ -134,7 +134,7 @@ TEST_F(ChildStart, ArgumentWithABlankArrivesWholeAndAQuotationMarkIsNotProtected
     Program program;
     prepare(program, {"arguments", "a b", "", "c\"d e\"f"});
     const std::string first = '"' + vek::test::childProgram() + '"';
-    // The mark ends the quoting: the blank behind it parts two arguments.
+    // The quotation mark ends the quoting: the blank after it separates two arguments.
     EXPECT_EQ(outputOf(program), first + " \"arguments\" \"a b\" \"\" \"c\"d e\"f\"\n" +
                                      "[arguments]\n[a b]\n[]\n[cd]\n[ef]\n");
 }
@@ -360,7 +360,7 @@ TEST_F(ChildStart, ChildThatCannotBeSetGoingThrowsAndStaysSuspended) {
     CloseHandle(process.hProcess);
 }
 
-// What becomes of a child that nobody waits for.
+// A child that nobody waits for.
 
 TEST_F(ChildStart, ChildThatWasNeverWaitedForKeepsItsHandles) {
     PROCESS_INFORMATION process = {};

@@ -114,7 +114,7 @@ TEST_F(ChildWait, TimeOutOfZeroGivesAResultThatIsThere) {
     prepare(first, {"exit", "5"});
     first.start();
     ASSERT_TRUE(hasEnded(first));
-    // The shepherd takes the ends one after the other: with the second the first is there.
+    // The shepherd handles exits one by one: once it has the second it also has the first.
     prepare(second, {"exit", "0"});
     second.start();
     waited(second);
@@ -178,7 +178,7 @@ TEST_F(ChildWait, ChildThatOutlivedTheShepherdCannotBeWaitedFor) {
     first.start();
     second.start();
     waited(first);
-    // Its end needs the end of a child.
+    // `stop` returns when a child exits.
     std::thread stopping(vek::proc::shutdownShepherd);
     end.set();
     stopping.join();

@@ -13,8 +13,8 @@ using vek::proc::PipeEnd;
 using vek::proc::Program;
 using vek::test::NamedEvent;
 
-// Two threads leave at the same moment, each time that both have come. (std::barrier now and then
-// doesn't wake a thread in this compiler's library.)
+// A barrier for two threads. (std::barrier of this compiler's library sometimes doesn't wake a
+// thread.)
 class Meeting {
   public:
     void arriveAndWait() {
@@ -96,7 +96,7 @@ TEST_F(ConcurrentStart, InheritableEndOfTheProgramsOwnPipeGetsIntoEveryChild) {
     reader.takeReadEnd(pipe);
     char text[8] = {};
     EXPECT_EQ(reader.read(text, sizeof text), 4u);
-    // The other child has the end, too: there is no end of the data before its own.
+    // The other child has inherited the end: the stream doesn't end before that child exits.
     std::atomic<bool> ended = false;
     std::thread reading([&] {
         EXPECT_EQ(reader.read(text, sizeof text), 0u);

@@ -1,6 +1,6 @@
-// A child on the console of the test that starts it: proc_console_child READY END. It asks for
-// Ctrl-C, which a new process group ignores at first, sets the event READY, and ends with code 55
-// at a Ctrl-C, or with 0 once the event END is set.
+// A child on the console of its test: proc_console_child READY END. It enables Ctrl-C, which a new
+// process group ignores at first, sets the event READY, and exits with code 55 at a Ctrl-C, or with
+// 0 once the event END is set.
 #include "vek/base/windows.h"
 
 namespace {

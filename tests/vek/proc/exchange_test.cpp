@@ -141,7 +141,7 @@ TEST_F(Exchange, ChildThatFailsGivesFalseAndItsOutput) {
     EXPECT_EQ(program.getStatus().code, 9u);
 }
 
-// Leaves no room for the stack of another thread.
+// Leaves no address space for the stack of another thread.
 void takeTheAddressSpace() {
     for (SIZE_T size = 64u << 20; size >= 512u << 10; size /= 2) {
         while (VirtualAlloc(nullptr, size, MEM_RESERVE, PAGE_NOACCESS) != nullptr) {
@@ -152,7 +152,7 @@ void takeTheAddressSpace() {
 [[noreturn]] void exchangeWithoutRoom(Program& program) {
     std::string text;
     try {
-        // The shepherd has its thread.
+        // Starts the shepherd's thread.
         program.exchange(nullptr, &text, nullptr);
         takeTheAddressSpace();
         program.exchange(nullptr, &text, nullptr);

@@ -1,4 +1,4 @@
-// Which pipes a child has.
+// Counts the pipe handles of a child.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace vek::test {
 
-// How many handles of pipes a child has that none was made for: those that this process itself has
-// inherited, such as its own output. To be asked while no other thread starts children.
+// Returns the number of pipe handles of a child without pipes of its own: those that this process
+// has itself inherited, such as its output. Call it while no other thread starts children.
 inline int pipesWithoutOurs() {
     const TemporaryFile file;
     proc::Program program;

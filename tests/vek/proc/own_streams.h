@@ -1,4 +1,4 @@
-// The standard streams of this process, led elsewhere for a while.
+// Redirects this process's standard streams for a scope.
 #pragma once
 
 #include <array>
@@ -8,10 +8,10 @@
 
 namespace vek::test {
 
-// Only the system's handles are changed; what the runtime writes goes where it went.
+// Changes only the system's handles; the C runtime's streams stay as they are.
 class OwnStreams : public NoCopy {
   public:
-    // All three become `handle`, which stays the caller's.
+    // Sets all three to `handle`, which isn't owned.
     explicit OwnStreams(HANDLE handle) {
         for (std::size_t i = 0; i < which.size(); ++i) {
             original[i] = GetStdHandle(which[i]);

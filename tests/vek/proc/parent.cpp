@@ -1,4 +1,4 @@
-// A program of the framework that starts children itself, for what a process does once only.
+// Starts children in a process of its own, for tests of what a process can do only once.
 //
 //   proc_parent replace PROGRAM ARGUMENT...   is replaced by PROGRAM
 //   proc_parent exit EVENT CODE PROGRAM       starts PROGRAM, which waits for EVENT, and calls exit
@@ -55,7 +55,7 @@ int compareJobs(const std::string& program) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Leaked by `exit`, as by every program that ends so.
+    // Leaked by `exit`, as in any program that ends with it.
     const auto pal = std::make_unique<vek::VekPal>(false, 0, 0, nullptr);
     const std::string command = argc > 2 ? argv[1] : "";
     const std::vector<std::string> arguments(argv + (argc > 2 ? 2 : argc), argv + argc);

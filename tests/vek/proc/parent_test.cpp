@@ -1,4 +1,4 @@
-// What a process does to itself: tested in one that a test starts.
+// Effects on the calling process itself, tested in a process of its own.
 #include "tests/vek/proc/proc_test.h"
 
 namespace {
@@ -23,7 +23,7 @@ TEST_F(ParentTest, ChildTakesThePlaceOfAProcessThatEndsWithTheKillCode) {
     const vek::proc::ExitStatus status = waited(parent);
     EXPECT_TRUE(status.killed);
     EXPECT_EQ(status.code, 37125u);
-    // The successor has the streams and serves them.
+    // The child that replaces the parent has inherited its streams.
     EXPECT_EQ(parent.write("text", 4), 4u);
     std::string text;
     EXPECT_EQ(parent.readOutput(text, 10), 4u);
@@ -43,7 +43,7 @@ TEST_F(ParentTest, ReplacementThatCannotBeStartedLeavesTheProcess) {
 TEST_F(ParentTest, ExitWithoutTheEndOfThePlatformObjectWaitsForNoChild) {
     const NamedEvent end;
     prepareParent({"exit", end.name, "23", childProgram()});
-    // With the null device for its streams the child keeps no pipe of this test open.
+    // With the null device as its streams the child doesn't keep this test's pipes open.
     EXPECT_FALSE(parent.exchange(nullptr, nullptr, nullptr));
     EXPECT_EQ(parent.getStatus().code, 23u);
 }

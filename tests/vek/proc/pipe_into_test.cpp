@@ -44,7 +44,7 @@ TEST_F(PipeInto, FailureOfEitherIsAFailureAndBothAreFinished) {
 }
 
 TEST_F(PipeInto, WriterNoticesThatTheReaderHasGone) {
-    // Nobody but the reader has the other end: otherwise the writer would sleep for good.
+    // Only the reader has the other end: otherwise the writer would block forever.
     prepare(first, {"say", std::string(20000, 'x'), "", "0"});
     prepare(second, {"exit", "0"});
     EXPECT_FALSE(first.pipeInto(second));
@@ -58,7 +58,7 @@ TEST_F(PipeInto, LeavesNoHandleAndNoStaleStream) {
     const std::size_t before = support::openHandles().size();
     EXPECT_TRUE(first.pipeInto(second));
     EXPECT_EQ(support::openHandles().size(), before);
-    // Kept now, the input is that of this process, as there is no pipe any more.
+    // KeepStdin now means this process's own input: the pipe's handle was forgotten.
     const TemporaryFile result;
     prepare(second, {"streams", result.path});
     const vek::test::OwnStreams streams(vek::fs::nullOutput()->nativeHandle());

@@ -98,8 +98,8 @@ TEST(Pipe, ClosesEachEndOnce) {
     EXPECT_NO_THROW(pipe.close());
 }
 
-// Closes both ends and puts values in their place that no handle ever has; their own might be
-// given out again at once.
+// Closes both ends and replaces the handles by values that no handle ever has: Windows may reuse
+// the old values at once.
 void loseEnds(Pipe& pipe) {
     pipe.close();
     pipe.readEnd = ULongToHandle(0x7ffffff0);
@@ -122,7 +122,7 @@ TEST(Pipe, EndThatCannotBeClosedIsMarkedInvalidAllTheSame) {
 
 TEST(Pipe, EndWithAnOpenEndIsReportedAndClosesIt) {
     const std::string report = "Usage error: One or both Pipe FDs weren't closed\n";
-    // The first report opens what the system needs for texts of errors.
+    // The first error text opens handles of the system's own.
     EXPECT_EQ(reportOfEnd(true, true), report);
     const std::size_t before = support::openHandles().size();
     EXPECT_EQ(reportOfEnd(true, true), report);

@@ -1,4 +1,4 @@
-// What the tests of child processes share.
+// Shared by the tests of child processes.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +26,7 @@ inline std::string childProgram() {
     return programDirectory() + "\\proc_child.exe";
 }
 
-// An event that children wait for. Each has a name of its own.
+// An event with a unique name that children wait for.
 class NamedEvent : public NoCopy {
   public:
     NamedEvent() : handle(CreateEventA(nullptr, TRUE, FALSE, name.c_str())) {}
@@ -36,7 +36,7 @@ class NamedEvent : public NoCopy {
     }
     void set() const { SetEvent(handle); }
 
-    // False if it isn't set in time.
+    // Returns false if it isn't set in time.
     bool await() const { return WaitForSingleObject(handle, limitMs) == WAIT_OBJECT_0; }
 
     const std::string name = "vek-proc-test-" + std::to_string(GetCurrentProcessId()) + "-" +
@@ -46,11 +46,11 @@ class NamedEvent : public NoCopy {
     const HANDLE handle;
 };
 
-// Each test has the framework started, and leaves no child behind: the end of the platform object
+// Starts the framework for each test. A test must leave no child running: the destructor of `pal`
 // would wait for it.
 class ProcTest : public testing::Test {
   protected:
-    // What `target` throws as an Error, by its text; "nothing" otherwise.
+    // Returns the text of the Error that `action` throws, or "nothing".
     template <class Error, class Action>
     static std::string thrown(Action action) {
         try {
@@ -66,7 +66,7 @@ class ProcTest : public testing::Test {
         child.setArguments(arguments, false);
     }
 
-    // Waits without a time-out.
+    // Calls `wait` without a time-out.
     static proc::ExitStatus waited(proc::Child& child) {
         proc::ExitStatus status;
         child.wait(status);
@@ -79,12 +79,12 @@ class ProcTest : public testing::Test {
         return status;
     }
 
-    // The system itself has seen the end of the child, which stays to be collected.
+    // Waits for the child's process itself, without collecting the child.
     static bool hasEnded(const proc::Child& child, DWORD timeoutMs = limitMs) {
         return WaitForSingleObject(child.getProcess().hProcess, timeoutMs) == WAIT_OBJECT_0;
     }
 
-    // The standard output of a run of `program`, as it is set up.
+    // Runs `program` and returns its standard output.
     static std::string outputOf(proc::Program& program) {
         std::string output;
         EXPECT_TRUE(program.exchange(nullptr, &output, nullptr));

@@ -28,7 +28,7 @@ TEST_F(ProgramTest, ProgramIsTakenAsItIsNamedIfThereIsSuchAFile) {
     Program program;
     EXPECT_TRUE(program.setProgram(childProgram(), false));
     EXPECT_EQ(chosen(program), childProgram());
-    // A directory counts, too.
+    // A directory also counts.
     EXPECT_TRUE(program.setProgram("C:\\windows", true));
     EXPECT_EQ(chosen(program), "C:\\windows");
 }
@@ -124,7 +124,7 @@ TEST_F(ProgramTest, KeepFlagsLeaveWhatWasSetAndTheOthersForgetIt) {
         program.start(combination.flags);
         EXPECT_TRUE(program.finish());
         EXPECT_EQ(result.contents(), combination.types) << combination.flags;
-        // What was not kept is forgotten: keeping it now keeps nothing.
+        // The handle was reset: the keep flag now has nothing to keep.
         program.start(P::KeepStdin | P::KeepStdout | P::KeepStderr);
         EXPECT_TRUE(program.finish());
         EXPECT_EQ(result.contents(), combination.types) << combination.flags;
@@ -161,7 +161,7 @@ TEST_F(ProgramTest, ChildHasOnlyItsOwnEndsOfThePipes) {
     EXPECT_EQ(output, std::to_string(others + 1));
 }
 
-// Life.
+// Start and finish.
 
 TEST_F(ProgramTest, SecondStartWhileAChildIsThereThrows) {
     const NamedEvent end;
@@ -174,14 +174,14 @@ TEST_F(ProgramTest, SecondStartWhileAChildIsThereThrows) {
     EXPECT_EQ(program.getProcess().dwProcessId, id);
     end.set();
     EXPECT_TRUE(program.finish());
-    // And again after its end.
+    // Again after `finish`.
     program.start(Program::StdoutNull);
     EXPECT_TRUE(program.finish());
 }
 
 TEST_F(ProgramTest, StartThatFailsClosesItsPipesWithoutAReport) {
     Program program;
-    // The shepherd has started, with all that it opens.
+    // Starts the shepherd, so that its handles are counted before.
     prepare(program, {"exit", "0"});
     EXPECT_TRUE(program.run(true));
     program.setArguments({"C:\\no\\such\\program.exe"}, true);
@@ -267,12 +267,12 @@ TEST_F(ProgramTest, ReadsOnceOrUntilTheSizeIsReached) {
     EXPECT_STREQ(buffer, "abc");
     EXPECT_EQ(program.read(buffer, sizeof buffer, false, false), 3u);
     EXPECT_EQ(program.write("defgh", 5), 5u);
-    // More than one read is needed for what has come in two pieces.
+    // The data arrives in two pieces, so one read isn't enough.
     EXPECT_EQ(program.read(buffer, 2, false, true), 2u);
     EXPECT_EQ(program.read(buffer + 2, 3, true, true), 3u);
     EXPECT_STREQ(buffer, "defgh");
     program.closeStdin();
-    // To the end, which comes before the size.
+    // To the end of the stream, which comes before `size`.
     EXPECT_EQ(program.read(buffer, sizeof buffer, true, true), 0u);
     EXPECT_EQ(program.read(buffer, sizeof buffer, true, false), 5u);
     EXPECT_TRUE(program.finish());

@@ -14,7 +14,7 @@ using vek::proc::Program;
 
 class RunOrThrow : public vek::test::ProcTest {
   protected:
-    // What a run of `arguments` throws, behind the command line.
+    // Returns the message of the exception that a run throws, without the command line.
     std::string failureOf(const std::vector<std::string>& arguments, std::uint32_t flags) {
         prepare(program, arguments);
         const std::string text = thrown<RuntimeError>([&] { program.runOrThrow(flags); });
@@ -50,7 +50,7 @@ TEST_F(RunOrThrow, KilledChildHasFailedWithTheKillCode) {
 TEST_F(RunOrThrow, MergedOutputsAreBothCollected) {
     EXPECT_EQ(failureOf({"say", "out ", "err", "3"}, Program::StdoutPipe | Program::MergeStderr),
               "failed (3):\n\nout err");
-    // Without a pipe for the output there is nothing to merge into.
+    // Without StdoutPipe there is no pipe to merge into.
     EXPECT_EQ(failureOf({"say", "out ", "err", "3"}, Program::StdoutNull | Program::MergeStderr),
               "failed (3):\n\nerr");
 }
@@ -62,7 +62,7 @@ TEST_F(RunOrThrow, ErrorsAreReadAsTheRuntimeReadsText) {
 
 TEST_F(RunOrThrow, CollectsMoreThanAPipeHolds) {
     prepare(program, {"flood", "100000"});
-    // Its input, which it reads at last, isn't there: nothing fails.
+    // The child reads its input, which has ended: nothing fails.
     EXPECT_NO_THROW(program.runOrThrow(Program::StdoutNull | Program::StdinNull));
     const std::string large(20000, 'e');
     EXPECT_EQ(failureOf({"say", "", large, "2"}, Program::StdoutNull), "failed (2):\n\n" + large);

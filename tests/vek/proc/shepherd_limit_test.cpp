@@ -20,7 +20,7 @@ class ShepherdLimit : public vek::test::ProcTest {
         child.start();
     }
 
-    // Ends a child that runs without being watched.
+    // Kills a child that isn't watched.
     static void remove(Child& child) {
         Child::kill(child.getProcess().dwProcessId);
         EXPECT_TRUE(hasEnded(child));
@@ -47,7 +47,7 @@ TEST_F(ShepherdLimit, SixtyThreeChildrenAreWatchedAndTheNextIsRefusedWhileItRuns
     EXPECT_FALSE(hasEnded(refused, 50));
     remove(refused);
 
-    // Pipes of a program that was refused are closed, and its other handles are there to be closed.
+    // A refused program has closed its pipes; its process can still be killed and closed.
     vek::proc::Program program;
     prepare(program, {"wait", end.name, "0"});
     const std::size_t before = support::openHandles().size();

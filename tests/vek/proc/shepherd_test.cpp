@@ -31,13 +31,13 @@ class ShepherdTest : public vek::test::ProcTest {
         child.start();
     }
 
-    // False if no result of `process` comes within `timeoutMs` milliseconds.
+    // Returns false if no result of `process` arrives within `timeoutMs` milliseconds.
     static bool comes(const PROCESS_INFORMATION& process, std::uint32_t& code,
                       std::int64_t timeoutMs) {
         return currentShepherd()->waitForChild(process, code, &timeoutMs);
     }
 
-    // A duplicate of the child's process handle that has only the right `access`.
+    // A duplicate of the child's process handle with only the access right `access`.
     static PROCESS_INFORMATION withAccess(const Child& child, DWORD access) {
         PROCESS_INFORMATION limited = {};
         EXPECT_NE(DuplicateHandle(GetCurrentProcess(), child.getProcess().hProcess,
@@ -52,7 +52,7 @@ class ShepherdTest : public vek::test::ProcTest {
     }
 };
 
-// Life.
+// Start and stop.
 
 TEST_F(ShepherdTest, ComesWithTheFirstChildAndStays) {
     EXPECT_EQ(currentShepherd(), nullptr);
@@ -106,7 +106,7 @@ TEST_F(ShepherdTest, StopWithoutChildrenReturnsAtOnce) {
     Child child;
     startEnding(child, "0");
     waited(child);
-    // Asleep for certain.
+    // Long enough that the thread sleeps.
     Sleep(50);
     const vek::time::MonotonicClock begun(true);
     vek::proc::shutdownShepherd();
@@ -117,7 +117,7 @@ TEST_F(ShepherdTest, StopWithARunningChildLastsUntilItsEnd) {
     const NamedEvent end;
     Child child;
     startWaiting(child, end, "0");
-    // By now the thread waits for it.
+    // Long enough that the thread waits for the child.
     Sleep(500);
     std::atomic<bool> stopped = false;
     std::thread stopping([&] {
@@ -140,7 +140,7 @@ TEST_F(ShepherdTest, StopWithSeveralRunningChildrenLastsUntilTheFirstEnd) {
     Child second;
     startWaiting(first, endOfFirst, "0");
     startWaiting(second, endOfSecond, "0");
-    // By now the thread waits for both.
+    // Long enough that the thread waits for both.
     Sleep(500);
     std::thread stopping(vek::proc::shutdownShepherd);
     Sleep(100);
@@ -228,7 +228,7 @@ TEST_F(ShepherdTest, TwoThreadsThatWaitForTwoChildrenGetEachItsOwnCode) {
     ExitStatus ofSecond;
     std::thread firstWaiter([&] { first.wait(ofFirst); });
     std::thread secondWaiter([&] { second.wait(ofSecond); });
-    // Both asleep; the second waiter must not be the only one that is waked.
+    // Both sleep; a result must wake both.
     Sleep(50);
     endOfSecond.set();
     secondWaiter.join();
@@ -242,7 +242,7 @@ TEST_F(ShepherdTest, ChildThatJoinsARunningOneIsSeenAtOnce) {
     const NamedEvent never;
     Child running;
     startWaiting(running, never, "0");
-    // The thread is in its wait for the first alone, and has to be waked out of that.
+    // The thread waits for the first child only; the second has to interrupt that wait.
     Sleep(50);
     Child second;
     startEnding(second, "2");
@@ -259,7 +259,7 @@ TEST_F(ShepherdTest, ChildOfAnIdleShepherdIsSeenAtOnce) {
     EXPECT_EQ(waitedUpTo(child, vek::test::limitMs).code, 2u);
 }
 
-// Failures of the system.
+// Failing system calls.
 
 TEST_F(ShepherdTest, CodeThatCannotBeReadIsReportedAndAResultIsThere) {
     Child child;

@@ -1,4 +1,4 @@
-// A file for what a child tells by it.
+// A temporary file for the results of a child.
 #pragma once
 
 #include <string>
@@ -27,7 +27,7 @@ class TemporaryFile : public NoCopy {
         DeleteFileA(path.c_str());
     }
 
-    // Open here all the time; not inheritable.
+    // Open for the lifetime of this object; not inheritable.
     HANDLE handle() const { return file.nativeHandle(); }
     std::string contents() const { return support::readFile(path); }
 
