@@ -1,6 +1,6 @@
 #include "source/tolmar/helper_directory.h"
 
-#include "vek/base/os_bounded_text.h"
+#include "vek/os/bounded_text.h"
 
 namespace tolmar {
 

@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "vek/base/compiler.h"
-#include "vek/base/os_objects.h"
+#include "vek/os/objects.h"
 #include "vek/pathinfo.h"
 
 namespace tolmar {

@@ -10,13 +10,13 @@
 
 #include "vek/auxiliary/line_parser.h"
 #include "vek/base/console_colors.h"
-#include "vek/base/os_calendar.h"
 #include "vek/base/os_error_text.h"
 #include "vek/exception.h"
 #include "vek/log/message.h"
 #include "vek/log/own_address.h"
 #include "vek/net/address_text.h"
 #include "vek/net/data_socket.h"
+#include "vek/os/calendar.h"
 #include "vek/time/clock.h"
 #include "vek/time/date_time.h"
 

@@ -7,8 +7,8 @@
 
 #include <process.h>
 
-#include "vek/base/os_thread_name.h"
 #include "vek/exception.h"
+#include "vek/os/thread_name.h"
 #include "vek/thread/scope_guard.h"
 #include "vek/time/clock.h"
 

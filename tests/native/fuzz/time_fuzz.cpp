@@ -3,9 +3,9 @@
 
 #include "tests/native/fuzz/fuzz.h"
 #include "tools/log_application/utc_time.h"
-#include "vek/base/os_calendar.h"
 #include "vek/exception.h"
 #include "vek/log/time_text.h"
+#include "vek/os/calendar.h"
 #include "vek/time/clock.h"
 #include "vek/time/parse_time.h"
 

@@ -1,13 +1,13 @@
-#include "vek/base/os_shared_memory.h"
+#include "vek/os/shared_memory.h"
 
 #include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "tests/vek/base/os_test_support.h"
+#include "tests/vek/os/test_support.h"
 #include "tests/vek/temporary_directory.h"
-#include "vek/base/os_process.h"
+#include "vek/os/process.h"
 
 namespace {
 

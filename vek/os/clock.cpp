@@ -1,4 +1,4 @@
-#include "vek/base/os_clock.h"
+#include "vek/os/clock.h"
 
 #include <ctime>
 

@@ -1,4 +1,4 @@
-#include "vek/base/os_file.h"
+#include "vek/os/file.h"
 
 #include <limits>
 
@@ -7,7 +7,7 @@
 #include <sys/types.h>
 #include <sys/utime.h>
 
-#include "vek/base/os_bounded_text.h"
+#include "vek/os/bounded_text.h"
 
 namespace vek::os {
 

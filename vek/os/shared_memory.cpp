@@ -1,4 +1,4 @@
-#include "vek/base/os_shared_memory.h"
+#include "vek/os/shared_memory.h"
 
 #include <array>
 

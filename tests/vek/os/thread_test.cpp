@@ -1,8 +1,8 @@
-#include "vek/base/os_thread.h"
+#include "vek/os/thread.h"
 
 #include <gtest/gtest.h>
 
-#include "tests/vek/base/os_test_support.h"
+#include "tests/vek/os/test_support.h"
 
 namespace {
 

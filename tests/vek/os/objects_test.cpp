@@ -1,4 +1,4 @@
-#include "vek/base/os_objects.h"
+#include "vek/os/objects.h"
 
 #include <array>
 #include <ostream>
@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/vek/base/os_test_support.h"
-#include "vek/base/os_process.h"
+#include "tests/vek/os/test_support.h"
+#include "vek/os/process.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "vek/base/os_library.h"
+#include "vek/os/library.h"
 
 #include <array>
 #include <cstring>
 
-#include "vek/base/os_bounded_text.h"
+#include "vek/os/bounded_text.h"
 
 namespace vek::os {
 

@@ -1,8 +1,8 @@
-#include "vek/base/os_objects.h"
+#include "vek/os/objects.h"
 
 #include <array>
 
-#include "vek/base/os_bounded_text.h"
+#include "vek/os/bounded_text.h"
 
 namespace vek::os {
 

@@ -1,4 +1,4 @@
-#include "vek/base/os_thread.h"
+#include "vek/os/thread.h"
 
 #include <process.h>
 

@@ -1,4 +1,4 @@
-#include "vek/base/os_directory.h"
+#include "vek/os/directory.h"
 
 #include <array>
 #include <set>

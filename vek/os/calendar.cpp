@@ -1,4 +1,4 @@
-#include "vek/base/os_calendar.h"
+#include "vek/os/calendar.h"
 
 #include <array>
 

@@ -8,8 +8,8 @@
 
 #include <cstdint>
 
-#include "vek/base/os_objects.h"
 #include "vek/base/windows.h"
+#include "vek/os/objects.h"
 
 namespace vek::os {
 

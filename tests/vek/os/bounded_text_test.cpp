@@ -1,4 +1,4 @@
-#include "vek/base/os_bounded_text.h"
+#include "vek/os/bounded_text.h"
 
 #include <array>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "vek/base/os_security.h"
+#include "vek/os/security.h"
 
 #include <new>
 

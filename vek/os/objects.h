@@ -14,8 +14,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "vek/base/os_security.h"
 #include "vek/base/windows.h"
+#include "vek/os/security.h"
 
 namespace vek::os {
 

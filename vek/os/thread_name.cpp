@@ -1,4 +1,4 @@
-#include "vek/base/os_thread_name.h"
+#include "vek/os/thread_name.h"
 
 #include "vek/base/windows.h"
 

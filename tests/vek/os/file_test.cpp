@@ -1,4 +1,4 @@
-#include "vek/base/os_file.h"
+#include "vek/os/file.h"
 
 #include <array>
 #include <map>
@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/vek/base/os_test_support.h"
+#include "tests/vek/os/test_support.h"
 #include "tests/vek/temporary_directory.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "vek/base/os_directory.h"
+#include "vek/os/directory.h"
 
 #include <array>
 #include <cstdint>
@@ -7,9 +7,9 @@
 #include <direct.h>
 #include <io.h>
 
-#include "vek/base/os_bounded_text.h"
-#include "vek/base/os_file.h"
 #include "vek/base/windows.h"
+#include "vek/os/bounded_text.h"
+#include "vek/os/file.h"
 
 namespace vek::os {
 

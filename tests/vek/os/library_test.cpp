@@ -1,4 +1,4 @@
-#include "vek/base/os_library.h"
+#include "vek/os/library.h"
 
 #include <array>
 #include <string>

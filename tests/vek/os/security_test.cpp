@@ -1,4 +1,4 @@
-#include "vek/base/os_security.h"
+#include "vek/os/security.h"
 
 #include <array>
 #include <string>
@@ -8,9 +8,9 @@
 #include <gtest/gtest.h>
 #include <sddl.h>
 
-#include "tests/vek/base/os_test_support.h"
-#include "vek/base/os_objects.h"
-#include "vek/base/os_shared_memory.h"
+#include "tests/vek/os/test_support.h"
+#include "vek/os/objects.h"
+#include "vek/os/shared_memory.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "vek/base/os_process.h"
+#include "vek/os/process.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "vek/base/os_objects.h"
-#include "vek/base/os_shared_memory.h"
 #include "vek/base/windows.h"
+#include "vek/os/objects.h"
+#include "vek/os/shared_memory.h"
 
 namespace {
 

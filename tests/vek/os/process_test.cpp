@@ -1,4 +1,4 @@
-#include "vek/base/os_process.h"
+#include "vek/os/process.h"
 
 #include <atomic>
 #include <string>
@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/vek/base/os_test_support.h"
+#include "tests/vek/os/test_support.h"
 #include "tests/vek/temporary_directory.h"
-#include "vek/base/os_objects.h"
+#include "vek/os/objects.h"
 
 namespace {
 
