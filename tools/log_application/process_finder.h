@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "tools/log_application/failure.h"
-#include "tools/log_application/options.h"
 #include "tools/log_application/process.h"
+#include "tools/log_application/selection.h"
 #include "tools/log_application/stop_signal.h"
 
 namespace log_application {
