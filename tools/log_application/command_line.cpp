@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "tools/log_application/command_options.h"
-#include "tools/log_application/escape.h"
-#include "tools/log_application/failure.h"
 #include "tools/log_application/help_text.h"
+#include "tools/log_application/program/failure.h"
+#include "tools/log_application/show/escape.h"
 
 namespace log_application {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/log_application/options.h"
+#include "tools/log_application/commands/options.h"
 
 namespace log_application {
 

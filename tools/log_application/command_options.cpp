@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "tools/log_application/escape.h"
-#include "tools/log_application/failure.h"
+#include "tools/log_application/program/failure.h"
+#include "tools/log_application/show/escape.h"
 #include "vek/log/server.h"
 
 namespace log_application {

@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-#include "tools/log_application/options.h"
+#include "tools/log_application/commands/options.h"
 
 namespace log_application {
 

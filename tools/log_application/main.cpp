@@ -8,12 +8,12 @@
 #include <io.h>
 
 #include "tools/log_application/command_line.h"
-#include "tools/log_application/console.h"
-#include "tools/log_application/console_quit.h"
-#include "tools/log_application/list_commands.h"
-#include "tools/log_application/set_command.h"
-#include "tools/log_application/stop_signal.h"
-#include "tools/log_application/tail_command.h"
+#include "tools/log_application/commands/list_commands.h"
+#include "tools/log_application/commands/set_command.h"
+#include "tools/log_application/commands/tail_command.h"
+#include "tools/log_application/program/console.h"
+#include "tools/log_application/program/console_quit.h"
+#include "tools/log_application/program/stop_signal.h"
 #include "vek/pal.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <set>
 
 #include "tests/native/fuzz/fuzz.h"
-#include "tools/log_application/discovered.h"
+#include "tools/log_application/finding/discovered.h"
 #include "vek/exception.h"
 #include "vek/log/discovery.h"
 #include "vek/log/telegram.h"

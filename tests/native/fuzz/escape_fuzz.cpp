@@ -2,9 +2,9 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/native/fuzz/fuzz.h"
-#include "tools/log_application/escape.h"
-#include "tools/log_application/json_object.h"
-#include "tools/log_application/utf8.h"
+#include "tools/log_application/show/escape.h"
+#include "tools/log_application/show/json_object.h"
+#include "tools/log_application/show/utf8.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/native/fuzz/fuzz.h"
-#include "tools/log_application/line_renderer.h"
+#include "tools/log_application/show/line_renderer.h"
 #include "vek/log/telegram.h"
 
 namespace {

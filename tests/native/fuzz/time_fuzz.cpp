@@ -2,7 +2,7 @@
 #include <iterator>
 
 #include "tests/native/fuzz/fuzz.h"
-#include "tools/log_application/utc_time.h"
+#include "tools/log_application/show/utc_time.h"
 #include "vek/exception.h"
 #include "vek/log/time_text.h"
 #include "vek/os/calendar.h"

@@ -5,9 +5,9 @@
 #include <optional>
 
 #include "tests/native/fuzz/fuzz.h"
-#include "tools/log_application/endpoint.h"
-#include "tools/log_application/failure.h"
-#include "tools/log_application/level_change.h"
+#include "tools/log_application/connection/endpoint.h"
+#include "tools/log_application/connection/level_change.h"
+#include "tools/log_application/program/failure.h"
 #include "vek/base/text.h"
 #include "vek/base/units.h"
 #include "vek/exception.h"

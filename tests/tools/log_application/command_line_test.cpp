@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/log_application/failure.h"
+#include "tools/log_application/program/failure.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The help, and the documentation that quotes it.
 #include "tests/support/files.h"
-#include "tests/tools/log_application/tool_test.h"
+#include "tests/tools/log_application/support/tool_test.h"
 #include "tools/log_application/command_table.h"
 
 namespace {

@@ -1,0 +1,28 @@
+// Doing one thing with each of several processes.
+#pragma once
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+#include "tools/log_application/connection/process.h"
+#include "tools/log_application/program/console.h"
+
+namespace log_application {
+
+// Calls `action` with each process. A Failure is reported and the next process taken; the result is
+// the worst exit code.
+inline ExitCode forEach(const std::vector<Process>& processes,
+                        const std::function<void(const Process&)>& action) {
+    ExitCode worst = exitDone;
+    for (const Process& process : processes) {
+        try {
+            action(process);
+        } catch (const Failure& failure) {
+            worst = std::max(worst, report(failure));
+        }
+    }
+    return worst;
+}
+
+}  // namespace log_application

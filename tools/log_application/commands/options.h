@@ -1,0 +1,43 @@
+// log_application::Options: what the user asked for.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "tools/log_application/connection/level_change.h"
+#include "tools/log_application/finding/selection.h"
+#include "tools/log_application/follow/line_filter.h"
+#include "tools/log_application/show/line_renderer.h"
+
+namespace log_application {
+
+enum class Command { ps, levels, set, sinks, save, tail };
+
+struct SetOptions {
+    std::vector<LevelChange> changes;
+    std::optional<vek::log::Level> defaultLevel;
+    std::optional<std::int64_t> forMs;  // put the earlier levels back after so long
+};
+
+struct TailOptions {
+    FilterOptions filter;
+    std::string format;                // empty: the one that fits
+    std::optional<std::regex> expect;  // ends with the first line whose text it is found in
+    std::optional<std::int64_t> timeoutMs;
+    bool reconnect = false;
+    std::size_t bufferLines = 200'000;
+};
+
+struct Options {
+    Command command = Command::ps;
+    Selection selection;
+    OutputKind output = OutputKind::text;
+    SetOptions set;
+    TailOptions tail;
+};
+
+}  // namespace log_application

@@ -1,0 +1,68 @@
+// log_application::TailCommand: follows the messages of one or several processes.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "tools/log_application/commands/options.h"
+#include "tools/log_application/follow/followed_processes.h"
+#include "tools/log_application/follow/follower.h"
+#include "tools/log_application/follow/line_filter.h"
+#include "tools/log_application/follow/line_queue.h"
+#include "tools/log_application/follow/time_merger.h"
+#include "tools/log_application/program/exit_code.h"
+#include "tools/log_application/program/stop_signal.h"
+#include "tools/log_application/show/line_renderer.h"
+
+namespace log_application {
+
+// For one thread; each process has a thread of its own that reads.
+class TailCommand : public vek::NoCopy {
+  public:
+    // How long a line waits for earlier ones of other processes, in milliseconds.
+    static constexpr std::int64_t mergeWindowMs = 250;
+
+    // Both are borrowed.
+    TailCommand(const Options& commandOptions, StopSignal& stopSignal);
+
+    // Requests the stop, so that the readers end.
+    ~TailCommand();
+
+    // Follows until the stop, the end of the time, the expected message, or the end of all
+    // processes. The result is done, not done for an expectation that wasn't met, and connection
+    // lost once no process is left. Throws Failure if there is no process, or the output fails.
+    ExitCode run();
+
+  private:
+    void findTargets();
+    void addFollower(const Selection& wanted, const std::optional<Process>& found);
+    void makeMerger();
+    void loop();
+    vek::time::MonotonicClock nextDeadline() const;
+    void take(std::vector<Arrival> arrivals);
+    void show(const std::vector<MergedItem>& items);
+    void show(const MergedItem& item);
+    void showLine(const MergedItem& item);
+    bool isFinished() const;
+    ExitCode result() const;
+
+    const Options& options;
+    StopSignal& stop;
+    LineQueue queue;
+    FollowedProcesses followed;
+    const LineFilter filter;
+    std::vector<std::unique_ptr<Follower>> followers;
+    std::optional<LineRenderer> renderer;
+    std::optional<TimeMerger> merger;
+    std::optional<vek::time::MonotonicClock> end;
+    // Sources whose strange telegrams were told of.
+    std::set<std::size_t> toldOf;
+    std::size_t ended = 0;
+    bool timeIsUp = false;
+    bool isMet = false;
+};
+
+}  // namespace log_application

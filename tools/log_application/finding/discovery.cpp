@@ -1,0 +1,102 @@
+#include "tools/log_application/finding/discovery.h"
+
+#include <string>
+
+#include "tools/log_application/finding/broadcast_addresses.h"
+#include "tools/log_application/finding/discovered.h"
+#include "tools/log_application/program/failure.h"
+#include "tools/log_application/show/escape.h"
+#include "vek/base/windows.h"
+#include "vek/exception.h"
+#include "vek/log/own_address.h"
+#include "vek/log/server.h"
+#include "vek/log/telegram.h"
+#include "vek/net/ip4_address.h"
+#include "vek/net/udp_socket.h"
+
+namespace log_application {
+
+namespace {
+
+constexpr DWORD pollMs = 20;
+constexpr std::size_t largestDatagram = 65536;
+
+std::vector<Endpoint> everywhere() {
+    std::vector<Endpoint> places = {{"127.0.0.1", vek::log::Server::discoveryPort}};
+    for (const std::string& address : broadcastAddresses()) {
+        places.push_back({address, vek::log::Server::discoveryPort});
+    }
+    return places;
+}
+
+std::string question(std::uint32_t id) {
+    vek::log::Telegram telegram;
+    telegram.type = "discover-request";
+    telegram.addParam("id", std::int64_t{id});
+    std::string text;
+    telegram.serialize(text);
+    return text;
+}
+
+// Asks at every place; a place that can't be sent to is left out. Throws if that holds for all.
+void ask(vek::net::UDPSocket& socket, const std::vector<Endpoint>& places,
+         const std::string& text) {
+    std::size_t sent = 0;
+    std::string reason;
+    for (const Endpoint& place : places) {
+        vek::net::IP4Address address;
+        address.fromString(place.address);
+        address.setPort(place.port);
+        try {
+            socket.sendTo(text.data(), static_cast<std::uint32_t>(text.size()), address);
+            ++sent;
+        } catch (const vek::NetError& error) {
+            reason = place.text() + ": " + error.what();
+        }
+    }
+    if (sent == 0) {
+        throw Failure(exitLost, "The question for processes can't be sent: " + reason,
+                      "Check the network, or name a process by --connect HOST:PORT.");
+    }
+}
+
+// Takes one answer, if there is one within `pollMs`.
+void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& found) {
+    vek::net::IP4Address sender;
+    try {
+        const std::uint32_t size =
+            socket.receiveFrom(room.data(), static_cast<std::uint32_t>(room.size()), sender);
+        const std::string address = sender.toString();
+        found.add(std::string_view(room.data(), size), address, vek::log::isOwnAddress(address));
+    } catch (const vek::NetError&) {
+        // Nothing came, or the system tells that nobody listens at one of the places.
+    }
+}
+
+}  // namespace
+
+std::vector<Process> discover(const std::vector<Endpoint>& hosts, StopSignal& stop) {
+    vek::net::UDPSocket socket(false);
+    socket.setBroadcast(true);
+    socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &pollMs, sizeof pollMs);
+    const std::uint32_t id = GetTickCount() ^ GetCurrentProcessId();
+    const std::string text = question(id);
+    const std::vector<Endpoint> places = hosts.empty() ? everywhere() : hosts;
+    Discovered found(id);
+    std::string room(largestDatagram, '\0');
+    const vek::time::MonotonicClock start(true);
+    int round = 0;
+    for (;;) {
+        const std::int64_t elapsed = vek::time::MonotonicClock(true) - start;
+        if (elapsed >= discoveryTimeMs || stop.isRequested()) {
+            return found.processes();
+        }
+        if (round < discoveryRounds && elapsed >= round * discoveryRoundMs) {
+            ask(socket, places, text);
+            ++round;
+        }
+        takeAnswer(socket, room, found);
+    }
+}
+
+}  // namespace log_application

@@ -1,0 +1,40 @@
+#include "tools/log_application/show/json_object.h"
+
+#include "tools/log_application/show/escape.h"
+
+namespace log_application {
+
+void JsonObject::addKey(std::string_view key) {
+    if (!members.empty()) {
+        members += ',';
+    }
+    appendJsonString(members, key);
+    members += ':';
+}
+
+void JsonObject::add(std::string_view key, std::string_view text) {
+    addKey(key);
+    appendJsonString(members, text);
+}
+
+void JsonObject::add(std::string_view key, std::int64_t number) {
+    addKey(key);
+    members += std::to_string(number);
+}
+
+void JsonObject::add(std::string_view key, bool value) {
+    addKey(key);
+    members += value ? "true" : "false";
+}
+
+void JsonObject::addNull(std::string_view key) {
+    addKey(key);
+    members += "null";
+}
+
+void JsonObject::add(std::string_view key, const JsonObject& object) {
+    addKey(key);
+    members += object.text();
+}
+
+}  // namespace log_application
