@@ -8,8 +8,11 @@
 #include <io.h>
 
 #include "tools/log_application/command_line.h"
-#include "tools/log_application/commands/list_commands.h"
+#include "tools/log_application/commands/levels_command.h"
+#include "tools/log_application/commands/ps_command.h"
+#include "tools/log_application/commands/save_command.h"
 #include "tools/log_application/commands/set_command.h"
+#include "tools/log_application/commands/sinks_command.h"
 #include "tools/log_application/commands/tail_command.h"
 #include "tools/log_application/program/console.h"
 #include "tools/log_application/program/console_quit.h"
@@ -53,7 +56,7 @@ ExitCode run(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-    // Lines end with a line feed, and raw output holds the bytes that it was given.
+    // Without translation: lines end with a line feed, raw output is byte for byte.
     _setmode(_fileno(stdout), _O_BINARY);
     try {
         return run({arguments + 1, arguments + argumentCount});
