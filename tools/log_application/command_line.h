@@ -10,9 +10,9 @@
 
 namespace log_application {
 
-// Reads `arguments`, those behind the program's name. If they ask for help, that is written to
-// `output` and the result is none. Throws Failure (wrong usage) for what can't be understood; its
-// advice names the help that tells more.
+// Parses `arguments`, which exclude the program's name. If they ask for help, writes it to `output`
+// and returns none. Throws Failure (exitUsage) for anything invalid; its advice names the help to
+// read.
 std::optional<Options> parseCommandLine(const std::vector<std::string>& arguments,
                                         std::ostream& output);
 

@@ -10,7 +10,7 @@ namespace log_application {
 
 namespace {
 
-// Which options a command takes beside those of its processes.
+// True if the command has --output.
 bool showsObjects(Command command) {
     return command != Command::set && command != Command::save;
 }

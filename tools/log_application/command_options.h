@@ -1,4 +1,4 @@
-// log_application::CommandOptions: the options of one command, on a parser of TCLAP's.
+// log_application::CommandOptions: parses the options of one command with TCLAP.
 #pragma once
 
 #include <ostream>
@@ -16,17 +16,18 @@ class CommandOptions : public vek::NoCopy {
   public:
     explicit CommandOptions(const CommandRow& commandRow);
 
-    // Reads the arguments behind the command's name. "--option=value" is good too. Throws Failure
-    // (wrong usage).
+    // Parses the arguments behind the command's name. "--option=value" is accepted too. Throws
+    // Failure (exitUsage).
     Options parse(const std::vector<std::string>& arguments);
 
-    // Writes the help of this command: how it is called, its example, and every option.
+    // Writes the help of this command: usage, an example and all options.
     void writeHelp(std::ostream& stream) const;
 
   private:
     struct Arguments {
-        std::vector<std::string> named;     // options, each value behind its option
-        std::vector<std::string> operands;  // TCLAP takes such from one parser of a process only
+        std::vector<std::string> named;  // each option followed by its value
+        std::vector<std::string>
+            operands;  // TCLAP allows only one parser per process to have these
     };
 
     Arguments takeApart(const std::vector<std::string>& arguments) const;

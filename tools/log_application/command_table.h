@@ -1,4 +1,4 @@
-// The commands of log_application, as its help shows them.
+// The table of the commands, which the help shows.
 #pragma once
 
 #include <array>
@@ -11,7 +11,7 @@ namespace log_application {
 struct CommandRow {
     Command command;
     std::string_view name;
-    std::string_view operands;  // what stands behind the name beside options
+    std::string_view operands;  // arguments that aren't options
     std::string_view summary;
     std::string_view example;
     std::string_view exampleMeaning;
@@ -34,9 +34,10 @@ inline constexpr std::array<CommandRow, 6> commandTable = {{
      "all but the debugging, beyond the process's end too"},
 }};
 
+// Returns the row of `command`.
 const CommandRow& rowOf(Command command);
 
-// Null if there is no command of this name.
+// Returns null if there is no command of this name.
 const CommandRow* findCommand(std::string_view name);
 
 }  // namespace log_application

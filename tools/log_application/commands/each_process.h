@@ -1,4 +1,4 @@
-// Doing one thing with each of several processes.
+// Runs an action for each of several processes.
 #pragma once
 
 #include <algorithm>
@@ -10,8 +10,8 @@
 
 namespace log_application {
 
-// Calls `action` with each process. A Failure is reported and the next process taken; the result is
-// the worst exit code.
+// Calls `action` for each process. A Failure is reported on std::cerr and doesn't end the loop.
+// Returns the worst exit code.
 inline ExitCode forEach(const std::vector<Process>& processes,
                         const std::function<void(const Process&)>& action) {
     ExitCode worst = exitDone;

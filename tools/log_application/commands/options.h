@@ -1,4 +1,4 @@
-// log_application::Options: what the user asked for.
+// log_application::Options: the parsed command line.
 #pragma once
 
 #include <cstddef>
@@ -20,13 +20,13 @@ enum class Command { ps, levels, set, sinks, save, tail };
 struct SetOptions {
     std::vector<LevelChange> changes;
     std::optional<vek::log::Level> defaultLevel;
-    std::optional<std::int64_t> forMs;  // put the earlier levels back after so long
+    std::optional<std::int64_t> forMs;  // restore the earlier levels after this time
 };
 
 struct TailOptions {
     FilterOptions filter;
-    std::string format;                // empty: the one that fits
-    std::optional<std::regex> expect;  // ends with the first line whose text it is found in
+    std::string format;                // empty: the default format
+    std::optional<std::regex> expect;  // tail ends at the first line whose text it is found in
     std::optional<std::int64_t> timeoutMs;
     bool reconnect = false;
     std::size_t bufferLines = 200'000;

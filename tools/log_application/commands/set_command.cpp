@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* followsDefault = "default";
 
-// The level that a process calls `text`. Throws Failure if there is none.
+// Converts a level as a process names it. Throws Failure if the name is unknown.
 vek::log::Level levelOf(const std::string& text, const Process& process) {
     try {
         return text == followsDefault ? vek::log::DEFAULT : vek::log::parseLevel(text);
@@ -35,7 +35,7 @@ std::string changesText(const SetOptions& set) {
     return text;
 }
 
-// Says which loggers aren't there yet: a name may be mistyped.
+// Reports loggers that don't exist yet: a name may be mistyped.
 void tellNew(const SetOptions& set, const std::map<std::string, std::string>& loggers,
              const Process& process) {
     for (const LevelChange& change : set.changes) {
@@ -99,7 +99,7 @@ ExitCode SetCommand::putBack() const {
     ExitCode worst = exitDone;
     for (const Earlier& state : earlier) {
         worst = std::max(worst, forEach({state.process}, [&state](const Process& process) {
-                             // Not ended by the stop, which may be what led here.
+                             // Without the stop signal: it may be requested already.
                              Client client(process, nullptr);
                              if (state.defaultLevel) {
                                  client.setDefaultLevel(*state.defaultLevel);

@@ -1,4 +1,4 @@
-// log_application::SetCommand: changes levels, and puts the earlier ones back where that was asked.
+// log_application::SetCommand: changes levels, and restores the earlier ones after --for.
 #pragma once
 
 #include <map>
@@ -13,21 +13,21 @@
 
 namespace log_application {
 
-// For one thread.
+// Not thread-safe.
 class SetCommand : public vek::NoCopy {
   public:
-    // Both are borrowed.
+    // Neither is owned; both must outlive this.
     SetCommand(const Options& commandOptions, StopSignal& stopSignal)
         : options(commandOptions), stop(stopSignal) {}
 
-    // Changes the levels of each process. With a time for them to last, waits for its end or the
-    // stop, and puts the earlier ones back, also in a process where only some could be changed.
-    // What goes wrong with one process is reported and doesn't touch the others; the result is the
+    // Changes the levels of each process. With --for, blocks until the time is over or the stop is
+    // requested and then restores the earlier levels, also in a process where only some could be
+    // changed. A failure of one process is reported and doesn't affect the others. Returns the
     // worst exit code. Throws Failure if there is no process.
     ExitCode run();
 
   private:
-    // What to tell a process for it to be as before.
+    // The levels of a process before the change.
     struct Earlier {
         Process process;
         std::optional<vek::log::Level> defaultLevel;

@@ -11,7 +11,7 @@ namespace log_application {
 
 namespace {
 
-// The longest that the stop goes unnoticed.
+// How often the stop is checked, in milliseconds.
 constexpr std::int64_t pollMs = 200;
 
 std::int64_t nowMs() {
@@ -125,7 +125,7 @@ void TailCommand::take(std::vector<Arrival> arrivals) {
             try {
                 item.line = parseLogLine(item.arrival.text);
             } catch (const vek::log::Telegram::ParseError&) {
-                // No line: told of when it is shown.
+                // Without a line: reported when it is shown.
             }
         }
         merger->add(std::move(item), now);
@@ -164,7 +164,7 @@ void TailCommand::show(const MergedItem& item) {
 }
 
 void TailCommand::showLine(const MergedItem& item) {
-    if ((!item.line || !item.line->isComplete()) && toldOf.insert(item.arrival.source).second) {
+    if ((!item.line || !item.line->isComplete()) && reported.insert(item.arrival.source).second) {
         say(followers[item.arrival.source]->label() +
             " sends what is no whole message; what there is of it is shown");
     }

@@ -1,4 +1,4 @@
-// log_application::TailCommand: follows the messages of one or several processes.
+// log_application::TailCommand: shows the messages of one or several processes live.
 #pragma once
 
 #include <cstddef>
@@ -19,27 +19,26 @@
 
 namespace log_application {
 
-// For one thread; each process has a thread of its own that reads.
+// Not thread-safe. Starts a thread for each process.
 class TailCommand : public vek::NoCopy {
   public:
-    // How long a line waits for earlier ones of other processes, in milliseconds.
+    // How long a line is held back for earlier ones of other processes, in milliseconds.
     static constexpr std::int64_t mergeWindowMs = 250;
 
-    // Both are borrowed.
+    // Neither is owned; both must outlive this.
     TailCommand(const Options& commandOptions, StopSignal& stopSignal);
 
-    // Requests the stop, so that the readers end.
+    // Requests the stop and joins the threads.
     ~TailCommand();
 
-    // Follows until the stop, the end of the time, the expected message, or the end of all
-    // processes. The result is done, not done for an expectation that wasn't met, and connection
-    // lost once no process is left. Throws Failure if there is no process, or the output fails.
+    // Blocks until the stop, the end of --timeout, the message of --expect, or the end of all
+    // processes. Returns exitDone; exitNotDone if the message of --expect didn't come; exitLost if
+    // all processes have ended. Throws Failure if there is no process or the output fails.
     ExitCode run();
 
   private:
     void findTargets();
     void addFollower(const Selection& wanted, const std::optional<Process>& found);
-    void makeMerger();
     void loop();
     vek::time::MonotonicClock nextDeadline() const;
     void take(std::vector<Arrival> arrivals);
@@ -58,8 +57,8 @@ class TailCommand : public vek::NoCopy {
     std::optional<LineRenderer> renderer;
     std::optional<TimeMerger> merger;
     std::optional<vek::time::MonotonicClock> end;
-    // Sources whose strange telegrams were told of.
-    std::set<std::size_t> toldOf;
+    // Sources whose incomplete messages were reported.
+    std::set<std::size_t> reported;
     std::size_t ended = 0;
     bool timeIsUp = false;
     bool isMet = false;

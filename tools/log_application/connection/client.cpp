@@ -13,7 +13,7 @@ using vek::log::Telegram;
 
 constexpr std::size_t mostSinks = 10'000;
 
-// Enough to tell what it is.
+// Enough to recognise it.
 std::string beginningOf(const std::string& text) {
     constexpr std::size_t shown = 40;
     return escapeControls(text.substr(0, shown)) + (text.size() > shown ? "..." : "");

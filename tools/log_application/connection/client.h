@@ -1,4 +1,4 @@
-// log_application::Client: one connection to a process's log service, and what can be asked there.
+// log_application::Client: a connection to a log service, and its requests.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@
 
 namespace log_application {
 
-// What a process says about one of its sinks, as it says it. Empty where it says nothing.
+// A sink as the process describes it. Fields that it doesn't send are empty.
 struct SinkInfo {
     std::string id;
     std::string enabled;
@@ -27,49 +27,51 @@ struct SinkInfo {
     std::string peer;
 };
 
-// For one thread at a time. Every operation throws Failure: connection lost for a process that is
-// silent, goes, or says what is no answer; not done where the process refuses.
+// Not thread-safe. Every operation throws Failure: exitLost if the process doesn't answer, closes
+// the connection or sends something that isn't an answer, exitNotDone if it refuses.
 class Client : public vek::NoCopy {
   public:
-    // Connects to the first endpoint of `process` that answers. `stopSignal` ends every wait; it
-    // may be null, and has to outlive this.
+    // Connects to the first endpoint of `process` that accepts. `stopSignal` interrupts all
+    // blocking operations; it may be null, isn't owned and must outlive this.
     Client(const Process& process, StopSignal* stopSignal);
 
+    // Returns the name of the default level.
     std::string defaultLevel();
 
-    // Each logger with its level, or "default" where it follows the default level.
+    // Returns each logger with the name of its level, or "default" if it follows the default level.
     std::map<std::string, std::string> loggers();
 
     void setDefaultLevel(vek::log::Level level);
 
-    // In as many requests as it takes.
+    // Sends as many requests as are needed for the size limit of a request.
     void setLevels(const std::vector<LevelChange>& changes);
 
     std::vector<SinkInfo> sinks();
 
+    // Makes the process write its levels into its logging.conf.
     void save();
 
-    // Asks for the messages. Nothing else may be asked afterwards.
+    // Subscribes to the messages. No other request may follow.
     void startMessages();
 
-    // Waits, without bound, for the next telegram of the messages, and gives its text; null at the
-    // end of the stream. It stays until the next call. Throws vek::Exception for a failure.
+    // Blocks, without limit, until the next telegram has arrived. Returns its text, which is valid
+    // until the next call; null at the end of the stream. Throws vek::Exception.
     const char* nextMessage(std::uint32_t& length) { return buffer.nextMessage(length); }
 
-    // Whether the stream has ended inside a telegram.
+    // True if the stream has ended inside a telegram.
     bool endedInside() const { return buffer.available() != 0; }
 
-    // Whether somebody takes requests here. Whatever comes is an answer, the end of the stream too;
-    // false if nothing comes in time. A port outlives its process in a child that has inherited it,
-    // and takes connections, but nobody answers. Nothing else may be asked afterwards.
+    // Sends a request and returns true if anything comes back in time, the end of the stream
+    // included. A port that a child has inherited accepts connections after its process has ended,
+    // but nothing answers. No other request may follow.
     bool isAnswering();
 
-    // Where this is connected to.
+    // The peer.
     const Endpoint& endpoint() const { return connectedTo; }
 
   private:
     void connectToAny(const std::vector<Endpoint>& endpoints);
-    // Sends `telegram` and lets `readAnswer` take the answer; makes a Failure of what they throw.
+    // Sends `telegram` and calls `readAnswer`. Converts what they throw into a Failure.
     void request(vek::log::Telegram& telegram, const std::function<void()>& readAnswer);
     void requestAck(vek::log::Telegram& telegram);
     vek::log::Telegram answerOf(vek::log::Telegram& telegram, const std::string& type);
@@ -81,7 +83,7 @@ class Client : public vek::NoCopy {
     StopSignal* const stop;
     std::unique_ptr<ClientSocket> socket;
     Endpoint connectedTo;
-    // Room for the largest telegram that a process can send, and for many small ones at a read.
+    // Holds the largest telegram that a process can send, and many small ones per read.
     vek::net::TCPBuffer buffer{1024, 65536};
 };
 

@@ -22,7 +22,7 @@ ClientSocket::ClientSocket(StopSignal* stopSignal)
     : IPSocketT(false, vek::net::streamType, 0), stop(stopSignal) {
     const DWORD sendLimitMs = answerTimeMs;
     setOption(SOL_SOCKET, SO_SNDTIMEO, &sendLimitMs, sizeof sendLimitMs);
-    // A peer whose machine has gone isn't waited for: this side sends nothing that would tell.
+    // Finds out that the peer's machine has gone: a client that only receives wouldn't notice.
     setKeepAlive(true);
 }
 

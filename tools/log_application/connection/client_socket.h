@@ -1,4 +1,4 @@
-// log_application::ClientSocket: a connection to a process that never waits longer than it should.
+// log_application::ClientSocket: a TCP connection with time limits, interrupted by the stop.
 #pragma once
 
 #include <cstdint>
@@ -12,24 +12,27 @@
 
 namespace log_application {
 
-// For one thread at a time.
+// Not thread-safe.
 class ClientSocket : public vek::net::IPSocketT<vek::net::DataSocket> {
   public:
-    // The milliseconds that a process has to take a connection, and to answer a request.
+    // The time limit of a connect, of an answer and of a send, in milliseconds.
     static constexpr std::int64_t answerTimeMs = 5000;
 
-    // Not connected. `stopSignal` may be null and has to outlive this. Throws what Socket throws.
+    // Makes a socket that isn't connected. `stopSignal` may be null; it isn't owned and must
+    // outlive this. Throws what Socket throws.
     explicit ClientSocket(StopSignal* stopSignal);
 
-    // Connects within `answerTimeMs`. Throws vek::NoPeer if nobody listens there, vek::NetError
-    // (10060, timed out) if nobody answers, or with the number of the failure. Stands on connect
-    // without blocking, and select.
+    // Connects; blocks for up to `answerTimeMs`. Throws vek::NoPeer if nobody listens there,
+    // vek::NetError with 10060 (timed out) if there is no answer or the stop is requested, else
+    // vek::NetError with the system's number. Calls connect on a non-blocking socket, and select.
     void connectTo(const Endpoint& endpoint);
 
-    // From now on reads throw vek::NetError (10060) after so many milliseconds, in all, or never.
+    // Limits all reads from now on to `milliseconds` in total; later ones throw vek::NetError with
+    // 10060 (timed out). Without a value reads block without limit.
     void limitReading(std::optional<std::int64_t> milliseconds);
 
-    // Waits for data within the limit. 0 at the end of the stream, and once the stop is requested.
+    // Blocks until there is data, within the limit. Returns 0 at the end of the stream and once the
+    // stop is requested. Calls select and recvfrom.
     std::uint32_t read(void* buffer, std::uint32_t size) override;
 
   private:

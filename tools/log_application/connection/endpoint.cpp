@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t highestPort = 65535;
 
-// Not by IP4Address, which takes the system's headers along.
+// Doesn't use IP4Address, which includes the system's headers.
 bool isAddress(const std::string& text) {
     using vek::net::ip4Form;
     std::array<char, ip4Form.offset + ip4Form.size> raw;

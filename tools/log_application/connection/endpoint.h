@@ -1,4 +1,4 @@
-// log_application::Endpoint: where a process answers, as the user writes it.
+// log_application::Endpoint: the address and port of a log service.
 #pragma once
 
 #include <cstdint>
@@ -18,13 +18,13 @@ struct Endpoint {
     auto operator<=>(const Endpoint&) const = default;
 };
 
-// The endpoint that `text` names, given to the option `option`: a numeric IPv4 address or
-// "localhost", and a port from 1 to 65535 behind a colon, which may be missing where there is a
-// `defaultPort`. Throws Failure (wrong usage) for anything else.
+// Parses `text`, the value of the option `option`: a numeric IPv4 address or "localhost", a colon
+// and a port from 1 to 65535. With a `defaultPort` the colon and the port are optional. Throws
+// Failure (exitUsage) for anything else.
 Endpoint parseEndpoint(const std::string& option, const std::string& text,
                        std::optional<std::uint16_t> defaultPort = std::nullopt);
 
-// The whole of `text` as a decimal number of up to `highest`; none if it is something else.
+// Parses all of `text` as a decimal number. Returns none if it isn't one or is above `highest`.
 std::optional<std::uint32_t> parseNumber(std::string_view text, std::uint32_t highest);
 
 }  // namespace log_application

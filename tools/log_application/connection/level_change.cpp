@@ -56,7 +56,7 @@ vek::log::Level parseSeverity(const std::string& option, const std::string& text
 
 std::int64_t parseTime(const std::string& option, const std::string& text) {
     constexpr std::uint64_t longest = std::uint64_t{366} * 86'400'000;
-    // With the longest unit it still can't overflow.
+    // Can't overflow, whatever the unit.
     constexpr std::size_t mostDigits = 9;
     const std::size_t digits = text.find_first_not_of("0123456789");
     const std::string unit = digits == std::string::npos ? "s" : text.substr(digits);

@@ -1,4 +1,4 @@
-// log_application::LevelChange: the level that a logger is to get, as the user writes it.
+// log_application::LevelChange: the new level of a logger; parsing of what the user writes.
 #pragma once
 
 #include <cstddef>
@@ -9,26 +9,26 @@
 
 namespace log_application {
 
-// The most that a process takes as a request, in bytes, and what that leaves for a logger's name.
+// The size limit of a request, in bytes, and that of a logger's name within it.
 inline constexpr std::size_t longestRequest = 1020;
 inline constexpr std::size_t longestLoggerName = 990;
 
 struct LevelChange {
     std::string logger;
-    vek::log::Level level;  // DEFAULT: to follow the default level
+    vek::log::Level level;  // DEFAULT: the logger follows the default level
 };
 
-// Reads "NAME=LEVEL"; the name may hold blanks. Throws Failure (wrong usage) for a text without
-// both, a level that is none, and a name that the wire can't carry.
+// Parses "NAME=LEVEL"; the name may hold blanks. Throws Failure (exitUsage) if one of the two is
+// missing, the level is unknown, or the protocol can't carry the name.
 LevelChange parseLevelChange(const std::string& text);
 
-// A level from "OFF" to "TRACE", in any case; `option` is what it was given to. Throws Failure
-// (wrong usage), also for "DEFAULT".
+// Parses a level from "OFF" to "TRACE", in any case, the value of the option `option`. Throws
+// Failure (exitUsage) for anything else, "DEFAULT" included.
 vek::log::Level parseSeverity(const std::string& option, const std::string& text);
 
-// A time as "10m", "90s" or "1500ms", in milliseconds; a bare number counts seconds. `option` is
-// what it was given to. Throws Failure (wrong usage) for anything else, for 0 and for more than a
-// year.
+// Parses a duration such as "10m", "90s" or "1500ms", the value of the option `option`; a bare
+// number counts seconds. Returns milliseconds. Throws Failure (exitUsage) for anything else, for 0
+// and for more than a year.
 std::int64_t parseTime(const std::string& option, const std::string& text);
 
 }  // namespace log_application

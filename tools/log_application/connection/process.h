@@ -1,4 +1,4 @@
-// log_application::Process: a process that was found, or named by its endpoint.
+// log_application::Process: a process with a log service.
 #pragma once
 
 #include <cstdint>
@@ -11,13 +11,13 @@
 namespace log_application {
 
 struct Process {
-    // Empty and 0 for a process that was named by its endpoint alone.
+    // Empty and 0 if only the endpoint is known, as for --connect.
     std::string name;
     std::uint32_t pid = 0;
-    // Where it answers, one or more, to be tried in this order.
+    // Where it listens; to be tried in this order. At least one.
     std::vector<Endpoint> endpoints;
 
-    // "demo (4242)", or the endpoint; safe to be shown.
+    // "demo (4242)", or the endpoint if only that is known. Control characters are escaped.
     std::string label() const {
         return pid == 0 ? endpoints.front().text()
                         : escapeControls(name) + " (" + std::to_string(pid) + ")";

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "vek/base/windows.h"
-// Needs the former.
+// Needs windows.h.
 #include <ws2tcpip.h>
 
 #include "vek/exception.h"
@@ -49,7 +49,7 @@ std::vector<std::string> broadcastAddresses() {
     try {
         addInterfaces(addresses);
     } catch (const vek::Exception&) {
-        // The limited broadcast is left.
+        // 255.255.255.255 remains.
     }
     return addresses;
 }

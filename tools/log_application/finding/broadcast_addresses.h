@@ -1,4 +1,4 @@
-// The addresses by which all hosts near this one are reached.
+// The broadcast addresses of this host.
 #pragma once
 
 #include <string>
@@ -6,9 +6,9 @@
 
 namespace log_application {
 
-// The limited broadcast address 255.255.255.255, and that of the network of each interface that is
-// up, each once. Throws nothing but std::bad_alloc: without a list of interfaces it is the first
-// alone. Winsock has to be started. Stands on WSAIoctl with SIO_GET_INTERFACE_LIST.
+// Returns 255.255.255.255 and the broadcast address of each interface that is up, each once. Calls
+// WSAIoctl with SIO_GET_INTERFACE_LIST; if that fails the result is 255.255.255.255 alone. Winsock
+// must be started. Throws nothing but std::bad_alloc.
 std::vector<std::string> broadcastAddresses();
 
 }  // namespace log_application

@@ -14,7 +14,7 @@ constexpr std::uint32_t highestPort = 65535;
 constexpr std::uint32_t highestPid = 0xFFFFFFFF;
 constexpr const char* loopback = "127.0.0.1";
 
-// None for what is no answer to the search `id`.
+// Returns none if `text` isn't an answer to the search `id`.
 std::optional<Process> readHello(std::string_view text, std::uint32_t id,
                                  const std::string& sender) {
     vek::log::Telegram telegram;

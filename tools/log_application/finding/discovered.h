@@ -1,4 +1,4 @@
-// log_application::Discovered: gathers the answers of a search.
+// log_application::Discovered: collects the answers of a search.
 #pragma once
 
 #include <cstdint>
@@ -11,16 +11,16 @@ namespace log_application {
 
 class Discovered {
   public:
-    // `searchId` is the correlation number that answers have to bear.
+    // `searchId` is the correlation number of the search; answers with another one are ignored.
     explicit Discovered(std::uint32_t searchId) : id(searchId) {}
 
-    // Takes the datagram `text` that came from the numeric address `sender`; if that `isLocal`, one
-    // of this host, the process may listen on the loopback address as well. Answers of a process
-    // that is known add to its endpoints, the loopback address ahead of others. What is no answer
-    // to this search is left out.
+    // Adds the datagram `text` that came from the numeric address `sender`. Ignores what isn't an
+    // answer to this search. With `isLocal`, `sender` is an address of this host, and the loopback
+    // address becomes an endpoint too. A further answer of a known process adds its endpoints; the
+    // loopback address comes first.
     void add(std::string_view text, const std::string& sender, bool isLocal);
 
-    // By name, then by pid.
+    // Returns the processes found, sorted by name and pid.
     std::vector<Process> processes() const;
 
   private:

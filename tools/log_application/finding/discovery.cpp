@@ -38,7 +38,7 @@ std::string question(std::uint32_t id) {
     return text;
 }
 
-// Asks at every place; a place that can't be sent to is left out. Throws if that holds for all.
+// Sends the request to every place. Throws Failure if that fails for all of them.
 void ask(vek::net::UDPSocket& socket, const std::vector<Endpoint>& places,
          const std::string& text) {
     std::size_t sent = 0;
@@ -60,7 +60,7 @@ void ask(vek::net::UDPSocket& socket, const std::vector<Endpoint>& places,
     }
 }
 
-// Takes one answer, if there is one within `pollMs`.
+// Receives one answer, if one comes within `pollMs`.
 void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& found) {
     vek::net::IP4Address sender;
     try {
@@ -69,7 +69,7 @@ void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& foun
         const std::string address = sender.toString();
         found.add(std::string_view(room.data(), size), address, vek::log::isOwnAddress(address));
     } catch (const vek::NetError&) {
-        // Nothing came, or the system tells that nobody listens at one of the places.
+        // Nothing came, or the system reports that nobody listens at one of the places.
     }
 }
 

@@ -1,4 +1,4 @@
-// The search for processes, by UDP.
+// The search for processes by UDP.
 #pragma once
 
 #include <vector>
@@ -9,19 +9,20 @@
 
 namespace log_application {
 
-// How often each place is asked, since datagrams get lost, how long after one another, and how long
-// answers are taken in all, in milliseconds.
+// Requests to each address, since datagrams get lost; the time between them, and the time of the
+// whole search, in milliseconds.
 inline constexpr int discoveryRounds = 4;
 inline constexpr std::int64_t discoveryRoundMs = 150;
 inline constexpr std::int64_t discoveryTimeMs = 800;
 
-// The processes that answer at `hosts`, or, without any, on the discovery port of 127.0.0.1 and of
-// the broadcast addresses; sorted by name and pid, each once. Ends early once `stop` is requested.
+// Sends the request to `hosts`, or without any to the discovery port of 127.0.0.1 and of the
+// broadcast addresses. Returns the processes that answer, each once, sorted by name and pid. Blocks
+// for `discoveryTimeMs`, less if `stop` is requested.
 //
-// Several processes of one host share the port on 127.0.0.1, and a datagram to it reaches one of
-// them only; broadcasts reach those that listen on all addresses.
+// The processes of a host share the port, and a datagram to 127.0.0.1 reaches only one of them.
+// Broadcasts reach those that listen on all addresses.
 //
-// Throws Failure (connection lost) if the question can be sent nowhere, and what Socket throws.
+// Throws Failure (exitLost) if no request can be sent, and what Socket throws.
 std::vector<Process> discover(const std::vector<Endpoint>& hosts, StopSignal& stop);
 
 }  // namespace log_application

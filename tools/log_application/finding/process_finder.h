@@ -1,4 +1,4 @@
-// Finding the processes that a command is for.
+// Finds the processes that a command is for.
 #pragma once
 
 #include <string>
@@ -11,21 +11,20 @@
 
 namespace log_application {
 
-// What is said where only one process answers for this host, since there may be others behind it.
+// The hint shown when only one process answers: others may share its port.
 extern const char* const onlyOneVisible;
 
-// The processes of `selection`, in the order of their names; those named by endpoint come first and
-// aren't asked whether they are there. With `toChange`, and nothing that says which, there may be
-// one only.
+// Returns the processes of `selection`: first those given by endpoint, unchecked, then those found,
+// sorted by name. Blocks for the time of a search.
 //
-// Throws Failure: not done if nothing is found, wrong usage for several to change, and what
-// `discover` throws.
+// Throws Failure: exitNotDone if nothing is found; exitUsage if `toChange` is set, several are
+// found, and `selection` neither names processes nor allows all; and what `discover` throws.
 std::vector<Process> findProcesses(const Selection& selection, bool toChange, StopSignal& stop);
 
-// Whether `process` has one of the names or of the ids, or `selection` has none.
+// True if `process` has one of the names or ids of `selection`, or `selection` has none.
 bool isSelected(const Selection& selection, const Process& process);
 
-// What is to be thrown where none of `others`, which answered, is selected.
+// Returns the Failure for a search in which only `others` answered, none of them selected.
 Failure nothingFound(const Selection& selection, const std::vector<Process>& others);
 
 }  // namespace log_application

@@ -9,14 +9,14 @@
 
 namespace log_application {
 
-// Which processes are meant: those of `connect`, and those found that have one of the names or of
-// the ids. With nothing given, whichever are found.
+// Selects the processes at `connect`, and those found that have one of the names or ids. With none
+// of these given, all that are found.
 struct Selection {
     std::vector<std::string> names;
     std::vector<std::uint32_t> pids;
     std::vector<Endpoint> connect;
-    std::vector<Endpoint> hosts;  // where to ask; empty: on this host, and by broadcast
-    bool all = false;             // all that are found may be changed
+    std::vector<Endpoint> hosts;  // where to search; empty: this host and by broadcast
+    bool all = false;             // allows a change of several processes
 
     bool isEmpty() const { return names.empty() && pids.empty() && connect.empty(); }
     bool needsDiscovery() const { return connect.empty() || !names.empty() || !pids.empty(); }

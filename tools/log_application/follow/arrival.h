@@ -1,4 +1,4 @@
-// log_application::Arrival: what the reader of a process hands to the one who writes.
+// log_application::Arrival: an element of the LineQueue.
 #pragma once
 
 #include <cstddef>
@@ -7,13 +7,13 @@
 
 namespace log_application {
 
-// One arrival. `source` tells the reader; each has a number of its own.
+// `source` is the number of the follower that added it.
 struct Arrival {
     enum Kind {
         message,  // `text` is the telegram
         notice,   // `text` is for the user
-        dropped,  // `count` messages of this source found no room
-        ended,    // the reader has ended; nothing more comes of this source
+        dropped,  // `count` messages of this source were dropped
+        ended,    // the follower has ended; nothing more comes from this source
     };
 
     Kind kind;

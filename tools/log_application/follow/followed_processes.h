@@ -1,4 +1,4 @@
-// log_application::FollowedProcesses: which processes are being followed, so that none is twice.
+// log_application::FollowedProcesses: the endpoints being followed, so that none is followed twice.
 #pragma once
 
 #include <mutex>
@@ -9,10 +9,10 @@
 
 namespace log_application {
 
-// Safe from any thread.
+// Thread-safe.
 class FollowedProcesses : public vek::NoCopy {
   public:
-    // False if somebody else follows what answers at `endpoint`.
+    // Returns false if `endpoint` is claimed already.
     bool claim(const Endpoint& endpoint) {
         const std::lock_guard guard(lock);
         return endpoints.insert(endpoint).second;

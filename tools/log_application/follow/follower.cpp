@@ -10,7 +10,7 @@ namespace log_application {
 
 namespace {
 
-// A process that ends closes its connections a moment ahead of its port.
+// A process that ends closes its connections a moment before its port.
 constexpr std::int64_t endingTimeMs = 1500;
 constexpr std::int64_t endingPollMs = 100;
 

@@ -17,7 +17,7 @@
 
 namespace log_application {
 
-// What the followers of one command share. All is borrowed.
+// What the followers of one command share. Nothing is owned.
 struct FollowerContext {
     LineQueue& queue;
     StopSignal& stop;
@@ -27,25 +27,24 @@ struct FollowerContext {
 
 class Follower : public vek::thread::Runnable, public vek::NoCopy {
   public:
-    // How long is waited between two attempts to find the process again, in milliseconds.
+    // The time between two attempts to find the process again, in milliseconds.
     static constexpr std::int64_t retryMs = 500;
 
-    // `wanted` is what it looks for when there is no process, or it has ended; `found` is the
-    // process to begin with. `sourceNumber` is its number in the queue.
+    // Follows `found` first; without it, and after its end, searches for `wanted`. `sourceNumber`
+    // is the source of its arrivals in the queue.
     Follower(const FollowerContext& followerContext, std::size_t sourceNumber, Selection wanted,
              std::optional<Process> found);
 
-    // Waits for the thread; the stop has to be requested, unless it has ended by itself.
+    // Joins the thread, which ends by itself or when the stop is requested.
     ~Follower() override;
 
     void start() { thread.start(); }
 
-    // The body. Reads as fast as it can until the process ends, and, with `reconnect`, then looks
-    // for it anew. What happens to the connection goes into the queue as a notice, and an end at
-    // the end.
+    // Runs on the thread. Reads until the process ends; with `reconnect` it then searches for it
+    // again. Adds messages, notices about the connection, and finally an end to the queue.
     void run() override;
 
-    // The process that is followed, or was last; safe from any thread.
+    // The label of the process that is or was followed last. Thread-safe.
     std::string label() const;
 
   private:

@@ -1,4 +1,4 @@
-// log_application::LineFilter: which lines of a process are shown.
+// log_application::LineFilter: decides which lines are shown.
 #pragma once
 
 #include <regex>
@@ -20,15 +20,15 @@ class LineFilter {
   public:
     explicit LineFilter(FilterOptions filterOptions) : options(std::move(filterOptions)) {}
 
-    // A line without a level passes the test of level.
+    // A line without a level isn't filtered by level.
     bool accepts(const LogLine& line) const;
 
   private:
     const FilterOptions options;
 };
 
-// The ECMAScript regular expression `text`, given to the option `name`. Throws Failure (wrong
-// usage) if it is none.
+// Compiles `text`, the value of the option `name`, as an ECMAScript regular expression. Throws
+// Failure (exitUsage) if it isn't one.
 std::regex parseRegex(const std::string& name, const std::string& text);
 
 }  // namespace log_application

@@ -27,9 +27,9 @@ void LineQueue::addEnd(std::size_t source) {
     add({Arrival::ended, source, ""});
 }
 
-// With the lock held.
+// The caller holds the lock.
 void LineQueue::add(Arrival arrival) {
-    // What was dropped of this source came ahead of this.
+    // The dropped messages of this source came earlier.
     if (const auto drop = drops.extract(arrival.source)) {
         arrivals.push_back({Arrival::dropped, arrival.source, "", drop.mapped()});
     }

@@ -1,4 +1,4 @@
-// log_application::LineQueue: what the readers of several processes hand to the one who writes.
+// log_application::LineQueue: the queue from the followers to the command that shows lines.
 #pragma once
 
 #include <cstddef>
@@ -14,24 +14,24 @@
 
 namespace log_application {
 
-// A reader never waits here: a message that finds no room is dropped and counted, so that the
-// process that is read isn't held up by a slow output. Any thread may add; one takes.
+// Adding never blocks: a message that finds the queue full is dropped and counted, so that a slow
+// output never stalls the process that is followed. Any thread may add, one thread may take.
 class LineQueue : public vek::NoCopy {
   public:
-    // The most that is kept of the messages' telegrams, in bytes.
+    // The limit of the queued telegrams, in bytes.
     static constexpr std::size_t mostBytes = 128 << 20;
 
-    // Keeps `mostMessages` messages at most.
+    // Queues at most `mostMessages` messages.
     explicit LineQueue(std::size_t mostMessages) : capacity(mostMessages) {}
 
     void addMessage(std::size_t source, std::string telegram);
 
-    // These always find room.
+    // These are never dropped.
     void addNotice(std::size_t source, std::string text);
     void addEnd(std::size_t source);
 
-    // Waits until there is something, or `deadline`, and gives all there is, in its order; what was
-    // dropped stands where it would have been.
+    // Blocks until the queue isn't empty or `deadline` has passed. Returns and removes everything
+    // in order; a `dropped` arrival takes the place of what was dropped.
     std::vector<Arrival> take(const vek::time::MonotonicClock& deadline);
 
   private:

@@ -12,7 +12,7 @@ void TimeMerger::add(MergedItem item, std::int64_t nowMs) {
     const std::int64_t ownTime = item.line && item.line->when ? *item.line->when : sourceTime;
     sourceTime = std::max(sourceTime, ownTime);
     if (window == 0) {
-        // In the order of arrival, whatever the clocks say.
+        // In order of arrival, whatever the times.
         sourceTime = never;
     }
     kept.emplace(sourceTime, std::move(item));

@@ -1,4 +1,4 @@
-// log_application::TimeMerger: puts the lines of several processes into the order of their times.
+// log_application::TimeMerger: merges the lines of several processes by time.
 #pragma once
 
 #include <cstddef>
@@ -20,34 +20,35 @@ struct MergedItem {
     std::optional<LogLine> line;
 };
 
-// Each item is kept for a while after its arrival, so that one of an earlier time that comes by
-// another connection a little later still gets in front. Items of one source never overtake one
-// another. For one thread.
+// Holds each item back for a while, so that an earlier one that arrives a little later on another
+// connection still comes first. Items of one source keep their order. Not thread-safe.
 class TimeMerger {
   public:
-    // `windowMs` is how long an item is kept, in milliseconds; 0 gives each back at once, in the
-    // order of their arrival.
+    // `windowMs` is how long an item is held back, in milliseconds. With 0 items are returned at
+    // once in order of arrival.
     explicit TimeMerger(std::int64_t windowMs) : window(windowMs) {}
 
-    // `nowMs` is the present time of any clock that doesn't go back.
+    // `nowMs` is the current time of a monotonic clock.
     void add(MergedItem item, std::int64_t nowMs);
 
-    // Gives the items that have been kept for long enough, and those of earlier times.
+    // Returns and removes the items that were held back for long enough, and all that are earlier
+    // than these.
     std::vector<MergedItem> takeReady(std::int64_t nowMs);
 
+    // Returns and removes all items.
     std::vector<MergedItem> takeAll();
 
-    // When to ask for what is ready, on the clock of `nowMs`; none without items.
+    // Returns when the next item is ready, on the clock of `nowMs`; none without items.
     std::optional<std::int64_t> nextReady() const;
 
   private:
     const std::int64_t window;
-    // By time; items of one time in the order of their arrival.
+    // By time; items with the same time in order of arrival.
     std::multimap<std::int64_t, MergedItem> kept;
-    // The latest time of each source, which its later items don't go behind.
+    // The latest time of each source; its later items are sorted in no earlier.
     std::map<std::size_t, std::int64_t> latest;
-    // When each came, and its time, in the order of arrival. What was given back early stays here
-    // until it is due.
+    // Time of arrival and time of the item, in order of arrival. Items that were returned early
+    // stay here until they are due.
     std::deque<std::pair<std::int64_t, std::int64_t>> arrivals;
 };
 

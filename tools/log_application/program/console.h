@@ -1,4 +1,4 @@
-// What log_application says to its user.
+// What log_application reports to its user.
 #pragma once
 
 #include <string>
@@ -7,17 +7,18 @@
 
 namespace log_application {
 
-// Writes "log_application: ", `text` and a line end to the standard error stream, in one piece.
+// Writes "log_application: ", `text` and a line end to std::cerr in one call.
 void say(const std::string& text);
 
-// The same for a failure, with what to try next on a line of its own. The result is its exit code.
+// Writes the description of `failure` in the same way, and its advice on a second line. Returns its
+// exit code.
 ExitCode report(const Failure& failure);
 
-// Whether the standard output is a console that takes colours: not so for a file, a pipe and the
-// device "nul", and where VEK_NO_COLOR is set. Stands on GetConsoleScreenBufferInfo.
+// True if the standard output is a console and VEK_NO_COLOR isn't set. False for a file, a pipe and
+// the device "nul". Calls GetConsoleScreenBufferInfo.
 bool takesColors();
 
-// Flushes the standard output. Throws Failure if something of it could not be written.
+// Flushes std::cout. Throws Failure (exitLost) if a write to it has failed.
 void flushOutput();
 
 }  // namespace log_application

@@ -1,4 +1,4 @@
-// log_application::ConsoleQuit: takes the console's wish that the program quits to the stop signal.
+// log_application::ConsoleQuit: requests the stop when the console asks the program to quit.
 #pragma once
 
 #include "tools/log_application/program/stop_signal.h"
@@ -7,23 +7,24 @@
 
 namespace log_application {
 
-// One at a time. The program ends while an event may be under way, which the handler of a VekPal
-// doesn't bear: this one does.
+// At most one instance may exist. Its destruction is safe while the system calls `handle` on
+// another thread, which isn't so for the handler of a VekPal.
 class ConsoleQuit : public vek::NoCopy {
   public:
-    // The longest that the end of a console waits for the end of the program, in milliseconds. The
-    // system itself waits for 5 seconds.
+    // The longest time, in milliseconds, that `handle` holds up the closing of the console. The
+    // system ends the process after 5 seconds.
     static constexpr int closingTimeMs = 4500;
 
-    // `stopSignal` has to outlive this. Throws vek::OsError. Stands on SetConsoleCtrlHandler.
+    // `stopSignal` isn't owned and must outlive this. Calls SetConsoleCtrlHandler. Throws
+    // vek::OsError.
     explicit ConsoleQuit(StopSignal& stopSignal);
 
-    // From now on the signal isn't touched any more.
+    // The stop signal isn't used afterwards. Calls SetConsoleCtrlHandler.
     ~ConsoleQuit();
 
-    // What the system calls on a thread of its own: Ctrl-C and Ctrl-Break request the stop. So do
-    // the closing of the console, the log-off and the shutdown, at which the system ends the
-    // process as soon as this returns: it does so once the ConsoleQuit has gone.
+    // Called by the system on a thread of its own. Requests the stop. For the closing of the
+    // console, log-off and shutdown the system ends the process when this returns: so it then
+    // blocks until the ConsoleQuit is destroyed, or for `closingTimeMs`.
     static BOOL WINAPI handle(DWORD kind);
 };
 

@@ -1,4 +1,4 @@
-// log_application::Failure: why a command could not do what it was asked for.
+// log_application::Failure: why a command failed, and what the user can do.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@ namespace log_application {
 
 class Failure : public vek::ExceptionOf<Failure> {
   public:
-    // `message` is what happened, `whatNext` what the user may try; both are whole sentences, and
-    // what others sent stands in them with its control characters escaped.
+    // `message` is what happened, `whatNext` what the user can try. Both are whole sentences. The
+    // caller escapes control characters in what others sent.
     Failure(ExitCode exitCode, const std::string& message, std::string whatNext)
         : ExceptionOf(message), code(exitCode), advice(std::move(whatNext)) {}
 

@@ -11,7 +11,7 @@ namespace log_application {
 
 void StopSignal::onQuit() {
     if (++quits > 1) {
-        // Other threads may hold any lock, so nothing but the end is left.
+        // Other threads may hold any lock: an orderly end could deadlock.
         TerminateProcess(GetCurrentProcess(), exitLost);
     }
     request();

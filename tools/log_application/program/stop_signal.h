@@ -1,4 +1,4 @@
-// log_application::StopSignal: tells every thread of the program that it is to come to its end.
+// log_application::StopSignal: asks all threads of the program to end.
 #pragma once
 
 #include <atomic>
@@ -12,30 +12,32 @@
 
 namespace log_application {
 
-// Any thread may request the stop, and any may wait for it. A request stays.
+// Thread-safe. A request is never taken back.
 class StopSignal : public vek::NoCopy {
   public:
-    // Ctrl-C, or another way in which the console asks the program to quit: requests the stop. The
-    // second time the process ends at once, for an output that takes nothing any more.
+    // Called for Ctrl-C and the other console events. Requests the stop. The second call ends the
+    // process at once by TerminateProcess, since a blocked output would hold up an orderly end.
     void onQuit();
 
-    // Throws nothing.
+    // Wakes all threads that wait here or in a select. Throws nothing; an error is written to
+    // std::cerr.
     void request();
 
     bool isRequested() const { return requested; }
 
-    // Waits for the stop until `deadline`, at most. True if it is requested.
+    // Blocks until the stop is requested or `deadline` has passed. Returns whether it is requested.
     bool waitUntil(const vek::time::MonotonicClock& deadline);
+    // The same for a number of milliseconds from now.
     bool waitFor(std::int64_t milliseconds);
 
-    // Lets a select on `set` return, from the request on.
+    // Adds a socket that is readable once the stop is requested.
     void addTo(vek::net::SocketSet& set) const { wakeup.addTo(set); }
 
   private:
     std::atomic<bool> requested = false;
     std::atomic<int> quits = 0;
     vek::thread::Condition condition;
-    // Its one byte is never taken, so that it wakes all who select.
+    // The byte is never read, so it wakes every select, now and later.
     vek::net::WakeupChannel wakeup;
 };
 

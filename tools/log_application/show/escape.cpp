@@ -9,7 +9,7 @@ namespace log_application {
 
 namespace {
 
-// Characters that have no picture of their own, or move what stands around them.
+// Characters that are invisible or move the text around them.
 bool isControl(std::uint32_t codePoint) {
     const auto isIn = [codePoint](std::uint32_t first, std::uint32_t last) {
         return codePoint >= first && codePoint <= last;
@@ -18,7 +18,7 @@ bool isControl(std::uint32_t codePoint) {
            isIn(0x2066, 0x2069) || codePoint == 0x061C || codePoint == 0xFEFF;
 }
 
-// Null for a character without a short form.
+// Returns null for a character without a short form.
 const char* shortEscape(std::uint32_t codePoint) {
     switch (codePoint) {
         case '\n':

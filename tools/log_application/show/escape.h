@@ -1,4 +1,4 @@
-// Text that others wrote, made safe to be shown.
+// Escaping of text that peers sent.
 #pragma once
 
 #include <string>
@@ -6,14 +6,15 @@
 
 namespace log_application {
 
-// `text` on one line: line feed, carriage return and tab as \n, \r and \t, other control characters
-// as \x1B, those beyond ASCII, the line separators and what turns the direction of writing as
-// \u202E. Bytes of 0x80 to 0x9F that are no UTF-8 are control characters to some terminals, and so
-// escaped as \x9B; other bytes that are no UTF-8 stay as they are, as does the backslash.
+// Returns `text` without control characters. Line feed, carriage return and tab become \n, \r and
+// \t; other ASCII control characters become \x1B; control characters above ASCII, line separators
+// and characters that change the direction of writing become \u202E. Bytes from 0x80 to 0x9F that
+// aren't UTF-8 become \x9B, since some terminals take them as control characters. Other bytes that
+// aren't UTF-8, and the backslash, are unchanged.
 std::string escapeControls(std::string_view text);
 
-// Appends `text` as a JSON string with its quotes, in ASCII and valid UTF-8 whatever bytes it
-// holds: each byte that is no UTF-8 becomes \ufffd.
+// Appends `text` as a JSON string with its quotes. The result is valid UTF-8: each byte that isn't
+// becomes \ufffd.
 void appendJsonString(std::string& out, std::string_view text);
 
 }  // namespace log_application

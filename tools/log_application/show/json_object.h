@@ -1,4 +1,4 @@
-// log_application::JsonObject: writes one JSON object, member by member.
+// log_application::JsonObject: builds the text of one JSON object.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace log_application {
 
-// The members come out in the order in which they are added.
+// Members are written in the order in which they are added. Keys aren't checked for duplicates.
 class JsonObject {
   public:
     void add(std::string_view key, std::string_view text);
@@ -17,7 +17,7 @@ class JsonObject {
     void addNull(std::string_view key);
     void add(std::string_view key, const JsonObject& object);
 
-    // Null for no value.
+    // Adds null for an empty optional.
     template <class Value>
     void add(std::string_view key, const std::optional<Value>& value) {
         if (!value) {
@@ -29,7 +29,7 @@ class JsonObject {
         }
     }
 
-    // The whole object, on one line.
+    // The object on one line.
     std::string text() const { return "{" + members + "}"; }
 
   private:

@@ -18,7 +18,7 @@ using vek::log::Telegram;
 constexpr std::string_view messageType = "message:";
 constexpr std::array<std::string_view, 8> knownKeys = {"agent", "attr_keys", "attr_values", "msg",
                                                        "pid",   "scope",     "tid",         "when"};
-// They stand behind the text, in this order.
+// The keys behind the text, in their order.
 constexpr std::array<std::string_view, 4> keysBehindText = {"pid", "scope", "tid", "when"};
 
 std::optional<std::string> textOf(const Telegram& telegram, std::string_view key) {
@@ -77,8 +77,8 @@ LogLine lineOf(const Telegram& telegram) {
     return line;
 }
 
-// Whether each key is known, and they stand in the order in which a process writes them. If not, a
-// text has brought keys of its own.
+// True if all keys are known and in the order in which a process writes them. Otherwise the text
+// holds separators, and parts of it were taken for keys.
 bool isPlain(std::string_view payload) {
     std::string_view previous;
     for (std::size_t start = messageType.size(); start <= payload.size();) {
@@ -94,8 +94,8 @@ bool isPlain(std::string_view payload) {
     return true;
 }
 
-// The line of a telegram whose text holds separators: what stands between the first "msg=" and the
-// last of the keys behind it is the text. None if the telegram isn't built like that.
+// Parses a telegram whose text holds separators: the text is everything from the first "msg=" to
+// the last occurrence of the keys behind it. Returns none if the telegram doesn't have this form.
 std::optional<LogLine> rejoined(std::string_view payload) {
     constexpr std::string_view textKey = "\x1Fmsg=";
     const std::size_t textAt = payload.find(textKey);

@@ -1,4 +1,4 @@
-// log_application::LogLine: one message of a process, as it came over the wire.
+// log_application::LogLine: one log message as a process sent it.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace log_application {
 
-// A field is empty where the telegram lacks it or holds something that can't be read.
+// A field is empty if the telegram lacks it or it can't be parsed.
 struct LogLine {
     std::optional<std::int64_t> when;  // milliseconds since 1970-01-01 00:00 UTC
     std::optional<vek::log::Level> level;
@@ -21,15 +21,15 @@ struct LogLine {
     std::optional<std::string> text;
     std::map<std::string, std::string> attributes;
 
-    // Whether each field that every message has is there.
+    // True if all fields that every message has are present.
     bool isComplete() const { return when && level && logger && pid && tid && text; }
 };
 
-// The line that the telegram `payload` carries; none if its type isn't "message". The wire has no
-// escape for its separator 0x1F: a text that holds it is put together again from what stands around
-// it. Attributes whose keys and values can't be paired, since one of them holds a bar, are given as
-// one attribute, with all keys as its key. Throws vek::log::Telegram::ParseError for what is no
-// telegram.
+// Parses the telegram `payload`. Returns none if its type isn't "message". The protocol doesn't
+// escape its separator 0x1F: a text that holds it is restored from the keys before and behind it.
+// If a key or value of an attribute holds a bar, keys and values can't be paired: they are returned
+// as one attribute, whose key is the text of all keys. Throws vek::log::Telegram::ParseError if
+// `payload` isn't a telegram.
 std::optional<LogLine> parseLogLine(std::string_view payload);
 
 }  // namespace log_application

@@ -1,4 +1,4 @@
-// log_application::TextTable: columns of text, each as wide as its widest cell.
+// log_application::TextTable: writes rows of text in aligned columns.
 #pragma once
 
 #include <ostream>
@@ -9,10 +9,11 @@ namespace log_application {
 
 class TextTable {
   public:
-    // Adds a row. Control characters of the cells are escaped.
+    // Adds a row. Control characters are escaped.
     void add(const std::vector<std::string>& cells);
 
-    // Writes the rows, each behind `indent`, with two blanks between columns and none at the end.
+    // Writes each row behind `indent`, with two blanks between columns and none at the end. A
+    // column is as wide as its widest cell.
     void write(std::ostream& stream, const std::string& indent = "") const;
 
   private:

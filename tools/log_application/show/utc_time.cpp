@@ -15,7 +15,7 @@ struct Date {
     int day;
 };
 
-// Counts in years that begin in March, so that the day added in a leap year is the last.
+// Counts in years that begin in March: a leap year's extra day is then the last of the year.
 Date dateOfDay(std::int64_t daysSince1970) {
     const std::int64_t days = daysSince1970 + 719'468;  // since 0000-03-01
     const std::int64_t era = (days >= 0 ? days : days - daysPerEra + 1) / daysPerEra;

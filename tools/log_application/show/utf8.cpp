@@ -10,7 +10,7 @@ struct Form {
     unsigned mask;
     unsigned lead;
     std::size_t size;
-    std::uint32_t lowest;  // what is below has a shorter form
+    std::uint32_t lowest;  // smaller numbers have a shorter form
 };
 
 constexpr std::array<Form, 4> forms = {{
@@ -28,7 +28,7 @@ unsigned byteAt(std::string_view text, std::size_t at) {
     return static_cast<unsigned char>(text[at]);
 }
 
-// Zero size if the bytes are no character of this form.
+// Returns size 0 if the bytes aren't a character of this form.
 Character decode(std::string_view text, std::size_t at, const Form& form) {
     const Character none = {0, 0, false};
     if (text.size() - at < form.size) {

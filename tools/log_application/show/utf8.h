@@ -1,4 +1,4 @@
-// Reading UTF-8, whatever the bytes are.
+// Decoding of UTF-8 from arbitrary bytes.
 #pragma once
 
 #include <cstddef>
@@ -13,9 +13,9 @@ struct Character {
     bool valid;
 };
 
-// The character at `at`, which has to be below the size of `text`. Overlong forms, surrogates,
-// numbers beyond 0x10FFFF and cut sequences are no characters: their first byte is given as an
-// invalid one. Throws nothing.
+// Decodes the character that begins at the byte `at`, which must be below the size of `text`.
+// Overlong forms, surrogates, numbers above 0x10FFFF and truncated sequences are invalid: the
+// result is then their first byte alone. Throws nothing.
 Character decodeUtf8(std::string_view text, std::size_t at);
 
 }  // namespace log_application

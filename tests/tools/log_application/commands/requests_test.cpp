@@ -9,7 +9,7 @@ using namespace log_application_test;
 
 class RequestsTest : public ToolTest {
   protected:
-    // What `levels` says of `service`, without its heading.
+    // The output of `levels` for `service`, without its heading.
     static std::string levelsOf(const ServiceProcess& service) {
         const std::string output = runTool("levels " + service.connect()).output;
         return output.substr(output.find('\n') + 1);

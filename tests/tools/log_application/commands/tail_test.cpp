@@ -12,7 +12,7 @@ using Peer = ScriptedServer::Peer;
 
 class TailTest : public ToolTest {
   protected:
-    // `options` against a server that sends these messages and ends.
+    // Runs tail with `options` against a server that sends these telegrams and ends.
     static ToolResult tailOf(const std::string& options,
                              const std::vector<std::string>& telegrams) {
         ScriptedServer server([&telegrams](Peer& peer) {
@@ -146,7 +146,7 @@ TEST_F(TailTest, GoesOnWithOthersWhenOneHasEnded) {
 }
 
 TEST_F(TailTest, SaysThatAProcessHasClosedTheConnectionButIsThere) {
-    // The probes for the process come as clients too.
+    // The probes of whether the process is there connect too.
     ScriptedServer server([](Peer& peer) { peer.request(); }, 200);
     const ToolResult result = runTool("tail " + server.connect());
     EXPECT_EQ(result.code, static_cast<DWORD>(exitLost));
@@ -157,7 +157,7 @@ TEST_F(TailTest, SaysThatAProcessHasClosedTheConnectionButIsThere) {
 }
 
 TEST_F(TailTest, AProcessWhosePortIsOpenButSilentHasEnded) {
-    // As it is when a child of the process has inherited the port.
+    // Such as a port that a child of the process has inherited.
     vek::net::TCPListener listener(false);
     const std::string place =
         "127.0.0.1:" + std::to_string(vek::test::bindToLoopback(listener).port());
@@ -201,7 +201,7 @@ TEST_F(TailTest, SaysHowManyLinesItHadToDrop) {
             peer.sendFrame(messageTelegram("message " + std::to_string(i)));
         }
     });
-    // A pipe that nobody empties for a while is a slow terminal.
+    // A pipe that isn't read for a while acts as a slow terminal.
     OutputPipe pipe;
     ToolRun run("tail --output raw --buffer 100 " + server.connect(), "", pipe.output());
     pipe.closeWriteEnd();

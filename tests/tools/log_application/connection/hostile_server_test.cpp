@@ -1,4 +1,4 @@
-// Servers that don't keep to the protocol.
+// Servers that violate the protocol.
 #include <functional>
 
 #include "tests/tools/log_application/support/tool_test.h"
@@ -10,7 +10,7 @@ using Peer = ScriptedServer::Peer;
 
 class HostileServer : public ToolTest {
   protected:
-    // `command` against a server that does `answer` once it has been asked something.
+    // Runs `command` against a server that calls `answer` after the first request.
     static ToolResult ask(const std::string& command, const std::function<void(Peer&)>& answer) {
         ScriptedServer server([&answer](Peer& peer) {
             peer.request();

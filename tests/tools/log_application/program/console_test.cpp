@@ -17,8 +17,8 @@ BOOL WINAPI goOn(DWORD) {
 
 class CtrlC : public ToolTest {
   protected:
-    // Ctrl-C goes to every process of the console, this one among them, and reaches it when it
-    // likes: so the handler stays.
+    // Ctrl-C is sent to every process of the console, this one included, possibly with a delay: so
+    // the handler is never removed.
     static void SetUpTestSuite() { ASSERT_NE(SetConsoleCtrlHandler(goOn, TRUE), 0); }
 
     static void press() { EXPECT_NE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0), 0); }
@@ -111,14 +111,14 @@ class TailOnAConsole : public support::ConsoleTest {
     void SetUp() override {
         ConsoleTest::SetUp();
         vek::net::startWinsock();
-        // Room for the lines, so that the console doesn't scroll while they are written.
+        // Clears space, so that the console doesn't scroll while lines are written.
         DWORD count = 0;
         ASSERT_NE(FillConsoleOutputCharacterA(output, ' ', columns * rows, home, &count), 0);
         ASSERT_NE(SetConsoleCursorPosition(output, home), 0);
     }
     ~TailOnAConsole() override { vek::net::stopWinsock(); }
 
-    // Has `tail` write one message of each level on the console, a line each.
+    // Lets `tail` write a message of each level to the console, one line each.
     void tail(const std::string& options) const {
         ScriptedServer server([](Peer& peer) {
             peer.request();

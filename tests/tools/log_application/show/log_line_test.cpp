@@ -96,7 +96,7 @@ TEST(LogLine, ATextCannotForgeTheOtherFields) {
 }
 
 TEST(LogLine, ATextCannotForgeAttributes) {
-    // Each of their keys is known and there once; only they stand behind the text.
+    // Each of their keys is known and occurs once, but behind the text.
     for (const std::string& text : {std::string("x\x1F"
                                                 "attr_keys=k\x1F"
                                                 "attr_values=v"),

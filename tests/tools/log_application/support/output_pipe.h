@@ -1,4 +1,4 @@
-// log_application_test::OutputPipe: a pipe as a program's output, which may be emptied or not.
+// log_application_test::OutputPipe: a pipe as a program's output, read late or never.
 #pragma once
 
 #include <string>
@@ -9,13 +9,13 @@
 
 namespace log_application_test {
 
-// For one thread at a time.
+// Not thread-safe.
 class OutputPipe : public vek::NoCopy {
   public:
-    // As many bytes have room in it.
+    // The size of the pipe.
     static constexpr DWORD roomBytes = 4096;
 
-    // Only the end for writing is inherited. Throws vek::OsError.
+    // Only the write end is inheritable. Calls CreatePipe. Throws vek::OsError.
     OutputPipe() {
         SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
         if (CreatePipe(&readEnd, &writeEnd, &inherited, roomBytes) == 0) {
@@ -28,22 +28,22 @@ class OutputPipe : public vek::NoCopy {
         closeReadEnd();
     }
 
-    // What the program writes to.
+    // The write end.
     HANDLE output() const { return writeEnd; }
 
-    // To be called once the program has been started, so that it alone has that end.
+    // To be called after the program was started, which then holds the only write end.
     void closeWriteEnd() { close(writeEnd); }
 
     void closeReadEnd() { close(readEnd); }
 
-    // The bytes that nobody has taken yet.
+    // The number of bytes that can be read.
     DWORD waiting() const {
         DWORD size = 0;
         PeekNamedPipe(readEnd, nullptr, 0, nullptr, &size, nullptr);
         return size;
     }
 
-    // All that comes, until the program has ended.
+    // Reads until the program has ended.
     std::string readAll() {
         std::string text;
         char room[roomBytes];

@@ -1,4 +1,4 @@
-// log_application_test::ScriptedDiscovery: answers searches as a test says.
+// log_application_test::ScriptedDiscovery: answers discovery requests as a test tells it to.
 #pragma once
 
 #include <atomic>
@@ -11,7 +11,7 @@
 
 namespace log_application_test {
 
-// Answers each datagram with `reply`, until it is told to end.
+// Answers each datagram with what `makeReply` returns, on a thread of its own until destruction.
 class ScriptedDiscovery {
   public:
     explicit ScriptedDiscovery(std::function<std::string(const std::string& id)> makeReply) {

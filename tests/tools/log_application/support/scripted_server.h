@@ -1,4 +1,4 @@
-// log_application_test::ScriptedServer: a server that says what a test has it say, right or wrong.
+// log_application_test::ScriptedServer: a server whose answers, right or wrong, a test scripts.
 #pragma once
 
 #include <atomic>
@@ -13,21 +13,22 @@
 
 namespace log_application_test {
 
-// One client after the other, each served by the script until that returns; then it is closed.
+// Accepts one client after the other. The script serves a client; its connection is closed when the
+// script returns.
 class ScriptedServer {
   public:
-    // The connection as the script sees it: bare bytes.
+    // The connection of a client.
     class Peer {
       public:
         explicit Peer(vek::net::TCPSocket& connection) : socket(connection) {}
 
-        // The payload of the next frame; empty at the end of the stream.
+        // Blocks for the next frame. Returns its payload; empty at the end of the stream.
         std::string request();
 
         void sendBytes(const std::string& bytes);
         void sendFrame(const std::string& payload);
 
-        // Blocks until the client goes, for up to 20 seconds.
+        // Blocks until the client has closed the connection, for up to 20 seconds.
         void waitForEnd();
 
       private:
@@ -36,13 +37,13 @@ class ScriptedServer {
 
     using Script = std::function<void(Peer&)>;
 
-    // Serves `clients` clients. Winsock has to be started.
+    // Serves `clients` clients on a thread of its own. Winsock must be started.
     explicit ScriptedServer(Script peerScript, int clients = 1);
 
-    // Waits until the clients that came have been served.
+    // Blocks until the connected clients have been served.
     ~ScriptedServer();
 
-    // Takes no further client than the one it has; ends within a second.
+    // Accepts no further client. The thread ends within a second.
     void stop() { stopped = true; }
 
     std::string connect() const { return "--connect 127.0.0.1:" + std::to_string(port); }

@@ -1,5 +1,5 @@
-// log_application_test::ServiceProcess: a real process with a log service. It listens for
-// discovery on all addresses, so that it is found beside others.
+// log_application_test::ServiceProcess: a real process with a log service. It listens for discovery
+// on all addresses, so that it is found while others run.
 #pragma once
 
 #include <cstdint>

@@ -29,7 +29,7 @@ HANDLE createInherited(const std::string& path) {
     return file;
 }
 
-// What a process is told so that it inherits two handles alone, which have to outlive it.
+// Restricts the handles that a process inherits to two, which must outlive this.
 class InheritedHandles : public vek::NoCopy {
   public:
     explicit InheritedHandles(HANDLE (&handles)[2]) {

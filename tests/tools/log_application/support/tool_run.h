@@ -1,4 +1,4 @@
-// log_application_test::ToolRun: one run of log_application.exe, with what it writes.
+// log_application_test::ToolRun: one run of log_application.exe and its output.
 #pragma once
 
 #include <string>
@@ -8,36 +8,37 @@
 
 namespace log_application_test {
 
-// A program that runs with its outputs in files of their own.
+// A running program whose outputs are redirected to files.
 class ToolRun : public vek::NoCopy {
   public:
-    // No run of a test takes longer, in milliseconds.
+    // The time limit of a run, in milliseconds.
     static constexpr DWORD limitMs = 60'000;
 
-    // Starts `program`, log_application.exe unless another is given, with `tail`, raw, behind its
-    // name. Without a file for it, its standard output is `output`, which isn't owned. It inherits
-    // its outputs and nothing else: no port of the test stays open in it. `flags` are further
-    // creation flags. Throws vek::FsError.
+    // Starts `program`, by default log_application.exe, with the command tail `tail`. Its standard
+    // output is `output`, which isn't owned, or a file if that is null. Only the outputs are
+    // inherited, so it holds no port of the test open. `flags` are further creation flags. Calls
+    // CreateProcess. Throws vek::FsError.
     explicit ToolRun(const std::string& tail, const std::string& program = "",
                      HANDLE output = nullptr, DWORD flags = 0);
 
-    // Ends the program if it still runs, and removes its files.
+    // Terminates the program if it still runs, and removes its files.
     ~ToolRun();
 
-    // Waits for its end. The whole exit code, or STILL_ACTIVE if it doesn't end.
+    // Blocks until the program has ended. Returns its exit code, or STILL_ACTIVE after `limit`
+    // milliseconds.
     DWORD wait(DWORD limit = limitMs);
 
-    // What it has written so far.
+    // The output so far.
     std::string output() const;
     std::string errors() const;
 
-    // Waits until its output, or its errors, hold `text`. False if that never happens.
+    // Blocks until its output, or its errors, contain `text`. Returns false if they don't in time.
     bool waitForOutput(const std::string& text) const;
     bool waitForErrors(const std::string& text) const;
 
     DWORD processId() const { return id; }
 
-    // Ends it at once.
+    // Calls TerminateProcess.
     void terminate();
 
   private:
@@ -56,10 +57,10 @@ struct ToolResult {
 
 ToolResult runTool(const std::string& tail);
 
-// `text` with each `from` replaced by `to`.
+// Returns `text` with each `from` replaced by `to`.
 std::string replaced(std::string text, const std::string& from, const std::string& to);
 
-// The contents of the file `name` among the golden ones, with line feeds alone as line ends.
+// Returns the contents of the golden file `name`, with line feeds as line ends.
 std::string golden(const std::string& name);
 
 }  // namespace log_application_test

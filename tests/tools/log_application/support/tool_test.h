@@ -1,4 +1,4 @@
-// What the tests of whole runs share.
+// Shared by the tests of whole runs.
 #pragma once
 
 #include <algorithm>
@@ -22,7 +22,8 @@ using log_application::exitUsage;
 
 class ToolTest : public vek::test::WinsockTest {};
 
-// A script that answers each request by its type; what isn't in `answers` ends the connection.
+// Returns a script that answers each request by its type and ends the connection for a type that
+// isn't in `answers`.
 inline ScriptedServer::Script answering(std::map<std::string, std::string> answers) {
     return [answers](ScriptedServer::Peer& peer) {
         for (;;) {
