@@ -53,10 +53,15 @@ make_base_prefix() {
   exec 9>&-
 }
 
-# copy_prefix TARGET: a fresh prefix with its own service database, registry and named events.
+# copy_prefix TARGET: a fresh prefix with its own service database, registry and named events. The 600 MB of the system's
+# libraries are shared by hard links; what a program may change in place is copied.
 copy_prefix() {
+  local base=$wine_dir/base
   rm -rf "$1"
-  cp -a --reflink=auto "$wine_dir/base" "$1"
+  mkdir -p "$(dirname "$1")"
+  cp -al "$base" "$1"
+  cp -a --remove-destination "$base"/*.reg "$1"
+  cp -a --remove-destination "$base"/drive_c/windows/*.ini "$1/drive_c/windows"
 }
 
 # start_prefix: starts the server of $WINEPREFIX and keeps it, so that each process starts in some 20 ms.
