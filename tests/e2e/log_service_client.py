@@ -7,6 +7,7 @@ from the service's own code. WINE runs a Windows program; the others are the pro
 and the other side of tolmarhlp.exe's hand-shake.
 """
 import contextlib
+import faulthandler
 import os
 import pathlib
 import random
@@ -22,8 +23,9 @@ import unittest
 
 WINE, CONFIGURED_PROGRAM, TOLMARHLP, EVENT_PEER = sys.argv[1:5]
 
-# The bound of every wait for something that is bound to happen.
-LIMIT = 60
+# The bound of every wait for something that is bound to happen, and of the whole.
+LIMIT = 30
+LIMIT_OF_ALL = 200
 DISCOVERY = ("127.0.0.1", 30451)
 NATIVE = os.name == "nt"
 
@@ -44,20 +46,25 @@ def end(process):
     process.communicate(timeout=LIMIT)
 
 
-def discover(datagram, pattern):
-    """The first reply to `datagram` that is all of `pattern`. Other processes may have the port too,
-    and each datagram reaches one of them, so it is sent again and again."""
+def discover(datagram, pattern, process):
+    """The first reply to `datagram` that is all of `pattern`, from `process`, which runs. Other processes may have the
+    port too, and each datagram reaches one of them, so it is sent again and again."""
+    seen = set()
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp:
         udp.settimeout(0.2)
         end = time.monotonic() + LIMIT
         while time.monotonic() < end:
+            if process.poll() is not None:
+                raise AssertionError("the process has ended with %d: %r"
+                                     % (process.returncode, process.stderr.read()))
             udp.sendto(datagram, DISCOVERY)
             with contextlib.suppress(socket.timeout):
                 reply, sender = udp.recvfrom(2048)
                 found = re.fullmatch(pattern, reply)
                 if found and sender == DISCOVERY:
                     return reply, found
-    raise AssertionError("nobody answers %r" % datagram)
+                seen.add((reply, sender))
+    raise AssertionError("no answer to %r within %d seconds, but %r" % (datagram, LIMIT, seen))
 
 
 class Client:
@@ -87,7 +94,9 @@ class Client:
     def frame(self):
         """The next frame whole, with its 4 bytes of length."""
         prefix = self.read(4)
-        return prefix + self.read(struct.unpack(">I", prefix)[0]) if len(prefix) == 4 else prefix
+        if len(prefix) != 4:
+            raise AssertionError("the connection has ended with %r instead of a frame" % prefix)
+        return prefix + self.read(struct.unpack(">I", prefix)[0])
 
     def ask(self, text):
         self.send(struct.pack(">I", len(text)) + text)
@@ -127,7 +136,8 @@ class Process:
 
     def port(self):
         _, found = discover(b"discover-request:name=" + self.name.encode(),
-                            b"hello:name=" + self.name.encode() + b"\x1fpid=(\\d+)\x1ftcpport=(\\d+)")
+                            b"hello:name=" + self.name.encode() + b"\x1fpid=(\\d+)\x1ftcpport=(\\d+)",
+                            self.process)
         return int(found[2])
 
 
@@ -141,10 +151,11 @@ def sinks(client):
 
 
 def wait_for(condition):
+    """Returns when `condition` is true."""
     end = time.monotonic() + LIMIT
-    while not condition():
+    while not (value := condition()):
         if time.monotonic() > end:
-            raise AssertionError("it doesn't come")
+            raise AssertionError("still %r after %d seconds" % (value, LIMIT))
         time.sleep(0.02)
 
 
@@ -154,12 +165,12 @@ def read_line(stream):
 
 class Wire(unittest.TestCase):
     def test_datagrams_of_discovery_are_the_protocols(self):
-        with Process("demo", ["wait=@1"]):
+        with Process("demo", ["wait=@1"]) as process:
             request = bytes.fromhex("64 69 73 63 6F 76 65 72 2D 72 65 71 75 65 73 74 3A 69 64 3D 37 1F"
                                     "6E 61 6D 65 3D 64 65 6D 6F")
             self.assertEqual(len(request), 31)
             reply, found = discover(
-                request, b"hello:id=7\x1fname=demo\x1fpid=(\\d+)\x1ftcpport=(\\d+)")
+                request, b"hello:id=7\x1fname=demo\x1fpid=(\\d+)\x1ftcpport=(\\d+)", process.process)
             self.assertEqual(reply, bytes.fromhex("68656C6C6F 3A 69643D37 1F 6E616D653D64656D6F 1F 7069643D") +
                              found[1] + bytes.fromhex("1F 746370706F72743D") + found[2])
             with Client(int(found[2])) as client:
@@ -335,12 +346,12 @@ class Helper(unittest.TestCase):
     HOST = ".".join(str(part) for part in (127, random.randint(1, 254), random.randint(0, 255),
                                            random.randint(1, 254)))
 
-    def find(self):
+    def find(self, process):
         """The process id of this test's helper, as bytes, and the port of its service."""
         end = time.monotonic() + LIMIT
         while time.monotonic() < end:
             _, found = discover(b"discover-request:name=tolmarhlp-gui",
-                                b"hello:name=tolmarhlp-gui\x1fpid=(\\d+)\x1ftcpport=(\\d+)")
+                                b"hello:name=tolmarhlp-gui\x1fpid=(\\d+)\x1ftcpport=(\\d+)", process)
             with contextlib.suppress(ConnectionRefusedError), Client(int(found[2]), self.HOST):
                 return found[1], int(found[2])
         self.fail("no helper at " + self.HOST)
@@ -357,7 +368,7 @@ class Helper(unittest.TestCase):
             self.assertEqual(read_line(peer.stdout), "ready")
             process = start(helper, "-restartgui", windows_path(directory))
             self.addCleanup(end, process)
-            pid, port = self.find()
+            pid, port = self.find(process)
             with Client(port, self.HOST) as client, Client(port, self.HOST) as stream:
                 wait_for(lambda: client.ask(b"agent-list:") == b"agent-list:TOLMAR_GUIHELPER=default")
                 self.assertEqual(client.ask(b"change-scope:TOLMAR_GUIHELPER=DEBUG"), b"change-scope:ack")
@@ -378,4 +389,6 @@ class Helper(unittest.TestCase):
 
 
 if __name__ == "__main__":
+    # A wait that no other bound ends: where it was is printed.
+    faulthandler.dump_traceback_later(LIMIT_OF_ALL, exit=True)
     unittest.main(argv=sys.argv[:1] + sys.argv[5:], verbosity=2)
