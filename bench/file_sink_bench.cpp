@@ -10,8 +10,8 @@
 
 #include "bench/measure.h"
 #include "vek/base/windows.h"
-#include "vek/log/file_sink.h"
-#include "vek/log/message_format.h"
+#include "vek/log/sinks/file_sink.h"
+#include "vek/log/sinks/message_format.h"
 #include "vek/time/clock_source.h"
 
 namespace {

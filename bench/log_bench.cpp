@@ -12,9 +12,9 @@
 #include "bench/floor_logger.h"
 #include "bench/measure.h"
 #include "vek/base/windows.h"
-#include "vek/log/file_sink.h"
+#include "vek/log/sinks/file_sink.h"
 #include "vek/log/manager.h"
-#include "vek/log/message_format.h"
+#include "vek/log/sinks/message_format.h"
 #include "vek/log/statement.h"
 #include "vek/time/clock_source.h"
 

@@ -14,7 +14,7 @@
 #include "vek/log/logger.h"
 #include "vek/log/manager.h"
 #include "vek/log/message.h"
-#include "vek/log/net_sink.h"
+#include "vek/log/service/net_sink.h"
 #include "vek/log/server.h"
 #include "vek/net/ip4_address.h"
 #include "vek/net/tcp_buffer.h"

@@ -19,10 +19,10 @@
 #include "tests/support/gzip/gzip_file.h"
 #include "vek/base/environment.h"
 #include "vek/base/windows.h"
-#include "vek/log/archives.h"
-#include "vek/log/file_sink.h"
+#include "vek/log/sinks/archives.h"
+#include "vek/log/sinks/file_sink.h"
 #include "vek/log/manager.h"
-#include "vek/log/message_format.h"
+#include "vek/log/sinks/message_format.h"
 #include "vek/log/statement.h"
 #include "vek/pal.h"
 

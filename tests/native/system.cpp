@@ -13,7 +13,7 @@
 #include "vek/base/os_error_text.h"
 #include "vek/exception.h"
 #include "vek/log/message.h"
-#include "vek/log/own_address.h"
+#include "vek/net/own_address.h"
 #include "vek/net/address_text.h"
 #include "vek/net/data_socket.h"
 #include "vek/os/calendar.h"
@@ -88,15 +88,15 @@ Message::Message(std::string loggerName, std::string messageText, Level messageL
       tid(1),
       timestamp(true) {}
 
-bool isOwnAddress(const std::string& text) {
-    sockaddr_in raw = {};
-    net::parseAddress(net::ip4Form, text, &raw);
-    return ntohl(raw.sin_addr.s_addr) == INADDR_LOOPBACK;
-}
-
 }  // namespace vek::log
 
 namespace vek::net {
+
+bool isOwnAddress(const std::string& text) {
+    sockaddr_in raw = {};
+    parseAddress(ip4Form, text, &raw);
+    return ntohl(raw.sin_addr.s_addr) == INADDR_LOOPBACK;
+}
 
 void parseAddress(const AddressForm& form, const std::string& text, void* raw) {
     in_addr address = {};

@@ -22,8 +22,8 @@
 #include <string>
 
 #include "vek/base/no_copy.h"
-#include "vek/log/configurator_options.h"
-#include "vek/log/file_sink_config.h"
+#include "vek/log/config/options.h"
+#include "vek/log/sinks/file_sink_config.h"
 #include "vek/log/level.h"
 #include "vek/log/server.h"
 #include "vek/log/sink.h"

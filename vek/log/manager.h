@@ -29,7 +29,7 @@
 #include <vector>
 
 #include "vek/base/no_copy.h"
-#include "vek/log/bounded_queue.h"
+#include "vek/log/queue/bounded_queue.h"
 #include "vek/log/level.h"
 #include "vek/log/logger.h"
 #include "vek/log/message.h"

@@ -8,9 +8,9 @@
 
 #include "vek/exception.h"
 #include "vek/log/configurator.h"
-#include "vek/log/discovery.h"
+#include "vek/log/service/discovery.h"
 #include "vek/log/manager.h"
-#include "vek/log/net_sink.h"
+#include "vek/log/service/net_sink.h"
 #include "vek/log/telegram.h"
 #include "vek/thread/scope_guard.h"
 

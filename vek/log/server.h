@@ -18,7 +18,7 @@
 #include <string>
 
 #include "vek/base/no_copy.h"
-#include "vek/log/client_requests.h"
+#include "vek/log/service/client_requests.h"
 #include "vek/net/ip4_address.h"
 #include "vek/net/socket_set.h"
 #include "vek/net/tcp_buffer.h"

@@ -7,7 +7,7 @@
 
 #include "vek/log/level.h"
 #include "vek/log/message.h"
-#include "vek/log/message_format.h"
+#include "vek/log/sinks/message_format.h"
 
 namespace vek::log {
 

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "vek/exception.h"
-#include "vek/log/telegram_params.h"
+#include "vek/log/service/telegram_params.h"
 
 namespace vek::net {
 class TCPBuffer;

@@ -2,7 +2,7 @@
 #include <stdexcept>
 
 #include "tests/native/fuzz/fuzz.h"
-#include "vek/log/archives.h"
+#include "vek/log/sinks/archives.h"
 
 using namespace vek::log;
 using vek::test::require;

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "tests/native/fuzz/fuzz.h"
-#include "vek/log/config_cost.h"
+#include "vek/log/config/file_cost.h"
 
 using vek::test::require;
 

@@ -5,7 +5,7 @@
 #include "tests/native/fuzz/fuzz.h"
 #include "tools/log_application/finding/discovered.h"
 #include "vek/exception.h"
-#include "vek/log/discovery.h"
+#include "vek/log/service/discovery.h"
 #include "vek/log/telegram.h"
 
 namespace {

@@ -7,8 +7,8 @@
 
 #include "tests/native/fuzz/fuzz.h"
 #include "tests/vek/log/sample_message.h"
-#include "vek/log/message_format.h"
-#include "vek/log/time_text.h"
+#include "vek/log/sinks/message_format.h"
+#include "vek/log/sinks/time_text.h"
 
 namespace {
 

@@ -4,8 +4,12 @@
 #include "tests/native/fuzz/fuzz.h"
 #include "tools/log_application/show/utc_time.h"
 #include "vek/exception.h"
-#include "vek/log/time_text.h"
+<<<<<<< HEAD
+#include "vek/log/sinks/time_text.h"
 #include "vek/os/calendar.h"
+=======
+#include "vek/log/sinks/time_text.h"
+>>>>>>> 99d167f (Move the log into rooms, and the look for an own address to the net: 34 units in one folder told by prefixes what belongs together)
 #include "vek/time/clock.h"
 #include "vek/time/parse_time.h"
 

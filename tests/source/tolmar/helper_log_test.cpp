@@ -7,7 +7,7 @@
 #include "tests/source/tolmar/scripted_system.h"
 #include "vek/log/configurator.h"
 #include "vek/log/manager.h"
-#include "vek/log/stdout_sink.h"
+#include "vek/log/sinks/stdout_sink.h"
 #include "vek/pal.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include "vek/base/console_colors.h"
 #include "vek/exception.h"
 #include "vek/log/manager.h"
-#include "vek/log/stdout_sink.h"
+#include "vek/log/sinks/stdout_sink.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "tools/log_application/show/escape.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
-#include "vek/log/own_address.h"
+#include "vek/net/own_address.h"
 #include "vek/log/server.h"
 #include "vek/log/telegram.h"
 #include "vek/net/ip4_address.h"
@@ -67,7 +67,7 @@ void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& foun
         const std::uint32_t size =
             socket.receiveFrom(room.data(), static_cast<std::uint32_t>(room.size()), sender);
         const std::string address = sender.toString();
-        found.add(std::string_view(room.data(), size), address, vek::log::isOwnAddress(address));
+        found.add(std::string_view(room.data(), size), address, vek::net::isOwnAddress(address));
     } catch (const vek::NetError&) {
         // Nothing came, or the system reports that nobody listens at one of the places.
     }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tools/log_application/show/log_line.h"
-#include "vek/log/message_format.h"
+#include "vek/log/sinks/message_format.h"
 
 namespace log_application {
 

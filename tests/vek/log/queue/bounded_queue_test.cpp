@@ -1,0 +1,160 @@
+#include "vek/log/queue/bounded_queue.h"
+
+#include <memory>
+#include <system_error>
+
+#include <gtest/gtest.h>
+
+#include "tests/vek/log/log_capture.h"
+#include "tests/vek/thread/lock_support.h"
+
+namespace {
+
+using vek::log::BoundedQueue;
+using vek_test::LookedUpIn;
+using vek_test::nativeLibrary;
+using vek_test::olderLibrary;
+using vek_test::ScopedThread;
+using vek_test::watchedLibrary;
+
+using Element = std::unique_ptr<int>;
+using Queue = BoundedQueue<Element>;
+
+// On the system's own condition variables, and on the runtime's.
+class BoundedQueueOn : public testing::TestWithParam<const char*> {
+  protected:
+    const LookedUpIn library{GetParam(), GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Systems, BoundedQueueOn, testing::Values(nativeLibrary, olderLibrary),
+                         [](const auto& instance) {
+                             return std::string(
+                                 instance.param == std::string(nativeLibrary) ? "New" : "Old");
+                         });
+
+TEST_P(BoundedQueueOn, GivesWhatCameFirstFirst) {
+    Queue queue(3);
+    for (int i = 0; i < 3; ++i) {
+        queue.push(std::make_unique<int>(i));
+    }
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(*queue.pop(), i);
+    }
+}
+
+TEST_P(BoundedQueueOn, TakesANullLikeAnyOther) {
+    Queue queue(2);
+    queue.push(nullptr);
+    queue.push(std::make_unique<int>(1));
+    EXPECT_EQ(queue.pop(), nullptr);
+    EXPECT_EQ(*queue.pop(), 1);
+}
+
+TEST_P(BoundedQueueOn, WakesThoseWhoWaitOnBothSides) {
+    // As small as can be, so that nearly each operation waits for the other side.
+    Queue queue(1);
+    constexpr int producers = 4;
+    constexpr int consumers = 3;
+    constexpr int each = 1500;
+    std::atomic<int> sum = 0;
+    {
+        std::vector<std::unique_ptr<ScopedThread>> threads;
+        for (int c = 0; c < consumers; ++c) {
+            threads.push_back(std::make_unique<ScopedThread>([&] {
+                for (int i = 0; i < producers * each / consumers; ++i) {
+                    sum += *queue.pop();
+                }
+            }));
+        }
+        for (int p = 0; p < producers; ++p) {
+            threads.push_back(std::make_unique<ScopedThread>([&] {
+                for (int i = 0; i < each; ++i) {
+                    queue.push(std::make_unique<int>(1));
+                }
+            }));
+        }
+    }
+    EXPECT_EQ(sum, producers * each);
+}
+
+TEST_P(BoundedQueueOn, DestroysWhatIsLeft) {
+    const auto watched = std::make_shared<int>(1);
+    {
+        BoundedQueue<std::shared_ptr<int>> queue(5);
+        queue.push(watched);
+        queue.push(watched);
+        EXPECT_EQ(watched.use_count(), 3);
+    }
+    EXPECT_EQ(watched.use_count(), 1);
+}
+
+// With a library that tells who sleeps.
+class WatchedQueue : public testing::Test {
+  protected:
+    unsigned sleeps() const { return sleepCount(); }
+    bool someoneSleeps(unsigned times) {
+        return vek_test::becomesTrue([&] { return sleeps() >= times; });
+    }
+
+    const LookedUpIn library{watchedLibrary, nativeLibrary};
+    unsigned(WINAPI* const sleepCount)() =
+        vek::resolveFunction<unsigned(WINAPI*)()>(library.conditionLibrary(), "sleepCount");
+    void(WINAPI* const failSleepsWith)(DWORD) =
+        vek::resolveFunction<void(WINAPI*)(DWORD)>(library.conditionLibrary(), "failSleepsWith");
+};
+
+TEST_F(WatchedQueue, SleepsOnlyWhenEmpty) {
+    Queue queue(2);
+    queue.push(std::make_unique<int>(7));
+    queue.pop();
+    EXPECT_EQ(sleeps(), 0u);
+    int got = 0;
+    {
+        ScopedThread consumer([&] { got = *queue.pop(); });
+        EXPECT_TRUE(someoneSleeps(1));
+        queue.push(std::make_unique<int>(8));
+    }
+    EXPECT_EQ(got, 8);
+}
+
+TEST_F(WatchedQueue, SleepsOnlyWhenFull) {
+    Queue queue(2);
+    queue.push(std::make_unique<int>(1));
+    queue.push(std::make_unique<int>(2));
+    EXPECT_EQ(sleeps(), 0u);
+    {
+        ScopedThread producer([&] { queue.push(std::make_unique<int>(3)); });
+        EXPECT_TRUE(someoneSleeps(1));
+        EXPECT_EQ(*queue.pop(), 1);
+    }
+    EXPECT_EQ(*queue.pop(), 2);
+    EXPECT_EQ(*queue.pop(), 3);
+}
+
+// The code that `wait` fails with, if it fails as the standard library's conditions do.
+template <class Wait>
+int systemErrorOf(Wait wait) {
+    try {
+        wait();
+    } catch (const std::system_error& error) {
+        return error.code().value();
+    }
+    return 0;
+}
+
+TEST_F(WatchedQueue, FailureToSleepIsTheStandardSystemErrorAndLeavesTheQueueUsable) {
+    Queue queue(1);
+    failSleepsWith(ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(systemErrorOf([&] { queue.pop(); }), ERROR_NOT_ENOUGH_MEMORY);
+    queue.push(std::make_unique<int>(1));
+    EXPECT_EQ(systemErrorOf([&] { queue.push(std::make_unique<int>(2)); }),
+              ERROR_NOT_ENOUGH_MEMORY);
+    failSleepsWith(0);
+    EXPECT_EQ(*queue.pop(), 1);
+    {
+        ScopedThread consumer([&] { EXPECT_EQ(*queue.pop(), 3); });
+        queue.push(std::make_unique<int>(3));
+    }
+}
+
+}  // namespace

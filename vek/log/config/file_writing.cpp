@@ -1,0 +1,86 @@
+// The writing of levels into logging.conf.
+#include <exception>
+
+#include <libconfig.h++>
+#include <stdlib.h>
+
+#include "vek/exception.h"
+#include "vek/fs/copier.h"
+#include "vek/fs/current_directory.h"
+#include "vek/log/config/file_check.h"
+#include "vek/log/config/report.h"
+#include "vek/log/configurator.h"
+#include "vek/log/logger.h"
+#include "vek/log/manager.h"
+
+namespace vek::log {
+
+namespace {
+
+void backupConfigFile(const std::string& path) {
+    fs::Copier(fs::noEffect | fs::overwriteTarget).copy(path, path + ".bak");
+}
+
+// An empty one in the place of the member `name` of `parent`, if there is one.
+libconfig::Setting& replaceMember(libconfig::Setting& parent, const char* name,
+                                  libconfig::Setting::Type type) {
+    if (parent.exists(name)) {
+        parent.remove(name);
+    }
+    return parent.add(name, type);
+}
+
+libconfig::Setting& groupIn(libconfig::Setting& parent, const char* name) {
+    return parent.exists(name) ? parent[name] : parent.add(name, libconfig::Setting::TypeGroup);
+}
+
+}  // namespace
+
+void Configurator::persistConfig() {
+    try {
+        writeConfig();
+    } catch (const Exception&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw RuntimeError(error.what());
+    }
+}
+
+void Configurator::writeConfig() {
+    const std::string target = configPath.empty() ? defaultConfigPath() : configPath;
+    libconfig::Config config;
+    if (!configPath.empty()) {
+        checkConfigFile(target);
+        config.readFile(target.c_str());
+        try {
+            backupConfigFile(fs::expand(configPath));
+        } catch (const FileAccessError& error) {
+            reportInColor("Couldn't create backup of '" + configPath + "': " + error.description() +
+                          "\n");
+        }
+    }
+    writeLevels(config);
+    try {
+        config.writeFile(target.c_str());
+    } catch (const std::exception&) {
+        // What GetLastError() was where the runtime failed: the exception has overwritten that.
+        throw FsError(target, _doserrno);
+    }
+}
+
+// Into the group of this process, whose other members stay, as does all else: the levels of the
+// loggers that exist and have one of their own, and the default level.
+void Configurator::writeLevels(libconfig::Config& config) const {
+    libconfig::Setting& group =
+        groupIn(groupIn(config.getRoot(), "processes"), instanceName.c_str());
+    libconfig::Setting& loggers = replaceMember(group, "loggers", libconfig::Setting::TypeGroup);
+    for (const Logger* const logger : manager.listLoggers()) {
+        if (!logger->usesDefault()) {
+            loggers.add(logger->name(), libconfig::Setting::TypeString) =
+                levelName(logger->level());
+        }
+    }
+    replaceMember(group, "default_level", libconfig::Setting::TypeString) = levelName(defaultLevel);
+}
+
+}  // namespace vek::log
