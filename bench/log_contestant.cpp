@@ -1,8 +1,8 @@
 // The log as a contestant beside other logging libraries: built with their driver (contestant.h)
 // and measured by the same script, in the same run.
 #include "contestant.h"
-#include "vek/log/sinks/file_sink.h"
 #include "vek/log/manager.h"
+#include "vek/log/sinks/file_sink.h"
 #include "vek/log/sinks/message_format.h"
 #include "vek/log/statement.h"
 #include "vek/time/clock_source.h"

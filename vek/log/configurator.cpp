@@ -11,10 +11,10 @@
 #include "vek/fs/path_text.h"
 #include "vek/fs/program_path.h"
 #include "vek/log/config/report.h"
-#include "vek/log/sinks/debugger_sink.h"
-#include "vek/log/sinks/file_sink.h"
 #include "vek/log/logger.h"
 #include "vek/log/manager.h"
+#include "vek/log/sinks/debugger_sink.h"
+#include "vek/log/sinks/file_sink.h"
 #include "vek/log/sinks/stdout_sink.h"
 #include "vek/thread/scope_guard.h"
 

@@ -23,10 +23,12 @@
 
 #include "vek/base/no_copy.h"
 #include "vek/log/config/options.h"
-#include "vek/log/sinks/file_sink_config.h"
 #include "vek/log/level.h"
+#include "vek/log/level_source.h"
 #include "vek/log/server.h"
+#include "vek/log/service/served_settings.h"
 #include "vek/log/sink.h"
+#include "vek/log/sinks/file_sink_config.h"
 #include "vek/pal.h"
 #include "vek/thread/mutex.h"
 
@@ -42,7 +44,10 @@ class Manager;
 
 // One at a time in a process. The constructor, `configure`, `stop` and the destructor are for the
 // thread of the entry point; which thread calls the others is said there.
-class Configurator final : public IForkHandler, public NoCopy {
+class Configurator final : public IForkHandler,
+                           public LevelSource,
+                           public ServedSettings,
+                           public NoCopy {
   public:
     // Builds everything, adds the options to `cmd`, which may be null and has to outlive this
     // object otherwise, and reads the environment. Afterwards loggers can be had, at the levels
@@ -75,30 +80,30 @@ class Configurator final : public IForkHandler, public NoCopy {
     // Writes the levels that are in force into logging.conf, as told at `writeConfig`. Called by
     // the server, on its thread. Throws vek::Exception: those of `writeConfig` as they are,
     // RuntimeError with its what() in the place of any other.
-    void persistConfig();
+    void persistConfig() override;
 
     // Gives the logger `name` a level, also if it is made only later; with DEFAULT a logger that
     // exists follows the default level. Safe from any thread.
-    void setLoggerLevel(const std::string& name, Level level);
+    void setLoggerLevel(const std::string& name, Level level) override;
 
     // Changes the default level. Throws UsageError, and changes nothing, as
     // Manager::setDefaultLevel does. Called by the server, on its thread.
-    void setDefaultLevel(Level level);
+    void setDefaultLevel(Level level) override;
 
     // The default level. For the thread of `setDefaultLevel`; no lock guards it.
-    Level getDefaultLevel() const { return defaultLevel; }
+    Level getDefaultLevel() const override { return defaultLevel; }
 
     // The two steps that open the destructor. Throws what they throw.
     void stop();
 
     // The name of this process among those of logging.conf; empty ahead of `configure`, which is
     // the only one to change it.
-    const std::string& getInstanceName() const { return instanceName; }
+    const std::string& getInstanceName() const override { return instanceName; }
 
     // Called by the manager, with its mutex held, for each new logger: gives it the level that was
     // set for its name, if there is one, as a level of its own. Deliberately as it stands: DEFAULT
     // isn't translated here.
-    void applyConfiguredLevel(Logger& logger);
+    void applyConfiguredLevel(Logger& logger) override;
 
     // Has the manager renew the process id. Never called: this system has no fork.
     void afterFork() override;

@@ -5,7 +5,7 @@
 
 #include "vek/base/windows.h"
 #include "vek/exception.h"
-#include "vek/log/configurator.h"
+#include "vek/log/level_source.h"
 
 namespace vek::log {
 
@@ -205,7 +205,7 @@ void Manager::destroySinks() {
     }
 }
 
-void Manager::setConfigurator(Configurator* newConfigurator) {
+void Manager::setConfigurator(LevelSource* newConfigurator) {
     const std::lock_guard<std::mutex> guard(mutex);
     configurator = newConfigurator;
 }

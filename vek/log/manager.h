@@ -29,17 +29,17 @@
 #include <vector>
 
 #include "vek/base/no_copy.h"
-#include "vek/log/queue/bounded_queue.h"
 #include "vek/log/level.h"
 #include "vek/log/logger.h"
 #include "vek/log/message.h"
+#include "vek/log/queue/bounded_queue.h"
 #include "vek/log/sink.h"
 #include "vek/thread/runnable.h"
 #include "vek/thread/thread.h"
 
 namespace vek::log {
 
-class Configurator;
+class LevelSource;
 
 // Safe from any thread, but not from within a sink: the manager's mutex is held during the output
 // of a message, so that all of this but `submit` waits for that.
@@ -127,7 +127,7 @@ class Manager : public thread::Runnable, public NoCopy {
     void shutdown();
 
     // Whose levels new loggers get; null for nobody. Not owned; forgotten at `shutdown`.
-    void setConfigurator(Configurator* newConfigurator);
+    void setConfigurator(LevelSource* newConfigurator);
 
     // To be called in the child after a fork, on systems that have such a thing: renews the process
     // id that new messages carry.
@@ -153,7 +153,7 @@ class Manager : public thread::Runnable, public NoCopy {
     // with the queue's.
     mutable std::mutex mutex;
     std::uint32_t pid;
-    Configurator* configurator = nullptr;
+    LevelSource* configurator = nullptr;
     // From before a `shutdown`.
     std::set<std::unique_ptr<Logger>> oldLoggers;
     // Guards the starting and joining of the worker. Taken ahead of all others.

@@ -7,10 +7,10 @@
 #include <utility>
 
 #include "vek/exception.h"
-#include "vek/log/configurator.h"
-#include "vek/log/service/discovery.h"
 #include "vek/log/manager.h"
+#include "vek/log/service/discovery.h"
 #include "vek/log/service/net_sink.h"
+#include "vek/log/service/served_settings.h"
 #include "vek/log/telegram.h"
 #include "vek/thread/scope_guard.h"
 
@@ -56,7 +56,7 @@ void reportClient(const Exception& error) {
 
 }  // namespace
 
-Server::Server(Configurator* owner)
+Server::Server(ServedSettings* owner)
     : thread(threadName, *this),
       manager(Manager::instance()),
       configurator(*owner),

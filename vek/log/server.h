@@ -32,8 +32,8 @@
 
 namespace vek::log {
 
-class Configurator;
 class Manager;
+class ServedSettings;
 
 // One thread, the owner, makes it, sets it up, starts, stops and destroys it.
 class Server : public thread::Runnable, public NoCopy {
@@ -43,7 +43,7 @@ class Server : public thread::Runnable, public NoCopy {
 
     // Opens the sockets, and binds none that others can reach. `owner` answers for levels and the
     // configuration; it isn't owned and has to outlive this. Throws NetError.
-    explicit Server(Configurator* owner);
+    explicit Server(ServedSettings* owner);
 
     // The serving itself, on the thread "log-server"; not to be called from elsewhere. Throws what
     // binding the sockets and waiting on them throws: the thread is reported dead then, and the
@@ -117,7 +117,7 @@ class Server : public thread::Runnable, public NoCopy {
     std::string listen_addr;
     std::string discovery_addr;
     Manager& manager;
-    Configurator& configurator;
+    ServedSettings& configurator;
     const std::uint32_t pid;
     ClientRequests requests;
 };

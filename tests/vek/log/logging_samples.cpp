@@ -7,10 +7,10 @@
 
 #include "vek/exception.h"
 #include "vek/log/configurator.h"
-#include "vek/log/sinks/file_sink.h"
 #include "vek/log/manager.h"
-#include "vek/log/statement.h"
+#include "vek/log/sinks/file_sink.h"
 #include "vek/log/sinks/stdout_sink.h"
+#include "vek/log/statement.h"
 #include "vek/pal.h"
 
 namespace samples {

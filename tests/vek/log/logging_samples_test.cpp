@@ -12,8 +12,8 @@
 
 #include "tests/vek/log/log_capture.h"
 #include "vek/log/manager.h"
-#include "vek/log/statement.h"
 #include "vek/log/sinks/stdout_sink.h"
+#include "vek/log/statement.h"
 
 namespace {
 

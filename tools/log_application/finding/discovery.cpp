@@ -8,10 +8,10 @@
 #include "tools/log_application/show/escape.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
-#include "vek/net/own_address.h"
 #include "vek/log/server.h"
 #include "vek/log/telegram.h"
 #include "vek/net/ip4_address.h"
+#include "vek/net/own_address.h"
 #include "vek/net/udp_socket.h"
 
 namespace log_application {

@@ -6,11 +6,11 @@
 #include <string_view>
 
 #include "vek/exception.h"
-#include "vek/log/configurator.h"
-#include "vek/log/sinks/file_sink_config.h"
 #include "vek/log/level.h"
 #include "vek/log/manager.h"
 #include "vek/log/service/net_sink.h"
+#include "vek/log/service/served_settings.h"
+#include "vek/log/sinks/file_sink_config.h"
 #include "vek/log/telegram.h"
 #include "vek/net/ip4_address.h"
 

@@ -5,15 +5,15 @@
 
 namespace vek::log {
 
-class Configurator;
 class Manager;
+class ServedSettings;
 class Telegram;
 
 // For one thread, the server's.
 class ClientRequests : public NoCopy {
   public:
     // Neither is owned.
-    ClientRequests(Manager& usedManager, Configurator& usedConfigurator)
+    ClientRequests(Manager& usedManager, ServedSettings& usedConfigurator)
         : manager(usedManager), configurator(usedConfigurator) {}
 
     // Does what `request`, as it was received, asks for, and sends the reply on its connection,
@@ -35,7 +35,7 @@ class ClientRequests : public NoCopy {
     static const Entry table[];
 
     Manager& manager;
-    Configurator& configurator;
+    ServedSettings& configurator;
 };
 
 }  // namespace vek::log

@@ -4,8 +4,8 @@
 #include <iostream>
 #include <sstream>
 
-#include "vek/net/own_address.h"
 #include "vek/log/telegram.h"
+#include "vek/net/own_address.h"
 
 namespace vek::log {
 

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "vek/fs/append_buffer.h"
-#include "vek/log/sinks/file_sink_config.h"
 #include "vek/log/sink.h"
+#include "vek/log/sinks/file_sink_config.h"
 #include "vek/time/clock.h"
 
 namespace vek::log {

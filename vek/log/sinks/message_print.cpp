@@ -2,8 +2,8 @@
 #include <charconv>
 #include <string_view>
 
-#include "vek/log/sinks/level_colors.h"
 #include "vek/log/message.h"
+#include "vek/log/sinks/level_colors.h"
 #include "vek/log/sinks/message_format.h"
 #include "vek/log/sinks/time_text.h"
 

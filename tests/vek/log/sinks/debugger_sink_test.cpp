@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/vek/log/sinks/debugger_output.h"
 #include "tests/vek/log/sample_message.h"
+#include "tests/vek/log/sinks/debugger_output.h"
 #include "vek/base/console_colors.h"
 #include "vek/base/windows.h"
 

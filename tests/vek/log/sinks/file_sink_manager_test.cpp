@@ -12,8 +12,8 @@
 #include "tests/vek/log/sinks/file_sink_fixture.h"
 #include "tests/vek/log/sinks/gzip_programs.h"
 #include "vek/base/text.h"
-#include "vek/log/sinks/file_sink.h"
 #include "vek/log/manager.h"
+#include "vek/log/sinks/file_sink.h"
 
 namespace {
 

@@ -11,12 +11,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/counted_memory.h"
-#include "tests/vek/log/sinks/debugger_output.h"
 #include "tests/vek/log/sample_message.h"
+#include "tests/vek/log/sinks/debugger_output.h"
 #include "vek/base/windows.h"
+#include "vek/log/message.h"
 #include "vek/log/sinks/debugger_sink.h"
 #include "vek/log/sinks/file_sink.h"
-#include "vek/log/message.h"
 #include "vek/log/sinks/message_format.h"
 #include "vek/time/date_time.h"
 
