@@ -1,4 +1,4 @@
-// The program that does nothing: what every start of a static program costs.
+// A program that does nothing: the cost of starting any static program.
 #include "vek/base/windows.h"
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {

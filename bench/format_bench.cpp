@@ -1,13 +1,11 @@
-// How long vek::format takes against snprintf, for texts of several lengths, in plain and in
-// numbered form. Prints, per text, the times and their ratios to snprintf, each the median of many
-// rounds. Beside them stands what a std::string of that length costs alone, which is part of the
-// time of vek::format: beyond 15 characters it allocates.
-#include <algorithm>
-#include <chrono>
+// format_bench: vek::format, compared with snprintf, for texts of several lengths, in plain and in
+// numbered form. The third figure of each text is the cost of a std::string of that length alone,
+// which is part of the time of vek::format: beyond 15 characters it allocates.
 #include <cstdio>
 #include <string>
 #include <vector>
 
+#include "bench/measure.h"
 #include "vek/base/format.h"
 
 namespace {
@@ -15,47 +13,41 @@ namespace {
 constexpr int rounds = 101;
 constexpr int callsPerRound = 2000;
 
-// Keeps the compiler from leaving out work whose result nobody reads.
+// Keeps the compiler from removing work whose result is never read.
 volatile std::size_t seenLength = 0;
 
 template <class F>
 double nanosecondsPerCall(F call) {
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < callsPerRound; ++i) {
-        seenLength = call(i);
-    }
-    const std::chrono::duration<double, std::nano> taken = std::chrono::steady_clock::now() - start;
-    return taken.count() / callsPerRound;
+    return vek_bench::nanoseconds([&] {
+               for (int i = 0; i < callsPerRound; ++i) {
+                   seenLength = call(i);
+               }
+           }) /
+           callsPerRound;
 }
 
-double median(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-// The ways are measured in turns, so that what else the machine does meets all alike.
 template <class Snprintf, class Plain, class Numbered>
 void compare(const char* name, Snprintf bare, Plain plain, Numbered numbered) {
     const std::size_t length = bare(0);
+    vek_bench::require(plain(0) == length && numbered(0) == length,
+                       std::string(name) + ": the texts differ in length");
     const std::vector<char> text(length, 'x');
     const auto string = [&](int) { return std::string(text.data(), length).size(); };
     std::vector<double> times[4];
-    for (int i = 0; i < rounds; ++i) {
+    for (int round = vek_bench::repetitions(rounds); round > 0; --round) {
         times[0].push_back(nanosecondsPerCall(bare));
         times[1].push_back(nanosecondsPerCall(string));
         times[2].push_back(nanosecondsPerCall(plain));
         times[3].push_back(nanosecondsPerCall(numbered));
     }
-    const double bareTime = median(times[0]);
-    std::printf("%-8s %4u characters  snprintf %5.0f ns", name, static_cast<unsigned>(length),
-                bareTime);
-    const char* names[] = {"string", "format", "numbered"};
+    const char* const ways[] = {"snprintf", "a string alone", "plain", "numbered"};
     for (int way = 1; way < 4; ++way) {
-        const double time = median(times[way]);
-        std::printf("  %s %5.0f ns %5.2f", names[way - 1], time, time / bareTime);
+        vek_bench::report({.name = std::string(name) + ", " + std::to_string(length) +
+                                   " characters, " + ways[way],
+                           .own = vek_bench::median(times[way]),
+                           .other = vek_bench::median(times[0]),
+                           .otherName = ways[0]});
     }
-    std::printf("\n");
 }
 
 template <class... Arguments>
@@ -64,9 +56,7 @@ std::size_t bareLength(const char* pattern, Arguments... arguments) {
     return static_cast<std::size_t>(std::snprintf(buffer, sizeof buffer, pattern, arguments...));
 }
 
-}  // namespace
-
-int main() {
+void measureAll() {
     const char* file = "C:\\some\\folder\\name.txt";
     const std::string kilobyte(1000, 'x');
     compare(
@@ -100,5 +90,14 @@ int main() {
         "2 passes", [&](int i) { return bareLength("%s: %d.", kilobyte.c_str(), i % 10 + 100); },
         [&](int i) { return vek::format("%s: %d.", kilobyte.c_str(), i % 10 + 100).size(); },
         [&](int i) { return vek::format("%1$s: %2$d.", kilobyte.c_str(), i % 10 + 100).size(); });
-    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return vek_bench::runBenchmark(argc, argv,
+                                   "format_bench [--smoke] [--json]\n"
+                                   "\n"
+                                   "vek::format of short texts, compared with snprintf.\n",
+                                   measureAll);
 }

@@ -1,6 +1,6 @@
-// The logging statement and the way to the file, beside the least logger of the same design and the
-// bare calls of the system: statements that are off, statements that are on, with 1 and 4 threads,
-// and how many messages a second reach a file that is flushed after each of them.
+// log_bench: a logging statement and the way of its message to the file, compared with the simplest
+// logger of the same design and with bare system calls: statements that are off, statements that
+// are on, and messages written to a file that is flushed after each of them.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -11,6 +11,7 @@
 
 #include "bench/floor_logger.h"
 #include "bench/measure.h"
+#include "bench/ticks.h"
 #include "vek/base/windows.h"
 #include "vek/log/manager.h"
 #include "vek/log/sinks/file_sink.h"
@@ -21,11 +22,20 @@
 namespace {
 
 constexpr int rounds = 7;
-constexpr int statementsOff = 20'000'000;
 constexpr int burstSize = 20;
-constexpr int bursts = 400;
 constexpr DWORD pauseMs = 2;
-constexpr int throughputMessages = 100'000;
+
+int statementsOff() {
+    return vek_bench::repetitions(20'000'000, 200'000);
+}
+
+int bursts() {
+    return vek_bench::repetitions(400, 5);
+}
+
+int throughputMessages() {
+    return vek_bench::repetitions(100'000, 2'000);
+}
 
 // --- the contestants ---
 
@@ -38,7 +48,7 @@ double milliseconds(int i) {
     return (i % 1000) * 0.25;
 }
 
-// Keeps the compiler from testing the level once for a whole loop.
+// Keeps the compiler from moving the level test out of a loop.
 void compilerBarrier() {
     asm volatile("" ::: "memory");
 }
@@ -107,19 +117,7 @@ class Floor {
 
 // --- measuring ---
 
-// The time-stamp counter: the performance counter has steps of 100 ns under Wine.
-std::uint64_t ticks() {
-    unsigned aux;
-    return __builtin_ia32_rdtscp(&aux);
-}
-
-double nanosecondsPerTick() {
-    const std::uint64_t from = ticks();
-    const double passed = vek_bench::nanoseconds([] { Sleep(200); });
-    return passed / static_cast<double>(ticks() - from);
-}
-
-// A file that is gone at the end of the scope.
+// A temporary file. The destructor deletes it.
 class LogFile {
   public:
     LogFile() {
@@ -149,10 +147,9 @@ class LogFile {
 };
 
 void checkLines(const char* who, const LogFile& file, int sent) {
-    if (file.lines() != sent) {
-        std::printf("%s: %d of %d messages are in the file\n", who, file.lines(), sent);
-        std::exit(1);
-    }
+    const int lines = file.lines();
+    vek_bench::require(lines == sent, std::string(who) + ": " + std::to_string(lines) + " of " +
+                                          std::to_string(sent) + " messages are in the file");
 }
 
 template <class Body>
@@ -170,7 +167,7 @@ template <class Contestant>
 double statementOff() {
     const LogFile file;
     Contestant contestant(file.path);
-    return vek_bench::nanoseconds([&] { contestant.off(statementsOff); }) / statementsOff;
+    return vek_bench::nanoseconds([&] { contestant.off(statementsOff()); }) / statementsOff();
 }
 
 struct Latency {
@@ -184,16 +181,17 @@ template <class Contestant>
 void statementOn(int producers, double perTick, Latency& latency) {
     const LogFile file;
     Contestant contestant(file.path);
-    const auto perProducer = static_cast<std::size_t>(burstSize) * bursts;
+    const auto perProducer =
+        static_cast<std::size_t>(burstSize) * static_cast<std::size_t>(bursts());
     std::vector<std::uint64_t> times(perProducer * static_cast<std::size_t>(producers));
     onThreads(producers, [&](int producer) {
         std::uint64_t* out = times.data() + static_cast<std::size_t>(producer) * perProducer;
-        for (int burst = 0; burst < bursts; ++burst) {
+        for (int burst = 0; burst < bursts(); ++burst) {
             Sleep(pauseMs);
             for (int i = 0; i < burstSize; ++i) {
-                const std::uint64_t from = ticks();
+                const std::uint64_t from = vek_bench::ticks();
                 contestant.on(i);
-                *out++ = ticks() - from;
+                *out++ = vek_bench::ticks() - from;
             }
         }
     });
@@ -209,7 +207,7 @@ template <class Contestant>
 double throughput(int producers) {
     const LogFile file;
     Contestant contestant(file.path);
-    const int each = throughputMessages / producers;
+    const int each = throughputMessages() / producers;
     const double total = vek_bench::nanoseconds([&] {
         onThreads(producers, [&](int) {
             for (int i = 0; i < each; ++i) {
@@ -230,82 +228,94 @@ double bareWrites() {
     const std::string line =
         "2024-02-29 13:05:09 [ INFO] 1234 request 12345 from beta.example took 123.25 ms\r\n";
     const double total = vek_bench::nanoseconds([&] {
-        for (int i = 0; i < throughputMessages; ++i) {
+        for (int i = 0; i < throughputMessages(); ++i) {
             DWORD written = 0;
             WriteFile(handle, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
         }
     });
     CloseHandle(handle);
-    return total / throughputMessages;
+    return total / throughputMessages();
 }
 
 double emptyLoop() {
     return vek_bench::nanoseconds([] {
-               for (int i = 0; i < statementsOff; ++i) {
+               for (int i = 0; i < statementsOff(); ++i) {
                    compilerBarrier();
                }
            }) /
-           statementsOff;
+           statementsOff();
 }
 
 void row(const std::string& what, const std::vector<double>& own, const std::vector<double>& floor,
-         const char* target) {
-    const double a = vek_bench::median(own);
-    const double b = vek_bench::median(floor);
-    std::printf("%-44s %10.1f ns %10.1f ns floor   ratio %5.2f   (%s)\n", what.c_str(), a, b, a / b,
-                target);
+         double target) {
+    vek_bench::report({.name = what,
+                       .own = vek_bench::median(own),
+                       .other = vek_bench::median(floor),
+                       .target = target,
+                       .otherName = "floor"});
+}
+
+std::string threadsText(int producers) {
+    return producers == 1 ? "1 thread" : std::to_string(producers) + " threads";
 }
 
 void measureOff() {
     std::vector<double> own;
     std::vector<double> floor;
     std::vector<double> empty;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = vek_bench::repetitions(rounds); round > 0; --round) {
         own.push_back(statementOff<OwnLogger>());
         floor.push_back(statementOff<Floor>());
         empty.push_back(emptyLoop());
     }
-    row("statement that is off", own, floor, "at most 1.3, and 2 ns");
-    std::printf("%-44s %10.1f ns\n", "  an empty loop", vek_bench::median(empty));
+    row("statement that is off", own, floor, 1.3);
+    vek_bench::report({.name = "an empty loop", .own = vek_bench::median(empty)});
 }
 
 void measureOn(int producers, double perTick) {
     Latency own;
     Latency floor;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = vek_bench::repetitions(rounds); round > 0; --round) {
         statementOn<OwnLogger>(producers, perTick, own);
         statementOn<Floor>(producers, perTick, floor);
     }
-    const std::string what = "statement that is on, " + std::to_string(producers) + " threads, ";
-    row(what + "p50", own.p50, floor.p50, "at most 0.9");
-    row(what + "p99", own.p99, floor.p99, "at most 1.2");
+    const std::string what = "statement that is on, " + threadsText(producers) + ", ";
+    row(what + "p50", own.p50, floor.p50, 0.9);
+    row(what + "p99", own.p99, floor.p99, 1.2);
 }
 
 void measureThroughput(int producers, std::vector<double>& bare) {
     std::vector<double> own;
     std::vector<double> floor;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = vek_bench::repetitions(rounds); round > 0; --round) {
         own.push_back(throughput<OwnLogger>(producers));
         floor.push_back(throughput<Floor>(producers));
         bare.push_back(bareWrites());
     }
-    row("message in the flushed file, " + std::to_string(producers) + " threads", own, floor,
-        "at most 1.0");
+    row("message in the flushed file, " + threadsText(producers), own, floor, 1.0);
 }
 
-}  // namespace
-
-int main() {
+void measureAll() {
     vek::time::initClocks();
-    const double perTick = nanosecondsPerTick();
+    const double perTick = vek_bench::nanosecondsPerTick();
     measureOff();
     for (const int producers : {1, 4}) {
         measureOn(producers, perTick);
     }
     std::vector<double> bare;
-    for (const int producers : {1, 4}) {
+    for (const int producers : {1, 4, 8}) {
         measureThroughput(producers, bare);
     }
-    std::printf("%-44s %10.1f ns\n", "  a bare WriteFile of the line", vek_bench::median(bare));
-    return 0;
+    vek_bench::report({.name = "a bare WriteFile of the line", .own = vek_bench::median(bare)});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return vek_bench::runBenchmark(argc, argv,
+                                   "log_bench [--smoke] [--json]\n"
+                                   "\n"
+                                   "Logging statements and the way of their messages to the file,\n"
+                                   "compared with the simplest logger of the same design.\n",
+                                   measureAll);
 }

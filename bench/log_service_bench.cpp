@@ -1,9 +1,11 @@
-// log_service_bench: the log service against bare sockets that do the same: messages streamed to
-// one client against a loop of one send for each frame of the same size, the round trip of a
-// request against a bare echo; and what the service takes while nobody uses it.
+// log_service_bench: the log service, compared with bare sockets: messages streamed to one client
+// with a loop of one send per frame of the same size, the round trip of a request with a bare echo.
+// Also the processor time of a service without clients.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
@@ -29,11 +31,17 @@ namespace {
 using namespace vek;
 
 constexpr int rounds = 7;
-constexpr int messagesPerRound = 20000;
-constexpr int tripsPerRound = 500;
-constexpr DWORD idleMs = 5000;
+constexpr int findLimitMs = 10000;
 
-// Of this host, and so that no other process is in the way.
+int messagesPerRound() {
+    return vek_bench::repetitions(20000, 200);
+}
+
+int tripsPerRound() {
+    return vek_bench::repetitions(500, 20);
+}
+
+// An address of this host at which no other process answers.
 const char* const ownAddress = "127.94.31.7";
 
 const std::string request("\0\0\0\x12get-default-scope:", 22);
@@ -47,7 +55,7 @@ class Client : public net::IPSocketT<net::DataSocket> {
         setOption(IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
     }
 
-    // Reads `size` bytes and forgets them.
+    // Reads `size` bytes and discards them.
     void drain(std::uint64_t size) {
         static char bytes[65536];
         while (size > 0) {
@@ -61,7 +69,7 @@ class Client : public net::IPSocketT<net::DataSocket> {
         drain(replySize);
     }
 
-    // The size of the frame that comes next, which is read.
+    // Reads the next frame. Returns its size.
     std::uint32_t frameSize() {
         unsigned char prefix[4] = {};
         for (std::uint32_t have = 0; have < sizeof prefix;) {
@@ -80,14 +88,15 @@ net::IP4Address address(const char* text, std::uint16_t port) {
     return result;
 }
 
-// Where the service of this process listens.
+// Returns the address where the service of this process listens. Throws if it doesn't answer within
+// 10 seconds.
 net::IP4Address findService() {
     const net::IP4Address target = address(ownAddress, log::Server::discoveryPort);
     const std::string text = "discover-request:";
     net::UDPSocket socket(false);
     const DWORD limitMs = 100;
     socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &limitMs, sizeof limitMs);
-    for (;;) {
+    for (int waited = 0; waited < findLimitMs; waited += static_cast<int>(limitMs)) {
         socket.sendTo(text.data(), static_cast<std::uint32_t>(text.size()), target);
         char reply[1024];
         net::IP4Address sender;
@@ -99,6 +108,7 @@ net::IP4Address findService() {
             // It hasn't started yet.
         }
     }
+    throw std::runtime_error("the log service doesn't answer: another process may use its port");
 }
 
 // A pair of connected bare sockets.
@@ -128,22 +138,22 @@ void measureStreaming(const net::IP4Address& service, std::size_t textSize) {
         Sleep(1);
     }
     const std::string text(textSize, 'x');
-    // The thread's id is in the telegram, and all have to be of one size.
+    // The telegram holds the thread's id, and all frames must have one size.
     logger.emit(log::WARN, text);
     const std::uint32_t size = client.frameSize();
 
     BareConnection bare;
     const std::string frame(size, 'x');
     const auto stream = [&] {
-        std::thread reader([&] { client.drain(std::uint64_t{size} * messagesPerRound); });
-        for (int i = 0; i < messagesPerRound; ++i) {
+        std::thread reader([&] { client.drain(std::uint64_t{size} * messagesPerRound()); });
+        for (int i = 0; i < messagesPerRound(); ++i) {
             logger.emit(log::WARN, text);
         }
         reader.join();
     };
     const auto sendLoop = [&] {
-        std::thread reader([&] { bare.client->drain(std::uint64_t{size} * messagesPerRound); });
-        for (int i = 0; i < messagesPerRound; ++i) {
+        std::thread reader([&] { bare.client->drain(std::uint64_t{size} * messagesPerRound()); });
+        for (int i = 0; i < messagesPerRound(); ++i) {
             bare.server->write(frame.data(), size);
         }
         reader.join();
@@ -153,16 +163,16 @@ void measureStreaming(const net::IP4Address& service, std::size_t textSize) {
     log::NetSink sink(log::SinkConfig(), std::move(direct.server), std::move(buffer));
     const log::Message message("bench", text, log::WARN, GetCurrentProcessId());
     const auto storeLoop = [&] {
-        std::thread reader([&] { direct.client->drain(std::uint64_t{size} * messagesPerRound); });
-        for (int i = 0; i < messagesPerRound; ++i) {
+        std::thread reader([&] { direct.client->drain(std::uint64_t{size} * messagesPerRound()); });
+        for (int i = 0; i < messagesPerRound(); ++i) {
             sink.store(message);
         }
         reader.join();
     };
     const std::string stored = "the sink alone, frame of " + std::to_string(size) + " bytes";
-    vek_bench::compare(stored.c_str(), rounds, messagesPerRound, storeLoop, sendLoop, 1 / 0.9);
+    vek_bench::compare(stored, rounds, messagesPerRound(), storeLoop, sendLoop, 1 / 0.9);
     const std::string what = "message streamed, frame of " + std::to_string(size) + " bytes";
-    vek_bench::compare(what.c_str(), rounds, messagesPerRound, stream, sendLoop, 1 / 0.9);
+    vek_bench::compare(what, rounds, messagesPerRound(), stream, sendLoop, 1 / 0.9);
     client.close();
     while (manager.withSinks(sinkCount) != 0) {
         logger.emit(log::WARN, text);
@@ -170,8 +180,9 @@ void measureStreaming(const net::IP4Address& service, std::size_t textSize) {
     }
 }
 
-// Answers each request of `bare` with as many bytes as the service does, until its client leaves.
-// With `watched` it waits in a select for that many sockets, as a server of several clients must.
+// Answers each request of `bare` with as many bytes as the service does, until the client closes.
+// With `watched` above 0 it waits in a select for that many sockets, as a server of several clients
+// must.
 void echo(BareConnection& bare, std::size_t watched) {
     std::vector<std::unique_ptr<net::UDPSocket>> others;
     net::SocketSet all;
@@ -197,24 +208,25 @@ void echo(BareConnection& bare, std::size_t watched) {
 void measureRoundTrip(const net::IP4Address& service) {
     Client client(service);
     const auto trips = [](Client& with) {
-        for (int i = 0; i < tripsPerRound; ++i) {
+        for (int i = 0; i < tripsPerRound(); ++i) {
             with.trip();
         }
     };
     const struct {
         const char* what;
         std::size_t watched;
+        double target;
     } rows[] = {
-        {"get-default-scope, against a blocking echo", 0},
-        {"... a select for 1 socket and an echo", 1},
-        {"... a select for 4 sockets and an echo", 4},
+        {"get-default-scope, beside a blocking echo", 0, 0},
+        {"get-default-scope, beside a select for 1 socket and an echo", 1, 1.3},
+        {"get-default-scope, beside a select for 4 sockets and an echo", 4, 1.3},
     };
     for (const auto& row : rows) {
         BareConnection bare;
         std::thread echoing([&] { echo(bare, row.watched); });
         vek_bench::compare(
-            row.what, rounds, tripsPerRound, [&] { trips(client); }, [&] { trips(*bare.client); },
-            1.3);
+            row.what, rounds, tripsPerRound(), [&] { trips(client); }, [&] { trips(*bare.client); },
+            row.target);
         bare.client->shutdown(true, true);
         echoing.join();
     }
@@ -233,20 +245,19 @@ std::uint64_t processorTime() {
 }
 
 void measureIdle() {
+    const int idleMs = vek_bench::repetitions(5000, 200);
     const std::uint64_t before = processorTime();
-    Sleep(idleMs);
-    std::printf(
-        "idle for %lu ms with the service: %u ms of processor time, %u threads of its own\n",
-        idleMs, static_cast<unsigned>(processorTime() - before), thread::Thread::liveCount());
+    Sleep(static_cast<DWORD>(idleMs));
+    vek_bench::reportValue(
+        "processor time of the idle service in " + std::to_string(idleMs) + " ms",
+        static_cast<double>(processorTime() - before), "ms");
+    vek_bench::reportValue("threads of the idle service", thread::Thread::liveCount(), "threads");
 }
 
-}  // namespace
-
-int main() {
+void measureAll() {
     const VekPal pal(false, 0, 4, nullptr);
     log::Configurator configurator(nullptr);
     configurator.configure("log_service_bench");
-    // Its own, at an address where nobody else answers.
     log::Server server(&configurator);
     measureIdle();
     server.setDiscoveryAddress(ownAddress);
@@ -256,5 +267,14 @@ int main() {
     measureStreaming(service, 100);
     measureStreaming(service, 1000);
     server.stop();
-    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return vek_bench::runBenchmark(argc, argv,
+                                   "log_service_bench [--smoke] [--json]\n"
+                                   "\n"
+                                   "The log service, compared with bare sockets.\n",
+                                   measureAll);
 }

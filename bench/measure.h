@@ -1,17 +1,67 @@
-// What the speed measurements share: medians of many rounds by the performance counter, and a table
-// of ratios. Each measurement is taken in turns with the one that it is compared with, so that what
-// else the machine does hits both.
+// Shared by the measuring programs: their command line, the timing, and the report of a figure.
+//
+// Two things that are compared are measured in turns, so that a disturbance of the machine hits
+// both.
 #pragma once
 
-#include <algorithm>
-#include <cstdio>
+#include <string>
 #include <vector>
 
 #include "vek/base/windows.h"
 
 namespace vek_bench {
 
-// Nanoseconds that one call of `work` takes.
+struct Options {
+    // Measure a little of everything, in less than 2 seconds: only whether the program works
+    // counts.
+    bool smoke = false;
+    // Print each figure as one JSON object on a line of its own.
+    bool json = false;
+    // What else the command line holds.
+    std::vector<std::string> arguments;
+};
+
+// The command line of this process. Written by runBenchmark, before anything is measured.
+extern Options options;
+
+// The body of main(): parses the command line, calls `measureAll`, returns the exit code. That is 0
+// if everything was measured, 1 if `measureAll` threw or reported no figure (the message goes to
+// stderr), and 2 for a wrong command line. --help prints `manual`. More than `maxArguments`
+// arguments that are no options are wrong.
+int runBenchmark(int argc, char** argv, const char* manual, void (*measureAll)(),
+                 std::size_t maxArguments = 0);
+
+// `full` repetitions, or `smoke` ones with --smoke.
+int repetitions(int full, int smoke = 1);
+
+// One measured figure, and what it is compared with.
+struct Figure {
+    std::string name;
+    double own = 0;
+    // The other side in the same unit; 0 if there is none.
+    double other = 0;
+    // The limit of own / other; 0 if there is none. A lower limit if `higherIsBetter`.
+    double target = 0;
+    const char* otherName = "bare";
+    const char* unit = "ns";
+    bool higherIsBetter = false;
+};
+
+// Prints `figure`, as text or as JSON. Throws std::runtime_error if a value isn't a positive,
+// finite number: then nothing was measured.
+void report(const Figure& figure);
+
+// The same for values that may be 0, such as processor time.
+void reportValue(const std::string& name, double value, const char* unit);
+
+// Throws std::runtime_error(`message`) unless `condition` holds. For results that show whether what
+// was measured has worked.
+void require(bool condition, const std::string& message);
+
+// The middle of `values`, which must not be empty. Of an even number the higher of the middle two.
+double median(std::vector<double> values);
+
+// How long `work` takes, in nanoseconds. Calls QueryPerformanceCounter.
 template <class Work>
 double nanoseconds(Work work) {
     LARGE_INTEGER frequency;
@@ -25,32 +75,20 @@ double nanoseconds(Work work) {
            static_cast<double>(frequency.QuadPart);
 }
 
-inline double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-// Prints the medians of `rounds` calls of `work` and `bare`, each of which does its operation
-// `perCall` times, and their ratio. With a `target` above 0 that is told, too.
+// Calls `work` and `bare` in turns, `rounds` times each (once with --smoke), and reports the
+// medians of the time of one operation. Each call does its operation `perCall` times.
 template <class Work, class Bare>
-void compare(const char* what, int rounds, int perCall, Work work, Bare bare, double target = 0) {
+void compare(const std::string& what, int rounds, int perCall, Work work, Bare bare,
+             double target = 0) {
     std::vector<double> workTimes;
     std::vector<double> bareTimes;
     work();
     bare();
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = repetitions(rounds); round > 0; --round) {
         workTimes.push_back(nanoseconds(work) / perCall);
         bareTimes.push_back(nanoseconds(bare) / perCall);
     }
-    const double own = median(workTimes);
-    const double reference = median(bareTimes);
-    std::printf("%-44s %9.1f ns %9.1f ns bare   ratio %5.2f", what, own, reference,
-                own / reference);
-    if (target > 0) {
-        std::printf("   (at most %.1f)", target);
-    }
-    std::printf("\n");
+    report({.name = what, .own = median(workTimes), .other = median(bareTimes), .target = target});
 }
 
 }  // namespace vek_bench

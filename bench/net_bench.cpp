@@ -1,6 +1,5 @@
-// net_bench: frames taken from a stream by TCPBuffer, against a bare reader of lengths and bodies
-// that makes large reads. Both read what has arrived over the loopback address already, so that
-// only the receiving is measured.
+// net_bench: reading frames with TCPBuffer, compared with a bare reader of lengths and bodies. Both
+// read bytes that have arrived over loopback already, so only the receiving side is measured.
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -24,7 +23,7 @@ constexpr std::size_t roundBytes = 48000;
 constexpr std::uint32_t largeRead = 65536;
 constexpr std::uint32_t serviceRead = 1024;
 
-// Keeps the compiler from leaving out work whose result nobody reads.
+// Keeps the compiler from removing work whose result is never read.
 volatile std::size_t seen = 0;
 
 class Connection {
@@ -58,7 +57,7 @@ class Connection {
     std::unique_ptr<TCPSocket> server;
 };
 
-// What TCPBuffer is measured by.
+// The reader that TCPBuffer is compared with.
 class BareReader {
   public:
     BareReader(SOCKET socket, std::uint32_t size) : source(socket), buffer(size) {}
@@ -105,7 +104,7 @@ std::string framesOf(std::size_t payloadSize, int count) {
 }
 
 void measure(std::size_t payloadSize, std::uint32_t ownRead, std::uint32_t bareRead,
-             const char* target) {
+             double target) {
     Connection ownConnection;
     Connection bareConnection;
     TCPBuffer own(largeRead, ownRead, ownConnection.server.get());
@@ -124,28 +123,39 @@ void measure(std::size_t payloadSize, std::uint32_t ownRead, std::uint32_t bareR
     };
     std::vector<double> ownTimes;
     std::vector<double> bareTimes;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = vek_bench::repetitions(rounds, 3); round > 0; --round) {
         ownTimes.push_back(
             timeOf(ownConnection, [&](std::uint32_t& length) { return own.nextMessage(length); }));
         bareTimes.push_back(
             timeOf(bareConnection, [&](std::uint32_t& length) { return bare.next(length); }));
     }
-    const double ownFrames = 1e9 / vek_bench::median(ownTimes);
-    const double bareFrames = 1e9 / vek_bench::median(bareTimes);
-    std::printf("%4u bytes, reads of %5u %9.0f frames/s, of %5u bare %9.0f   ratio %5.2f%s\n",
-                static_cast<unsigned>(payloadSize), ownRead, ownFrames, bareRead, bareFrames,
-                ownFrames / bareFrames, target);
+    vek_bench::report({.name = "frames of " + std::to_string(payloadSize) + " bytes, reads of " +
+                               std::to_string(ownRead) + ", bare of " + std::to_string(bareRead),
+                       .own = 1e9 / vek_bench::median(ownTimes),
+                       .other = 1e9 / vek_bench::median(bareTimes),
+                       .target = target,
+                       .unit = "frames/s",
+                       .higherIsBetter = true});
+}
+
+void measureAll() {
+    startWinsock();
+    for (const std::size_t payloadSize : {20u, 76u, 400u, 1000u}) {
+        measure(payloadSize, largeRead, largeRead, 0.8);
+        measure(payloadSize, serviceRead, serviceRead, 0);
+        measure(payloadSize, serviceRead, largeRead, 0);
+    }
+    stopWinsock();
 }
 
 }  // namespace
 
-int main() {
-    startWinsock();
-    for (const std::size_t payloadSize : {20u, 76u, 400u, 1000u}) {
-        measure(payloadSize, largeRead, largeRead, "   (at least 0.8)");
-        measure(payloadSize, serviceRead, serviceRead, "");
-        measure(payloadSize, serviceRead, largeRead, "");
-    }
-    stopWinsock();
-    return 0;
+int main(int argc, char** argv) {
+    return vek_bench::runBenchmark(
+        argc, argv,
+        "net_bench [--smoke] [--json]\n"
+        "\n"
+        "Frames a second read by TCPBuffer, compared with a bare reader\n"
+        "of lengths and bodies.\n",
+        measureAll);
 }

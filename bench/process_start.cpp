@@ -1,48 +1,34 @@
-// process_start: how long a program takes from its start to its end, beside another one.
-#include <algorithm>
+// process_start: the time from the start of a program to its end, compared with another program.
 #include <cstdio>
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "bench/measure.h"
 #include "vek/base/windows.h"
 
 namespace {
 
-constexpr char manual[] =
-    "process_start [--help] [--runs N] PROGRAM BASELINE\n"
-    "\n"
-    "Starts both programs N times (default 40) by turns, each with an empty command tail, and\n"
-    "prints the median of the times from start to end of each, in milliseconds, and the ratio of\n"
-    "the two medians. Ends with 0, or with 2 if a program can't be started or doesn't end with "
-    "0.\n";
-
 constexpr int warmUpRuns = 3;
+constexpr int runs = 40;
 constexpr DWORD endLimitMs = 30000;
 
-double nowMs() {
-    LARGE_INTEGER now;
-    LARGE_INTEGER frequency;
-    QueryPerformanceCounter(&now);
-    QueryPerformanceFrequency(&frequency);
-    return 1000.0 * static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
-// Milliseconds from the start of `program` to its end.
+// Starts `program` with an empty command tail and waits for its end. Returns the milliseconds.
+// Throws if it can't be started or doesn't end with 0.
 double timeOneRun(const std::string& program) {
     std::string commandLine = "\"" + program + "\"";
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION started = {};
-    const double start = nowMs();
-    if (CreateProcessA(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                       nullptr, &startup, &started) == 0) {
-        throw std::runtime_error("can't start " + program + ", error " +
-                                 std::to_string(GetLastError()));
-    }
-    const DWORD waited = WaitForSingleObject(started.hProcess, endLimitMs);
-    const double end = nowMs();
+    DWORD waited = WAIT_FAILED;
+    const double time = vek_bench::nanoseconds([&] {
+        if (CreateProcessA(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                           nullptr, &startup, &started) == 0) {
+            throw std::runtime_error("can't start " + program + ", error " +
+                                     std::to_string(GetLastError()));
+        }
+        waited = WaitForSingleObject(started.hProcess, endLimitMs);
+    });
     DWORD exitCode = STILL_ACTIVE;
     GetExitCodeProcess(started.hProcess, &exitCode);
     if (waited != WAIT_OBJECT_0) {
@@ -53,58 +39,53 @@ double timeOneRun(const std::string& program) {
     if (waited != WAIT_OBJECT_0 || exitCode != 0) {
         throw std::runtime_error(program + " didn't end with 0 but " + std::to_string(exitCode));
     }
-    return end - start;
+    return time / 1e6;
 }
 
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    const std::size_t middle = values.size() / 2;
-    return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+std::string ownFolder() {
+    char path[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, path, sizeof path);
+    const std::string program = path;
+    return program.substr(0, program.rfind('\\') + 1);
 }
 
-void measure(const std::string& program, const std::string& baseline, int runs) {
+void measureAll() {
+    const std::vector<std::string>& named = vek_bench::options.arguments;
+    vek_bench::require(named.empty() || named.size() == 2, "name no program, or two; see --help");
+    const std::string program = named.empty() ? ownFolder() + "tolmarhlp.exe" : named[0];
+    const std::string baseline = named.empty() ? ownFolder() + "empty_winmain.exe" : named[1];
     std::vector<double> programTimes;
     std::vector<double> baselineTimes;
-    for (int i = -warmUpRuns; i < runs; ++i) {
+    const int warmUp = vek_bench::repetitions(warmUpRuns, 0);
+    for (int i = vek_bench::repetitions(runs, 2) + warmUp; i > 0; --i) {
         const double programMs = timeOneRun(program);
         const double baselineMs = timeOneRun(baseline);
-        if (i >= 0) {
+        if (i <= vek_bench::repetitions(runs, 2)) {
             programTimes.push_back(programMs);
             baselineTimes.push_back(baselineMs);
         }
     }
-    const double programMedian = median(programTimes);
-    const double baselineMedian = median(baselineTimes);
-    std::printf("program %.2f ms\nbaseline %.2f ms\nratio %.2f\n", programMedian, baselineMedian,
-                programMedian / baselineMedian);
+    const double own = vek_bench::median(programTimes);
+    const double other = vek_bench::median(baselineTimes);
+    vek_bench::report({.name = "start to end of " + program.substr(program.find_last_of("\\/") + 1),
+                       .own = own,
+                       .other = other,
+                       .target = 1.5,
+                       .otherName = "an empty program",
+                       .unit = "ms"});
+    if (!vek_bench::options.json) {
+        std::printf("program %.2f ms\nbaseline %.2f ms\nratio %.2f\n", own, other, own / other);
+    }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::vector<std::string> programs;
-    int runs = 40;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        if (argument == "--help") {
-            std::fputs(manual, stdout);
-            return 0;
-        }
-        if (argument == "--runs" && i + 1 < argc) {
-            runs = std::atoi(argv[++i]);
-        } else {
-            programs.push_back(argument);
-        }
-    }
-    if (programs.size() != 2 || runs < 1) {
-        std::fputs(manual, stderr);
-        return 2;
-    }
-    try {
-        measure(programs[0], programs[1], runs);
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "process_start: %s\n", error.what());
-        return 2;
-    }
+    return vek_bench::runBenchmark(argc, argv,
+                                   "process_start [--smoke] [--json] [PROGRAM BASELINE]\n"
+                                   "\n"
+                                   "The time from the start of PROGRAM to its end, compared with "
+                                   "BASELINE's; without them that\n"
+                                   "of tolmarhlp.exe, compared with a program that does nothing.\n",
+                                   measureAll, 2);
 }

@@ -1,15 +1,12 @@
-// rotation_load.exe GZIP_FOLDER: 4 threads log 200000 messages into a file that is rotated, its
-// archives compressed by the gzip of GZIP_FOLDER, at least 20 times. Every message has to be found
-// exactly once, in order for each thread, across the log file and its archives. Tells the rate
-// beside that of the same load without rotation, of the least logger of the same design, and of
-// bare writes of the same lines. Ends with 1 if a line is missing, doubled or out of order.
+// rotation_load: 4 threads log 200000 messages into a file that is rotated, its archives compressed
+// by a real gzip, at least 20 times. Fails unless every message is found exactly once, in order for
+// each thread, across the log file and its archives. Reports the rate of that, of the same load
+// without rotation, and of bare writes of the same lines, each compared with the simplest logger of
+// the same design.
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <iostream>
 #include <iterator>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -28,15 +25,29 @@
 
 namespace {
 
+using vek_bench::require;
+
 constexpr int producers = 4;
-constexpr int messagesEach = 50'000;
-constexpr int messages = producers * messagesEach;
-constexpr std::uint64_t rotateSizeKib = 512;
-constexpr unsigned leastArchives = 20;
 constexpr int maxArchives = 1000;
 constexpr int rounds = 3;
 
-// A folder for log files, gone at the end of the scope.
+int messagesEach() {
+    return vek_bench::repetitions(50'000, 250);
+}
+
+int messages() {
+    return producers * messagesEach();
+}
+
+std::uint64_t rotateSizeKib() {
+    return vek_bench::options.smoke ? 32 : 512;
+}
+
+unsigned leastArchives() {
+    return vek_bench::options.smoke ? 2 : 20;
+}
+
+// A temporary folder for log files. The destructor deletes it.
 class Folder {
   public:
     Folder() {
@@ -72,7 +83,7 @@ void onFourThreads(Log log) {
     std::vector<std::thread> threads;
     for (int producer = 0; producer < producers; ++producer) {
         threads.emplace_back([&log, producer] {
-            for (int i = 0; i < messagesEach; ++i) {
+            for (int i = 0; i < messagesEach(); ++i) {
                 log(producer, i);
             }
         });
@@ -82,12 +93,12 @@ void onFourThreads(Log log) {
     }
 }
 
-// Nanoseconds for the whole load.
+// Returns the nanoseconds of the whole load.
 double ownLogger(const std::string& path, bool rotate) {
     vek::log::FileSinkConfig config(path);
     config.enabled = true;
     config.rotate = rotate;
-    config.rotate_size = rotateSizeKib;
+    config.rotate_size = rotateSizeKib();
     config.max_archives = maxArchives;
     config.format = vek::log::compileFormat("{date} [{level}] {tid} {msg}");
     vek::log::Manager manager;
@@ -121,7 +132,7 @@ double bareWrites(const std::string& path, DWORD access) {
     const std::string line =
         "2024-02-29 13:05:09 [ INFO] 1234 producer 1 message 12345 of a load of many messages\r\n";
     const double total = vek_bench::nanoseconds([&] {
-        for (int i = 0; i < messages; ++i) {
+        for (int i = 0; i < messages(); ++i) {
             DWORD written = 0;
             WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
         }
@@ -130,14 +141,22 @@ double bareWrites(const std::string& path, DWORD access) {
     return total;
 }
 
-// All lines, from the oldest archive to the log file. Throws if an archive can't be read.
+bool exists(const std::string& path) {
+    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// All lines, from the oldest archive to the log file. Throws if there are too few archives, or one
+// isn't compressed or can't be read.
 std::string allLines(const Folder& folder, unsigned& archives) {
     archives = 0;
-    while (
-        GetFileAttributesA(vek::log::archiveName(folder.logFile(), archives + 1, true).c_str()) !=
-        INVALID_FILE_ATTRIBUTES) {
+    while (exists(vek::log::archiveName(folder.logFile(), archives + 1, true))) {
         ++archives;
     }
+    require(!exists(vek::log::archiveName(folder.logFile(), archives + 1, false)),
+            "archive " + std::to_string(archives + 1) + " isn't compressed: the rotation failed");
+    require(archives >= leastArchives(),
+            "only " + std::to_string(archives) + " archives, expected at least " +
+                std::to_string(leastArchives()) + ": the rotation failed");
     std::string text;
     for (unsigned n = archives; n > 0; --n) {
         text += support::gunzip(vek::log::archiveName(folder.logFile(), n, true));
@@ -145,13 +164,7 @@ std::string allLines(const Folder& folder, unsigned& archives) {
     return text + contentOf(folder.logFile());
 }
 
-void check(bool condition, const std::string& what) {
-    if (!condition) {
-        throw std::runtime_error(what);
-    }
-}
-
-// Every message is there once, and each thread's messages are in order.
+// Throws unless every message is there once, and those of each thread are in order.
 void checkLines(const std::string& text) {
     int next[producers] = {};
     std::istringstream lines(text);
@@ -159,40 +172,57 @@ void checkLines(const std::string& text) {
         int producer = -1;
         int number = -1;
         const std::size_t at = line.find("producer ");
-        check(
+        require(
             at != std::string::npos &&
                 std::sscanf(line.c_str() + at, "producer %d message %d", &producer, &number) == 2 &&
                 producer >= 0 && producer < producers,
-            "a line that nobody wrote: " + line);
-        check(number == next[producer], "message " + std::to_string(next[producer]) +
-                                            " of producer " + std::to_string(producer) +
-                                            " is missing or out of order");
+            "unexpected line: " + line);
+        require(number == next[producer], "message " + std::to_string(next[producer]) +
+                                              " of producer " + std::to_string(producer) +
+                                              " is missing or out of order");
         ++next[producer];
     }
     for (const int count : next) {
-        check(count == messagesEach, "the last messages of a producer are missing");
+        require(count == messagesEach(), "the last messages of a producer are missing");
     }
 }
 
-void tell(const char* what, const std::vector<double>& times, double reference) {
-    const double time = vek_bench::median(times);
-    std::printf("%-36s %9.0f messages/s   %5.2f of the floor's\n", what, messages / time * 1e9,
-                reference / time);
+// `reference` is the time of the simplest logger; 0 for a row that isn't compared with it.
+void row(const char* what, const std::vector<double>& times, double reference, double target = 0) {
+    const auto rate = [](double time) { return time > 0 ? messages() / time * 1e9 : 0; };
+    vek_bench::report({.name = what,
+                       .own = rate(vek_bench::median(times)),
+                       .other = rate(reference),
+                       .target = target,
+                       .otherName = "floor",
+                       .unit = "messages/s",
+                       .higherIsBetter = true});
 }
 
-int run() {
+// The folder of gzip.exe, which the build puts beside this program's own.
+std::string gzipFolder() {
+    char program[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, program, sizeof program);
+    const std::string path = program;
+    const std::string folder = path.substr(0, path.rfind('\\')) + "\\gzip";
+    require(exists(folder + "\\gzip.exe"), "no gzip.exe in " + folder + ": build test_gzip");
+    return folder;
+}
+
+void measureAll() {
+    const vek::VekPal pal(false, 0, 0, nullptr);
+    vek::setEnv("PATH", gzipFolder());
     std::vector<double> rotated;
     std::vector<double> plain;
     std::vector<double> floor;
     std::vector<double> bare;
     std::vector<double> appended;
     unsigned archives = 0;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = vek_bench::repetitions(rounds); round > 0; --round) {
         {
             const Folder folder;
             rotated.push_back(ownLogger(folder.logFile(), true));
             checkLines(allLines(folder, archives));
-            check(archives >= leastArchives, "only " + std::to_string(archives) + " archives");
         }
         {
             const Folder folder;
@@ -206,30 +236,21 @@ int run() {
         appended.push_back(bareWrites(folder.logFile(), FILE_APPEND_DATA));
     }
     const double reference = vek_bench::median(floor);
-    std::printf("%d messages of %d threads, every line found once and in order:\n", messages,
-                producers);
-    tell("with rotation and compression", rotated, reference);
-    std::printf("  %u archives\n", archives);
-    tell("without rotation (at least 1.0)", plain, reference);
-    tell("the least logger of this design", floor, reference);
-    tell("bare appends of one thread", appended, reference);
-    tell("bare writes of one thread", bare, reference);
-    return 0;
+    row("with rotation and compression", rotated, reference);
+    vek_bench::reportValue("archives, every line found once and in order", archives, "archives");
+    row("without rotation", plain, reference, 1.0);
+    row("the simplest logger", floor, 0);
+    row("bare appends of one thread", appended, reference);
+    row("bare writes of one thread", bare, reference);
 }
 
 }  // namespace
 
-int main(int count, char** arguments) {
-    if (count != 2) {
-        std::fprintf(stderr, "usage: rotation_load GZIP_FOLDER\n");
-        return 2;
-    }
-    try {
-        const vek::VekPal pal(false, 0, 0, nullptr);
-        vek::setEnv("PATH", arguments[1]);
-        return run();
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return 1;
-    }
+int main(int argc, char** argv) {
+    return vek_bench::runBenchmark(argc, argv,
+                                   "rotation_load [--smoke] [--json]\n"
+                                   "\n"
+                                   "Logs 200000 messages of 4 threads through rotation and\n"
+                                   "compression and looks for every line.\n",
+                                   measureAll);
 }

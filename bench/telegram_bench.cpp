@@ -1,5 +1,5 @@
-// telegram_bench: a telegram's text taken apart and put together again, against a split and a join
-// that are written out for it.
+// telegram_bench: parsing and serializing a telegram, compared with a split and a join written by
+// hand.
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,7 +14,7 @@ constexpr int rounds = 301;
 constexpr int telegramsPerRound = 500;
 constexpr double target = 1.5;
 
-// Keeps the compiler from leaving out work whose result nobody reads.
+// Keeps the compiler from removing work whose result is never read.
 volatile std::size_t seen = 0;
 
 struct Pieces {
@@ -67,7 +67,7 @@ auto repeated(Work work) {
 
 void measure(const std::string& name, const std::string& text) {
     using vek_bench::compare;
-    compare((name + ", parse").c_str(), rounds, telegramsPerRound, repeated([&] {
+    compare(name + ", parse", rounds, telegramsPerRound, repeated([&] {
                 vek::log::Telegram telegram;
                 telegram.parse(text);
                 return telegram.params.size();
@@ -76,7 +76,11 @@ void measure(const std::string& name, const std::string& text) {
     vek::log::Telegram telegram;
     telegram.parse(text);
     const Pieces pieces = splitText(text);
-    compare((name + ", serialize").c_str(), rounds, telegramsPerRound, repeated([&] {
+    std::string serialized;
+    telegram.serialize(serialized);
+    vek_bench::require(serialized == text && joinText(pieces) == text,
+                       name + ": the text changed on its way");
+    compare(name + ", serialize", rounds, telegramsPerRound, repeated([&] {
                 std::string result;
                 telegram.serialize(result);
                 return result.size();
@@ -84,9 +88,7 @@ void measure(const std::string& name, const std::string& text) {
             repeated([&] { return joinText(pieces).size(); }), target);
 }
 
-}  // namespace
-
-int main() {
+void measureAll() {
     measure("request", "change-default-scope:scope=WARN");
     const std::string separator = "\x1F";
     measure("message", "message:agent=demo" + separator +
@@ -98,5 +100,16 @@ int main() {
         list += (i > 100 ? separator : "") + "logger." + std::to_string(i) + "=default";
     }
     measure("list of 100", list);
-    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return vek_bench::runBenchmark(
+        argc, argv,
+        "telegram_bench [--smoke] [--json]\n"
+        "\n"
+        "Parsing and serializing telegrams, compared with a split and a\n"
+        "join written by hand.\n",
+        measureAll);
 }

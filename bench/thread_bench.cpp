@@ -1,4 +1,4 @@
-// thread_bench: what the locks cost, against the system's bare calls.
+// thread_bench: the time to take and release a lock, compared with the bare system calls.
 #include <thread>
 
 #include "bench/measure.h"
@@ -16,8 +16,7 @@ constexpr int locksPerRound = 2000;
 constexpr int handOverRounds = 101;
 constexpr int handOversPerRound = 200;
 
-// Hands a turn to and fro between this thread and another, `handOversPerRound` times each.
-// `Baton` waits for a turn, and passes it on.
+// Passes the turn to the other thread and waits until it comes back, `handOversPerRound` times.
 template <class Baton>
 void handOver(Baton& baton) {
     for (int i = 0; i < handOversPerRound; ++i) {
@@ -75,11 +74,11 @@ class BareBaton {
     int turn = 0;
 };
 
-// The other thread of a hand-over, which plays along for all rounds and the warming up.
+// The other thread of a hand-over. Answers in all rounds and in the one that warms up.
 template <class Baton>
 std::thread partner(Baton& baton) {
     return std::thread([&baton] {
-        for (int i = 0; i < (handOverRounds + 1) * handOversPerRound; ++i) {
+        for (int i = 0; i < (vek_bench::repetitions(handOverRounds) + 1) * handOversPerRound; ++i) {
             baton.waitFor(1);
             baton.passOn();
         }
@@ -152,11 +151,19 @@ void measureHandOver() {
     barePartner.join();
 }
 
-}  // namespace
-
-int main() {
+void measureAll() {
     measureMutex();
     measureReadWriteLock();
     measureHandOver();
-    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return vek_bench::runBenchmark(argc, argv,
+                                   "thread_bench [--smoke] [--json]\n"
+                                   "\n"
+                                   "The locks and the condition, compared with critical sections,\n"
+                                   "slim locks and condition variables.\n",
+                                   measureAll);
 }

@@ -1,0 +1,113 @@
+"""The figures of a run: reading, writing, statistics, comparison."""
+
+import json
+import statistics
+
+# A spread needs this many repetitions.
+LEAST_REPETITIONS = 3
+
+
+class ResultsError(Exception):
+    """A file of results can't be used. The message says why, and what to do."""
+
+
+def spread(values):
+    """How far the repetitions differ: largest less smallest, as a part of the median."""
+    middle = statistics.median(values)
+    return (max(values) - min(values)) / middle if middle else 0.0
+
+
+def compared_values(figure):
+    """What tells two runs apart: the ratios to the other side, which the machine affects less, or the values."""
+    if figure.get("other"):
+        return [own / other for own, other in zip(figure["own"], figure["other"])]
+    return figure["own"]
+
+
+class Results:
+    """Figures by (benchmark, name). A figure's "own" and "other" hold one value for each repetition."""
+
+    def __init__(self, data=None):
+        self.data = data or {"machine": {}, "repetitions": 0, "disturbed": [], "figures": []}
+        self.index = {(f["benchmark"], f["name"]): f for f in self.data["figures"]}
+
+    def add(self, benchmark, printed, /, **more):
+        """Adds one value of a figure as a benchmark program prints it. `more` is filed with the figure."""
+        key = (benchmark, printed["name"])
+        if key not in self.index:
+            known = {"benchmark": benchmark, **printed, **more, "own": []}
+            if "other" in printed:
+                known["other"] = []
+            self.index[key] = known
+            self.data["figures"].append(known)
+        self.index[key]["own"].append(printed["own"])
+        if "other" in printed:
+            self.index[key]["other"].append(printed["other"])
+
+    def figures(self, benchmark):
+        return [f for f in self.data["figures"] if f["benchmark"] == benchmark]
+
+    def benchmarks(self):
+        return list(dict.fromkeys(f["benchmark"] for f in self.data["figures"]))
+
+    def save(self, path):
+        """One line for each figure, so that two files can be told apart line by line."""
+        head = {key: value for key, value in self.data.items() if key != "figures"}
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(json.dumps(head, indent=1)[:-2] + ',\n "figures": [\n')
+            file.write(",\n".join("  " + json.dumps(figure) for figure in self.data["figures"]))
+            file.write("\n ]\n}\n")
+
+
+def load(path):
+    """Throws ResultsError for a file that holds no results."""
+    try:
+        with open(path, encoding="utf-8") as file:
+            data = json.load(file)
+        for figure in data["figures"]:
+            for key in ("benchmark", "name", "unit", "better"):
+                if not isinstance(figure[key], str):
+                    raise ValueError(f"{key} is no text")
+            series = [figure["own"]] + ([figure["other"]] if "other" in figure else [])
+            for values in series:
+                if not values or not all(isinstance(v, (int, float)) and v >= 0 for v in values):
+                    raise ValueError(f"figure '{figure['name']}' has no values")
+            if len(series) == 2 and (len(series[0]) != len(series[1]) or 0 in series[1]):
+                raise ValueError(f"figure '{figure['name']}' can't be compared with its other side")
+        return Results({"machine": {}, "repetitions": 0, "disturbed": [], **data})
+    except OSError as error:
+        raise ResultsError(f"{path}: {error.strerror}") from error
+    except (ValueError, KeyError, TypeError, AttributeError) as error:
+        raise ResultsError(f"{path} holds no results of scripts/bench --json ({error})") from error
+
+
+def _changed(before, after):
+    """Whether the ranges of two series have nothing in common."""
+    return max(before) < min(after) or max(after) < min(before)
+
+
+def compare(first, second):
+    """(lines, number of figures in both) of what has changed by more than the spread of the repetitions."""
+    lines, both = [], 0
+    for key, before in first.index.items():
+        after = second.index.get(key)
+        if after is None:
+            lines.append(f"{key[0]}: {key[1]}: only in the first")
+            continue
+        both += 1
+        old, new = compared_values(before), compared_values(after)
+        if min(len(old), len(new)) < LEAST_REPETITIONS:
+            raise ResultsError(
+                f"{key[0]}: {key[1]}: has {min(len(old), len(new))} repetitions, which show no spread; "
+                f"make both files with --repeat {LEAST_REPETITIONS} or more")
+        if not _changed(old, new):
+            continue
+        a, b = statistics.median(old), statistics.median(new)
+        better = (b < a) == (before["better"] == "lower")
+        # A figure whose median was 0 has no percentage.
+        change = f"{(b / a - 1) * 100:+.0f}%, " if a else ""
+        unit = "of the other side" if before.get("other") else before["unit"]
+        lines.append(f"{key[0]}: {key[1]}: {a:.4g} -> {b:.4g} {unit} ({change}{'better' if better else 'worse'}; "
+                     f"spread {spread(old) * 100:.0f}% and {spread(new) * 100:.0f}%)")
+    lines += [f"{key[0]}: {key[1]}: only in the second" for key in second.index if key not in first.index]
+    return lines, both

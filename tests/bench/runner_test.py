@@ -1,0 +1,274 @@
+"""Tests of scripts/bench's runner: what it makes of failing programs, a busy machine, and files of results.
+
+The programs are real processes: small scripts for the shell. usage: runner_test.py RUNNER_FOLDER
+"""
+
+import contextlib
+import io
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+runner = sys.argv.pop(1)
+sys.path.insert(0, runner)
+sys.dont_write_bytecode = True
+# pylint: disable=wrong-import-position
+import machine
+import results
+import run
+import tables
+
+FIGURE = '{"name": "work", "unit": "ns", "better": "lower", "own": 2, "other": 1, "target": 1.5}'
+
+
+class Folder(unittest.TestCase):
+    """With a folder of programs, which the shell runs."""
+
+    def setUp(self):
+        holder = tempfile.TemporaryDirectory()
+        self.addCleanup(holder.cleanup)
+        self.folder = holder.name
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def program(self, name, script):
+        with open(self.path(name + ".exe"), "w", encoding="utf-8") as file:
+            file.write(script)
+
+    def bench(self, *arguments):
+        """(exit code, output) of a run."""
+        out = io.StringIO()
+        with contextlib.redirect_stdout(out), contextlib.redirect_stderr(out):
+            try:
+                code = run.main(["--bin", self.folder, "--runner", "sh", *arguments])
+            except SystemExit as end:
+                code = end.code
+        return code, out.getvalue()
+
+    def results_file(self, file_name, /, **figure):
+        data = {"figures": [{"benchmark": "log", "name": "work", "unit": "ns", "better": "lower", **figure}]}
+        with open(self.path(file_name), "w", encoding="utf-8") as file:
+            json.dump(data, file)
+        return self.path(file_name)
+
+
+class Failures(Folder):
+    def test_a_failing_program_ends_the_run_with_1_and_its_own_words(self):
+        self.program("log_bench", "echo 'message 7 is missing' >&2; exit 1")
+        code, output = self.bench("log")
+        self.assertEqual(code, 1)
+        self.assertIn("log FAILED", output)
+        self.assertIn("message 7 is missing", output)
+        self.assertIn("exit code 1", output)
+
+    def test_the_other_programs_run_all_the_same(self):
+        self.program("log_bench", "exit 3")
+        self.program("net_bench", f"echo '{FIGURE}'")
+        code, output = self.bench("log", "net")
+        self.assertEqual(code, 1)
+        self.assertIn("ratio  2.00", output)
+
+    def test_a_program_that_fails_after_its_figures_has_failed(self):
+        self.program("log_bench", f"echo '{FIGURE}'; exit 1")
+        code, output = self.bench("log")
+        self.assertEqual(code, 1)
+        self.assertNotIn("ratio", output)
+
+    def test_a_program_without_figures_has_failed(self):
+        self.program("log_bench", "echo hello")
+        code, output = self.bench("log")
+        self.assertEqual(code, 1)
+        self.assertIn("hello", output)
+        self.assertIn("printed no figure", output)
+
+    def test_a_line_that_is_no_json_fails(self):
+        self.program("log_bench", "echo '{name: 1'")
+        code, output = self.bench("log")
+        self.assertEqual(code, 1)
+        self.assertIn("no JSON", output)
+
+    def test_a_missing_program_fails(self):
+        code, _ = self.bench("log")
+        self.assertEqual(code, 1)
+
+    def test_a_program_that_does_not_end_fails(self):
+        self.program("log_bench", "exec sleep 30")
+        with self.assertRaisesRegex(run.StepError, "no end within 1 seconds"):
+            run.run_program(["sh", self.path("log_bench.exe")], limit=1)
+
+    def test_one_failing_repetition_is_enough(self):
+        self.program("log_bench", f"echo '{FIGURE}'; [ -e {self.path('mark')} ] || {{ touch {self.path('mark')}; exit 1; }}")
+        code, _ = self.bench("--repeat", "2", "log")
+        self.assertEqual(code, 1)
+
+    def test_a_failing_contestant_leaves_the_others(self):
+        # The third argument is the mode.
+        self.program("peer_own", 'echo "{\\"name\\": \\"$3\\", \\"unit\\": \\"ns\\", \\"better\\": \\"lower\\", \\"own\\": 5}"')
+        self.program("peer_spdlog", "echo 'cannot open' >&2; exit 1")
+        code, output = self.bench("--smoke", "--contestants", "own,spdlog", "peers")
+        self.assertEqual(code, 1)
+        self.assertIn("| ours |", output)
+        self.assertIn("peers spdlog throughput 2 appending", output)
+
+    def test_unknown_names_and_numbers_are_refused(self):
+        for arguments in (["nonsense"], ["--repeat", "0"], ["--contestants", "nobody", "peers"], ["--nonsense"]):
+            code, _ = self.bench(*arguments)
+            self.assertEqual(code, 2, arguments)
+
+
+class Repetitions(Folder):
+    def test_the_median_and_the_spread_of_the_repetitions(self):
+        self.program("log_bench", f"""echo x >> {self.path('count')}
+            n=$(wc -l < {self.path('count')})
+            case $n in 1) v=10;; 2) v=30;; 3) v=20;; esac
+            echo '{{"name": "work", "unit": "ns", "better": "lower", "own": '$v', "other": 10}}'""")
+        code, output = self.bench("--repeat", "3", "--json", self.path("out.json"), "log")
+        self.assertEqual(code, 0)
+        self.assertIn("20.0 ns", output)
+        self.assertIn("ratio  2.00", output)
+        self.assertIn("spread 100%", output)
+        figure = results.load(self.path("out.json")).data["figures"][0]
+        self.assertEqual(figure["own"], [10, 30, 20])
+        self.assertEqual(figure["other"], [10, 10, 10])
+
+    def test_smoke_is_passed_on(self):
+        self.program("log_bench", f"[ \"$2\" = --smoke ] && echo '{FIGURE}'")
+        self.assertEqual(self.bench("--smoke", "log")[0], 0)
+        self.assertEqual(self.bench("log")[0], 1)
+
+    def test_the_file_names_day_machine_and_commit(self):
+        self.program("log_bench", f"echo '{FIGURE}'")
+        self.bench("--json", self.path("out.json"), "log")
+        data = results.load(self.path("out.json")).data
+        self.assertEqual(data["machine"]["date"], time.strftime("%Y-%m-%d"))
+        self.assertEqual(data["machine"]["cores"], os.cpu_count())
+        self.assertEqual(data["repetitions"], 1)
+
+
+class Comparison(Folder):
+    def test_ranges_that_lie_apart_are_a_change(self):
+        first = self.results_file("a", own=[10, 11, 12])
+        second = self.results_file("b", own=[5, 6, 7])
+        code, output = self.bench("--compare", first, second)
+        self.assertEqual(code, 0)
+        self.assertIn("11 -> 6 ns (-45%, better", output)
+        self.assertIn("1 of 1 figures changed", output)
+
+    def test_ranges_that_overlap_are_none(self):
+        first = self.results_file("a", own=[10, 11, 12])
+        second = self.results_file("b", own=[12, 14, 15])
+        _, output = self.bench("--compare", first, second)
+        self.assertNotIn("->", output)
+        self.assertIn("0 of 1 figures changed", output)
+
+    def test_the_ratio_counts_where_there_is_another_side(self):
+        first = self.results_file("a", own=[10, 10, 10], other=[10, 10, 10])
+        second = self.results_file("b", own=[30, 30, 30], other=[30, 30, 30])
+        self.assertIn("0 of 1", self.bench("--compare", first, second)[1])
+
+    def test_a_higher_rate_is_better(self):
+        first = self.results_file("a", own=[1, 1, 1], better="higher")
+        second = self.results_file("b", own=[2, 2, 2], better="higher")
+        self.assertIn("better", self.bench("--compare", first, second)[1])
+        self.assertIn("worse", self.bench("--compare", second, first)[1])
+
+    def test_too_few_repetitions_are_refused(self):
+        first = self.results_file("a", own=[1, 2])
+        code, output = self.bench("--compare", first, first)
+        self.assertEqual(code, 2)
+        self.assertIn("--repeat 3", output)
+
+    def test_a_figure_of_one_file_only_is_named(self):
+        first = self.results_file("a", own=[1, 2, 3])
+        second = self.results_file("b", own=[1, 2, 3], name="other work")
+        _, output = self.bench("--compare", first, second)
+        self.assertIn("log: work: only in the first", output)
+        self.assertIn("log: other work: only in the second", output)
+
+    def test_bad_files_are_refused_with_their_name(self):
+        good = self.results_file("good", own=[1, 2, 3])
+        bad = ["", "[]", "{}", '{"figures": 5}', '{"figures": [{}]}', "\0", '{"figures": [null]}']
+        for text in bad:
+            with open(self.path("bad"), "w", encoding="utf-8") as file:
+                file.write(text)
+            code, output = self.bench("--compare", good, self.path("bad"))
+            self.assertEqual(code, 2, text)
+            self.assertIn(self.path("bad"), output)
+        for series in ([], ["x"], [-1], None, 5):
+            code, _ = self.bench("--compare", good, self.results_file("bad", own=series))
+            self.assertEqual(code, 2, series)
+        for other in ([1, 2], [0, 1, 2]):
+            code, _ = self.bench("--compare", good, self.results_file("bad", own=[1, 2, 3], other=other))
+            self.assertEqual(code, 2, other)
+        code, output = self.bench("--compare", good, self.path("missing"))
+        self.assertEqual(code, 2)
+        self.assertIn("No such file", output)
+
+    def test_show_prints_the_tables(self):
+        code, output = self.bench("--show", self.results_file("a", own=[10, 12, 11]))
+        self.assertEqual(code, 0)
+        self.assertIn("11.0 ns", output)
+
+
+class BusyMachine(unittest.TestCase):
+    # A loop whose parent is not this process, but timeout. Prints its process id first.
+    LOOP = ["sh", "-c", "timeout 1 sh -c 'echo $$; while :; do :; done'; :"]
+
+    def watch_loop(self, prefix, environment):
+        with machine.Watch(prefix, interval=0.1) as watch:
+            loop = subprocess.run(self.LOOP, env=environment, stdout=subprocess.PIPE, text=True, check=True)
+        return watch, int(loop.stdout)
+
+    def test_the_time_of_a_foreign_process_counts(self):
+        watch, pid = self.watch_loop(None, None)
+        self.assertIn(pid, watch.others)
+        self.assertGreater(watch.others[pid][2], 0)
+        self.assertGreater(watch.share, machine.QUIET_SHARE)
+        self.assertNotEqual(watch.busiest, "")
+
+    def test_a_process_of_the_prefix_does_not_count(self):
+        prefix = "/nowhere/prefix-of-this-test"
+        watch, pid = self.watch_loop(prefix, {**os.environ, "WINEPREFIX": prefix})
+        self.assertIn(pid, watch.own)
+        self.assertNotIn(pid, watch.others)
+
+    def test_a_busy_step_is_told_and_recorded(self):
+        with tempfile.TemporaryDirectory() as folder:
+            with open(os.path.join(folder, "log_bench.exe"), "w", encoding="utf-8") as file:
+                file.write(f"sleep 1; echo '{FIGURE}'")
+            out, path = io.StringIO(), os.path.join(folder, "out.json")
+            loop = subprocess.Popen(["sh", "-c", "timeout 4 sh -c 'while :; do :; done'; :"])
+            with contextlib.redirect_stdout(out):
+                run.main(["--bin", folder, "--runner", "sh", "--json", path, "log"])
+            loop.wait()
+            self.assertIn("The machine was busy in 1 of 1 steps", out.getvalue())
+            self.assertEqual(results.load(path).data["disturbed"][0]["step"], "log")
+
+
+class PeerTable(unittest.TestCase):
+    def test_rows_for_ours_and_for_a_library_in_both_ways(self):
+        data = results.Results()
+        for contestant, appending in (("own", False), ("spdlog", False), ("spdlog", True)):
+            for threads in (1, 4):
+                for name, value in (("p50", 500), ("p99", 20000), ("mean", 2000)):
+                    data.add("peers", {"name": f"{contestant}{appending}{threads}{name}", "unit": "ns", "better": "lower",
+                                       "own": value}, contestant=contestant, appending=appending, mode="statement",
+                             threads=threads, flushed=True, figure=name)
+        rows = tables.peer_rows(data)
+        self.assertEqual([row[0] for row in rows], ["ours", "spdlog", "spdlog, appending"])
+        self.assertEqual(rows[0][1:4], ["0.50 / 0.50", "20 / 20", "2.00 / 2.00"])
+
+    def test_ours_is_measured_once_and_the_others_in_both_ways(self):
+        steps = run.peer_steps(["own", "spdlog"])
+        ways = {(step.more["contestant"], step.more["appending"]) for step in steps}
+        self.assertEqual(ways, {("own", False), ("spdlog", False), ("spdlog", True)})
+        rates = {step.more["threads"] for step in steps if step.more["mode"] == "throughput" and step.more["flushed"]}
+        self.assertEqual(rates, {1, 2, 4, 8})
+
+
+unittest.main(verbosity=0)
