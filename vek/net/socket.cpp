@@ -57,6 +57,7 @@ Socket::Socket(int domain, int type, int protocol) : handle(::socket(domain, typ
     if (handle == invalidSocket) {
         throwSocketError(SocketCall::create);
     }
+    keepFromChildren(handle);
 }
 
 Socket::~Socket() {

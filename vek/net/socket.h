@@ -12,12 +12,16 @@ namespace vek::net {
 
 // Sockets are blocking. Each operation makes one system call and throws NetError with its error
 // number, unless noted otherwise. Not thread-safe. Winsock must have been started (winsock.h).
+//
+// Child processes don't inherit sockets. The handle is made non-inheritable right after the call
+// that creates it, so only a child that another thread starts in between gets a copy.
 class Socket : public NoCopy {
   public:
-    // Calls socket with the three numbers. Throws PermissionError for WSAEACCES.
+    // Calls socket with the three numbers, and SetHandleInformation. Throws PermissionError for
+    // WSAEACCES.
     Socket(int domain, int type, int protocol);
 
-    // Takes ownership of `adopted`, an open handle.
+    // Takes ownership of `adopted`, an open handle, which stays inheritable or not.
     explicit Socket(NativeSocket adopted) : handle(adopted) {}
 
     // Closes the socket if it is open. A failure is reported on std::cerr.

@@ -16,6 +16,7 @@ SocketHandle TCPListener::accept() {
     if (accepted == invalidSocket) {
         throwSocketError(SocketCall::other);
     }
+    keepFromChildren(accepted);
     return SocketHandle(accepted);
 }
 

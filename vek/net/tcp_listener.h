@@ -14,8 +14,8 @@ class TCPListener : public IPSocketT<Socket> {
     // Calls listen: up to about `backlog` connections may wait for `accept`.
     void listen(int backlog);
 
-    // Blocks until a client has connected. Returns the connection, owned by the caller. Calls
-    // accept.
+    // Blocks until a client has connected. Returns the connection, owned by the caller; child
+    // processes don't inherit it. Calls accept and SetHandleInformation.
     SocketHandle accept();
 };
 

@@ -1,4 +1,4 @@
-// vek::net::UDPSocket: a socket for datagrams.
+// vek::net::UDPSocket: sends and receives datagrams.
 #pragma once
 
 #include "vek/net/data_socket.h"
@@ -9,6 +9,11 @@ namespace vek::net {
 class UDPSocket : public IPSocketT<DataSocket> {
   public:
     explicit UDPSocket(bool ip6);
+
+    // Stops Windows from reporting that a receiver is gone: it otherwise makes the next receive
+    // fail with WSAECONNRESET (10054), whoever's datagram that would have been. Call it once,
+    // before the first receive, where a peer may go away. Calls WSAIoctl with SIO_UDP_CONNRESET.
+    void ignoreLostReceivers();
 
     bool isDatagram() const override;
     bool isStream() const override;
