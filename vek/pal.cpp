@@ -1,5 +1,6 @@
 #include "vek/pal.h"
 
+#include <condition_variable>
 #include <iostream>
 #include <mutex>
 
@@ -21,24 +22,66 @@ namespace {
 
 VekPal* currentPal = nullptr;
 
-// The objects that handle console control events. The lock guards changes; the handler reads the
-// set without it.
+// Held while the set of objects that handle console control events changes, and across
+// SetConsoleCtrlHandler. The handler doesn't take it: a quit object may construct or destroy a
+// VekPal.
 std::mutex palObjectsLock;
-std::set<VekPal*> palObjects;
 bool consoleHandlerInstalled = false;
 
+// The set itself, and the handlers that are running. Both are read and written under `walkLock`,
+// which is held for moments only.
+std::mutex walkLock;
+std::condition_variable handlerEnded;
+std::set<VekPal*> palObjects;
+unsigned runningHandlers = 0;
+thread_local bool isHandlerThread = false;
+
+// Returns the next object after `pal`, or null.
+VekPal* nextAfter(VekPal* pal) {
+    const std::lock_guard guard(walkLock);
+    const auto next = palObjects.upper_bound(pal);
+    return next != palObjects.end() ? *next : nullptr;
+}
+
 BOOL WINAPI consoleHandler(DWORD /*ctrlType*/) {
-    for (VekPal* pal : palObjects) {
+    {
+        const std::lock_guard guard(walkLock);
+        ++runningHandlers;
+    }
+    isHandlerThread = true;
+    for (VekPal* pal = nextAfter(nullptr); pal != nullptr; pal = nextAfter(pal)) {
         pal->onQuit();
     }
+    isHandlerThread = false;
+    const std::lock_guard guard(walkLock);
+    --runningHandlers;
+    handlerEnded.notify_all();
     // Handled, even if the set is empty: the default handler would end the process.
     return TRUE;
+}
+
+// Blocks until no handler uses an object that was removed from the set. A quit object that destroys
+// a VekPal isn't waited for: its own handler is running.
+void awaitHandlers() {
+    if (!isHandlerThread) {
+        std::unique_lock guard(walkLock);
+        handlerEnded.wait(guard, [] { return runningHandlers == 0; });
+    }
+}
+
+// Locking would throw the same error, but leave the lock entered twice.
+void refuseReentry(const thread::Mutex& lock) {
+    if (lock.isHeldByCaller()) {
+        throw OsError(ERROR_POSSIBLE_DEADLOCK);
+    }
 }
 
 }  // namespace
 
 VekPal::VekPal(bool handleQuit, int, int, void* quitContext)
     : handlesQuit(handleQuit), context(quitContext) {
+    VekPal* const former = currentPal;
+    const bool isFirst = fs::nullInput() == nullptr;
     currentPal = this;
     try {
         start();
@@ -46,8 +89,10 @@ VekPal::VekPal(bool handleQuit, int, int, void* quitContext)
         if (handlesQuit) {
             leaveQuitHandling();
         }
-        fs::closeNullDevice();
-        currentPal = nullptr;
+        if (isFirst) {
+            fs::closeNullDevice();
+        }
+        currentPal = former;
         throw;
     }
 }
@@ -85,7 +130,10 @@ VekPal::~VekPal() {
 void VekPal::enableQuitHandling() {
     const std::lock_guard guard(palObjectsLock);
     handlesQuit = true;
-    palObjects.insert(this);
+    {
+        const std::lock_guard walk(walkLock);
+        palObjects.insert(this);
+    }
     if (!consoleHandlerInstalled) {
         if (SetConsoleCtrlHandler(consoleHandler, TRUE) == 0) {
             throw OsError(GetLastError());
@@ -95,15 +143,24 @@ void VekPal::enableQuitHandling() {
 }
 
 void VekPal::leaveQuitHandling() {
-    const std::lock_guard guard(palObjectsLock);
-    palObjects.erase(this);
-    if (consoleHandlerInstalled && palObjects.empty()) {
-        consoleHandlerInstalled = false;
-        SetConsoleCtrlHandler(consoleHandler, FALSE);
+    {
+        const std::lock_guard guard(palObjectsLock);
+        bool isLast = false;
+        {
+            const std::lock_guard walk(walkLock);
+            palObjects.erase(this);
+            isLast = palObjects.empty();
+        }
+        if (consoleHandlerInstalled && isLast) {
+            consoleHandlerInstalled = false;
+            SetConsoleCtrlHandler(consoleHandler, FALSE);
+        }
     }
+    awaitHandlers();
 }
 
 void VekPal::onQuit() {
+    refuseReentry(lock);
     const thread::ScopeGuard guard(lock);
     try {
         for (VekPalInit* object : quitObjects) {
@@ -115,6 +172,7 @@ void VekPal::onQuit() {
 }
 
 void VekPal::addQuitObject(VekPalInit& object) {
+    refuseReentry(lock);
     const thread::ScopeGuard guard(lock);
     quitObjects.insert(&object);
 }

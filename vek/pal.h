@@ -38,35 +38,40 @@ class VekPal final : public VekPalInit, public NoCopy {
     // enableQuitHandling. The two ints have no effect. `quitContext` is stored and never read.
     //
     // Throws OsError if the console handler can't be installed, FsError if "nul" can't be opened,
-    // NetError if Winsock can't be started; everything is undone then. Construct it once, on the
-    // thread that starts the process up, before any other object of the framework.
+    // NetError if Winsock can't be started; everything is undone then, and another VekPal that
+    // exists stays usable. Construct it once, on the thread that starts the process up, before any
+    // other object of the framework: the end of either of two stops what both use.
     VekPal(bool handleQuit, int, int, void* quitContext);
 
     // Stops the shepherd of the child processes and everything that the constructor started, except
-    // the clocks and the terminate handler. While children are running this blocks until the next
-    // of them exits, deliberately. Destroy it on the thread that ends the process.
+    // the clocks and the terminate handler. Destroy it on the thread that ends the process.
+    //
+    // Blocks until a console control event that is being handled has been handled, so that no quit
+    // object is called afterwards: a quit object must not wait for this. While children are running
+    // it blocks until the next of them exits, deliberately. Threads that are in proc::Child::wait
+    // then get RuntimeError, and this blocks until they have left it.
     ~VekPal();
 
     // Calls onQuit of each quit object, in the order of their addresses. A vek::Exception ends the
-    // round and is reported on std::cerr. Thread-safe.
+    // round and is reported on std::cerr. Thread-safe: rounds of two threads run one after the
+    // other. A quit object that calls this again gets OsError with code 1131.
     void onQuit() override;
 
     // Installs a handler that calls this object's `onQuit` for every console control event,
     // whatever its type, and reports the event as handled. The handler runs on a thread that
-    // Windows creates and reads the set of VekPal objects without a lock, deliberately: don't
-    // destroy one while an event is being handled. Calls SetConsoleCtrlHandler. Throws OsError.
+    // Windows creates. Calls SetConsoleCtrlHandler. Throws OsError.
     //
     // For Ctrl-C and Ctrl-Break the program goes on after that: it has to quit by itself. For the
     // closing of the console window, a log-off and a shutdown it can't go on: Windows ends the
     // process as soon as the handler has returned, or after a time-out of some seconds. Whatever
-    // must be done before the end has to be done in the quit objects.
+    // must be done before the end has to be done, or waited for, in the quit objects.
     //
     // In a service, don't handle quit events: a service gets CTRL_LOGOFF_EVENT when any user logs
     // off, and the handler, which doesn't look at the type, would make it quit.
     void enableQuitHandling();
 
     // Adds an object for onQuit. Not owned; it must outlive this object. Thread-safe, but blocks
-    // while onQuit runs, and throws OsError with code 1131 within it.
+    // while onQuit runs. Throws OsError with code 1131 if a quit object calls it.
     void addQuitObject(VekPalInit& object);
 
     // Does nothing: Windows has no fork.

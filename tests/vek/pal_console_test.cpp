@@ -1,5 +1,9 @@
 // Console control events, on a real console.
+#include <atomic>
+#include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -95,6 +99,37 @@ TEST(ConsoleEvents, CanBeHandledLaterThanAtTheStart) {
     EXPECT_TRUE(quitter.wasTold());
 }
 
+// Ends.
+
+TEST(ConsoleEvents, EndWaitsUntilAnEventHasBeenHandled) {
+    struct Blocking final : vek::VekPalInit {
+        void onQuit() override {
+            SetEvent(begun);
+            WaitForSingleObject(release, limitMs);
+            finished = true;
+        }
+        const HANDLE begun = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+        const HANDLE release = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+        std::atomic<bool> finished = false;
+    } quitter;
+    // Another object, so that the console handler stays installed.
+    const VekPal stays(true, 0, 4, nullptr);
+    auto pal = std::make_unique<VekPal>(true, 0, 4, nullptr);
+    pal->addQuitObject(quitter);
+    ASSERT_NE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0), 0);
+    ASSERT_EQ(WaitForSingleObject(quitter.begun, limitMs), WAIT_OBJECT_0);
+    std::atomic<bool> ended = false;
+    std::thread ending([&] {
+        pal.reset();
+        ended = true;
+        EXPECT_TRUE(quitter.finished);
+    });
+    Sleep(100);
+    EXPECT_FALSE(ended);
+    SetEvent(quitter.release);
+    ending.join();
+}
+
 // Another handler, which is called if VekPal's handler isn't installed.
 Told* othersTold = nullptr;
 
@@ -136,6 +171,45 @@ TEST_F(OtherHandler, IsAskedAgainOnceTheLastObjectHasGone) {
     { const VekPal pal(true, 0, 4, nullptr); }
     ASSERT_NE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0), 0);
     EXPECT_TRUE(told.wait());
+}
+
+BOOL WINAPI ignoringHandler(DWORD) {
+    return TRUE;
+}
+
+TEST(ConsoleEventsAtTheEnd, EndInTheMidstOfEventsNeitherHangsNorCallsAQuitObjectLater) {
+    struct Counting final : vek::VekPalInit {
+        void onQuit() override {
+            calls += isAlive ? 1 : 1000000;
+            SwitchToThread();
+        }
+        std::atomic<bool> isAlive = true;
+        std::atomic<int> calls = 0;
+    };
+    constexpr int rounds = 60;
+    // For events that come too late for both objects.
+    SetConsoleCtrlHandler(ignoringHandler, TRUE);
+    std::vector<std::unique_ptr<Counting>> counters;
+    for (int i = 0; i < rounds; ++i) {
+        counters.push_back(std::make_unique<Counting>());
+        Counting& counter = *counters.back();
+        auto first = std::make_unique<VekPal>(true, 0, 4, nullptr);
+        auto second = std::make_unique<VekPal>(true, 0, 4, nullptr);
+        first->addQuitObject(counter);
+        second->addQuitObject(counter);
+        ASSERT_NE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0), 0);
+        // The event reaches the objects before, in the midst of, or after their ends.
+        Sleep(static_cast<DWORD>(i % 4));
+        if (i % 2 == 0) {
+            second.reset();
+        }
+        first.reset();
+        second.reset();
+        counter.isAlive = false;
+    }
+    for (const auto& counter : counters) {
+        EXPECT_LT(counter->calls, 1000000);
+    }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "vek/pal.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <exception>
 #include <memory>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/open_handles.h"
+#include "tests/support/replaced_import.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/fs/null_device.h"
@@ -235,6 +237,138 @@ TEST(VekPal, ExceptionOfAQuitObjectEndsTheRoundAndIsReported) {
     pal.onQuit();
     testing::internal::GetCapturedStderr();
     EXPECT_EQ(told.size(), 4u);
+}
+
+TEST(VekPal, QuitObjectThatRaisesTheEventAgainIsReportedAndTheLockIsFreeAfterwards) {
+    VekPal pal(false, 0, 4, nullptr);
+    struct Again final : vek::VekPalInit {
+        explicit Again(VekPal& raised) : raisedPal(raised) {}
+        void onQuit() override {
+            ++calls;
+            raisedPal.onQuit();
+        }
+        VekPal& raisedPal;
+        std::atomic<int> calls = 0;
+    } again(pal);
+    struct Adding final : vek::VekPalInit {
+        explicit Adding(VekPal& changed) : changedPal(changed) {}
+        void onQuit() override { changedPal.addQuitObject(*this); }
+        VekPal& changedPal;
+    } adding(pal);
+    pal.addQuitObject(again);
+    testing::internal::CaptureStderr();
+    pal.onQuit();
+    const std::string report = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(report.find("Error processing quit event:\n\n"), 0u);
+    EXPECT_NE(report.find("(1131)"), std::string::npos) << report;
+    EXPECT_EQ(again.calls, 1);
+    testing::internal::CaptureStderr();
+    // On another thread: this one could take the lock again even if it held it.
+    std::thread([&] { pal.onQuit(); }).join();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(again.calls, 2);
+
+    VekPal other(false, 0, 4, nullptr);
+    Adding toOther(other);
+    other.addQuitObject(toOther);
+    testing::internal::CaptureStderr();
+    other.onQuit();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("(1131)"), std::string::npos);
+    std::thread([&] { other.addQuitObject(adding); }).join();
+}
+
+// A constructor that fails.
+
+int WSAAPI failStart(WORD, LPWSADATA) {
+    return WSASYSNOTREADY;
+}
+
+BOOL WINAPI failHandler(PHANDLER_ROUTINE, BOOL) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return FALSE;
+}
+
+HANDLE WINAPI failOpen(LPCSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) {
+    SetLastError(ERROR_TOO_MANY_OPEN_FILES);
+    return INVALID_HANDLE_VALUE;
+}
+
+TEST(VekPal, ConstructorThatFailsUndoesEverything) {
+    { const VekPal warmUp(true, 0, 4, nullptr); }
+    const std::size_t before = support::openHandles().size();
+    {
+        const support::ReplacedImport<decltype(&WSAStartup)> replaced("WSAStartup", failStart);
+        EXPECT_THROW(VekPal(true, 0, 4, nullptr), vek::NetError);
+    }
+    {
+        const support::ReplacedImport<decltype(&SetConsoleCtrlHandler)> replaced(
+            "SetConsoleCtrlHandler", failHandler);
+        EXPECT_THROW(VekPal(true, 0, 4, nullptr), vek::OsError);
+    }
+    {
+        const support::ReplacedImport<decltype(&CreateFileA)> replaced("CreateFileA", failOpen);
+        EXPECT_THROW(VekPal(true, 0, 4, nullptr), vek::FsError);
+    }
+    EXPECT_EQ(VekPal::current(), nullptr);
+    EXPECT_EQ(vek::fs::nullInput(), nullptr);
+    EXPECT_EQ(vek::fs::nullOutput(), nullptr);
+    EXPECT_FALSE(winsockStands());
+    EXPECT_EQ(support::openHandles().size(), before);
+}
+
+TEST(VekPal, SecondWhoseConstructorFailsLeavesTheFirstUsable) {
+    const VekPal first(false, 0, 4, nullptr);
+    const auto works = [&first] {
+        return VekPal::current() == &first && winsockStands() && vek::fs::nullInput() != nullptr &&
+               vek::fs::nullInput()->isOpen() && vek::fs::nullOutput() != nullptr &&
+               vek::fs::nullOutput()->isOpen();
+    };
+    {
+        const support::ReplacedImport<decltype(&WSAStartup)> replaced("WSAStartup", failStart);
+        EXPECT_THROW(VekPal(true, 0, 4, nullptr), vek::NetError);
+    }
+    EXPECT_TRUE(works());
+    {
+        const support::ReplacedImport<decltype(&CreateFileA)> replaced("CreateFileA", failOpen);
+        EXPECT_THROW(VekPal(false, 0, 4, nullptr), vek::FsError);
+    }
+    EXPECT_TRUE(works());
+}
+
+// The end while threads wait for children.
+
+TEST(VekPal, EndLetsThreadsInWaitLeaveWithAnException) {
+    for (int round = 0; round < 3; ++round) {
+        auto pal = std::make_unique<VekPal>(false, 0, 4, nullptr);
+        const std::string name =
+            "vek-pal-wait-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(round);
+        const HANDLE end = CreateEventA(nullptr, TRUE, FALSE, name.c_str());
+        vek::proc::Child waitedFor;
+        waitedFor.setArguments({vek::programDirectory() + "\\proc_child.exe", "wait", name, "0"},
+                               true);
+        waitedFor.start();
+        vek::proc::Child last;
+        last.setArguments({vek::programDirectory() + "\\proc_child.exe", "sleep", "300", "0"},
+                          true);
+        last.start();
+        std::string text;
+        std::thread waiting([&] {
+            vek::proc::ExitStatus status;
+            try {
+                waitedFor.wait(status);
+            } catch (const vek::RuntimeError& error) {
+                text = error.what();
+            }
+        });
+        Sleep(50);
+        pal.reset();
+        waiting.join();
+        EXPECT_EQ(text, "The shepherd of this child is gone");
+        SetEvent(end);
+        CloseHandle(end);
+        CloseHandle(last.getProcess().hProcess);
+        CloseHandle(last.getProcess().hThread);
+    }
 }
 
 TEST(VekPal, ForkHandlersAreTakenAndNeverCalled) {

@@ -18,10 +18,10 @@ std::unique_ptr<File> openedNul(std::uint32_t access) {
 }  // namespace
 
 void openNullDevice() {
-    closeNullDevice();
-    auto opened = openedNul(Access::read);
-    output = openedNul(Access::write);
-    input = std::move(opened);
+    auto newInput = openedNul(Access::read);
+    auto newOutput = openedNul(Access::write);
+    input = std::move(newInput);
+    output = std::move(newOutput);
 }
 
 void closeNullDevice() {

@@ -6,8 +6,8 @@
 
 namespace vek::fs {
 
-// Opens the device "nul" for reading and for writing, anew if it is open. Throws as File::open
-// does; nothing is open then. For the thread that starts the process up.
+// Opens the device "nul" for reading and for writing, anew if it is open. Throws as File::open; a
+// device that was open stays as it is then. For the thread that starts the process up.
 void openNullDevice();
 
 // Closes both; does nothing if they are not open. For the thread that ends the process.
