@@ -45,12 +45,11 @@ HANDLE openEnd(const Pipe& pipe, PipeEnd end) {
     return handle;
 }
 
-Shepherd& requiredShepherd() {
-    Shepherd* const shepherd = currentShepherd();
-    if (shepherd == nullptr) {
+Shepherd& required(const ShepherdUse& use) {
+    if (use.get() == nullptr) {
         throw RuntimeError("The shepherd of this child is gone");
     }
-    return *shepherd;
+    return *use.get();
 }
 
 }  // namespace
@@ -60,10 +59,14 @@ void Child::start(bool replaceSelf) {
         throw UsageError("No executable specified");
     }
     ensureShepherd();
+    const ShepherdUse use;
+    Shepherd& shepherd = required(use);
+    shepherd.refuseLockHeld();
     if (cpuCount > maxCpus) {
         throw RuntimeError("Too many CPU affinity settings");
     }
     createSuspended();
+    watcher = 0;
     if (cpuCount != 0 && SetProcessAffinityMask(process.hProcess, affinityMask(cpuCount)) == 0) {
         std::cerr << "Couldn't set affinity mask of new child process" << std::endl;
     }
@@ -73,9 +76,10 @@ void Child::start(bool replaceSelf) {
     if (replaceSelf) {
         ExitProcess(killCode);
     }
-    Shepherd& shepherd = requiredShepherd();
     const thread::ScopeGuard guard(shepherd.getLock());
     shepherd.addChild(process, notifyCallback != nullptr ? this : nullptr);
+    // With the lock held: a callback may wait for this child as soon as it is released.
+    watcher = shepherd.getNumber();
 }
 
 void Child::createSuspended() {
@@ -112,21 +116,25 @@ void Child::wait(ExitStatus& status, bool limited, const std::int64_t* timeoutMs
         throw UsageError("tried to wait on non-existant child");
     }
     status = {};
+    // Held to the end: the shepherd must not wait on a handle that is closed here.
+    const ShepherdUse use(watcher);
     try {
-        collect(status, limited ? timeoutMs : nullptr);
+        collect(status, required(use), limited ? timeoutMs : nullptr);
     } catch (...) {
-        if (Shepherd* const shepherd = currentShepherd()) {
-            // The shepherd must not wait on a closed handle.
-            shepherd->forget(process);
+        if (use.get() != nullptr) {
+            use.get()->forget(process);
         }
         releaseProcess();
         throw;
     }
 }
 
-void Child::collect(ExitStatus& status, const std::int64_t* timeoutMs) {
+void Child::collect(ExitStatus& status, Shepherd& shepherd, const std::int64_t* timeoutMs) {
+    if (timeoutMs == nullptr && !isWatched()) {
+        throw RuntimeError("Nobody watches this child");
+    }
     std::uint32_t code = 0;
-    if (!requiredShepherd().waitForChild(process, code, timeoutMs)) {
+    if (!shepherd.waitForChild(process, code, timeoutMs)) {
         return;
     }
     status.finished = true;
@@ -138,9 +146,9 @@ void Child::collect(ExitStatus& status, const std::int64_t* timeoutMs) {
     }
 }
 
-// Closes both handles, if any. Returns the error number of the last failure, or 0.
 DWORD Child::releaseProcess() {
     DWORD error = ERROR_SUCCESS;
+    watcher = 0;
     const PROCESS_INFORMATION closing = std::exchange(process, noProcess());
     for (const HANDLE handle : {closing.hProcess, closing.hThread}) {
         if (handle != INVALID_HANDLE_VALUE && CloseHandle(handle) == 0) {

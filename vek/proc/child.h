@@ -6,6 +6,9 @@
 //     ExitStatus status;
 //     child.wait(status);
 //
+// On a system without condition variables (before Windows Vista) children can't be started: `start`
+// throws RuntimeError and creates nothing.
+//
 // The shepherd's thread (shepherd.h) notices the exit of a child; `wait` collects the result from
 // it. vek::proc::Program adds pipes and the search for the program.
 //
@@ -27,6 +30,8 @@
 #include "vek/proc/pipe.h"
 
 namespace vek::proc {
+
+class Shepherd;
 
 // Not thread-safe: one thread at a time uses an object. Not copyable: two objects would close the
 // same handles.
@@ -57,8 +62,11 @@ class Child {
     //
     // Two failures leave a process behind that nobody watches; getProcess returns it:
     //   - OsError if the process can't be resumed: it stays suspended.
-    //   - RuntimeError if Shepherd::maxChildren children are running: it runs, and `wait` never
-    //     returns for it.
+    //   - RuntimeError if Shepherd::maxChildren children are running: it runs.
+    // `wait` without a time-out throws for such a process, with one it never sees its exit.
+    //
+    // Throws RuntimeError on a system without condition variables, and OsError with code 1131 if
+    // the calling thread holds the shepherd's lock (Shepherd::getLock); no child exists then.
     //
     // If the processors can't be set this is reported on std::cerr, and the child runs on all of
     // them. Calls CreateProcessA, SetProcessAffinityMask, ResumeThread and ExitProcess.
@@ -73,14 +81,28 @@ class Child {
     // a result that is already there, which is always so for the child of the callback, and throws
     // RuntimeError for a child whose exit hasn't been noticed yet.
     //
-    // Throws UsageError if there is no child, and RuntimeError if the shepherd has been shut down
-    // since the start. After any exception the child's handles are closed, and nobody can wait for
-    // it any more.
+    // Throws UsageError if there is no child; RuntimeError if the shepherd has been shut down since
+    // the start, also during the wait and also if a new one exists; RuntimeError for a process that
+    // nobody watches (see `start`) if there is no time-out; OsError with code 1131 if the calling
+    // thread holds the shepherd's lock, which it then still holds once. After any exception the
+    // child's handles are closed, it isn't watched any more, and nobody can wait for it. Its
+    // callback is called only if its exit had been noticed before.
     void wait(ExitStatus& status, bool limited = false, const std::int64_t* timeoutMs = nullptr);
 
-    // Notified when the child exits; may be null. Not owned. The callback and this object must live
-    // until the call has returned, which may be later than `wait` returns. Throws RuntimeError
-    // between `start` and the `wait` that collects the child.
+    // Notified when the child exits; may be null. Not owned. Throws RuntimeError between `start`
+    // and the `wait` that collects the child.
+    //
+    // The result is handed out before the callback is called, so the call may still be running, or
+    // not have begun, when `wait` returns. The callback and this object must live until it has
+    // returned. To destroy them safely, let the callback signal as its last step, and wait for that
+    // signal too:
+    //
+    //     void childExited(Child&) override { ...; SetEvent(exited); }
+    //
+    //     child.wait(status);
+    //     WaitForSingleObject(exited, INFINITE);  // both may be destroyed now
+    //
+    // If `wait` throws there may be no call: see there. Destroy vek::VekPal first then.
     void setNotifyCallback(IChildCallback* callback);
     IChildCallback* getNotifyCallback() const { return notifyCallback; }
 
@@ -155,13 +177,21 @@ class Child {
     IChildCallback* notifyCallback = nullptr;
     bool breakaway = false;
 
+    // Returns false for a process that `start` has left behind unwatched.
+    bool isWatched() const { return watcher != 0; }
+
+    // Closes both handles, if any. Returns the error number of the last failure, or 0.
+    DWORD releaseProcess();
+
   private:
     static PROCESS_INFORMATION noProcess() {
         return {INVALID_HANDLE_VALUE, INVALID_HANDLE_VALUE, 0, 0};
     }
     void createSuspended();
-    void collect(ExitStatus& status, const std::int64_t* timeoutMs);
-    DWORD releaseProcess();
+    void collect(ExitStatus& status, Shepherd& shepherd, const std::int64_t* timeoutMs);
+
+    // The number of the shepherd that watches `process`, or 0.
+    std::uint32_t watcher = 0;
 };
 
 }  // namespace vek::proc

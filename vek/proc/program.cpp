@@ -70,6 +70,7 @@ bool Program::setProgram(const std::string& name, bool required) {
 }
 
 void Program::start(std::uint32_t flags) {
+    dropUnwatched();
     if (process.dwProcessId != 0) {
         throw UsageError("A child is still present");
     }
@@ -141,7 +142,15 @@ void Program::forgetPipeEnds(std::uint32_t flags) {
     }
 }
 
+// A process that `start` left behind without being watched counts as none.
+void Program::dropUnwatched() {
+    if (!isWatched()) {
+        releaseProcess();
+    }
+}
+
 bool Program::finish() {
+    dropUnwatched();
     wait(status);
     stdinStream.close();
     stdoutStream.close();
@@ -185,10 +194,8 @@ bool Program::exchange(const std::string* input, std::string* output, std::strin
         throw UsageError("Passed the same string object for stdin as for stdout and/or stderr");
     }
     const bool merged = errors != nullptr && errors == output;
-    start((input != nullptr ? StdinPipe : StdinNull) |
-          (output != nullptr ? StdoutPipe : StdoutNull) |
-          (errors != nullptr ? StderrPipe : StderrNull) | (merged ? MergeStderr : 0u));
-    std::vector<std::unique_ptr<thread::Thread>> transfers;
+    // Made first: nothing can fail between the start and the transfers.
+    std::vector<std::unique_ptr<Transfer>> transfers;
     if (input != nullptr) {
         transfers.push_back(std::make_unique<StreamWriter>(stdinStream, *input));
     }
@@ -198,8 +205,15 @@ bool Program::exchange(const std::string* input, std::string* output, std::strin
     if (errors != nullptr && !merged) {
         transfers.push_back(std::make_unique<StreamReader>(stderrStream, *errors));
     }
+    start((input != nullptr ? StdinPipe : StdinNull) |
+          (output != nullptr ? StdoutPipe : StdoutNull) |
+          (errors != nullptr ? StderrPipe : StderrNull) | (merged ? MergeStderr : 0u));
     runTransfers(transfers);
-    return finish();
+    const bool succeeded = finish();
+    for (const auto& transfer : transfers) {
+        transfer->throwFailure();
+    }
+    return succeeded;
 }
 
 std::string Program::commandLine() const {

@@ -53,12 +53,14 @@ class Program : public Child {
     //
     // Throws UsageError if the previous child hasn't been collected or a null device is requested
     // and not open, OsError if a pipe can't be created, and as Child::start. All pipes are closed
-    // then.
+    // then. If Child::start leaves an unwatched process behind, getProcess returns it until the
+    // next `start` or `finish`, which close its handles: `start` may be called again at once.
     void start(std::uint32_t flags);
 
     // Blocks until the child has exited, stores its status and closes the pipes. Returns true if it
     // succeeded. The pipes stay open meanwhile: a child that waits for the end of its input, or for
-    // its output to be read, never exits. Throws as Child::wait.
+    // its output to be read, never exits. Throws as Child::wait; UsageError after a `start` that
+    // has thrown.
     bool finish();
 
     // Calls `start` and `finish`, with this process's own streams or, if `silent`, with both
@@ -86,6 +88,10 @@ class Program : public Child {
     // `output` and `errors` may be the same string, which then gets both in the order in which they
     // were written. Throws UsageError if `input` is one of them, and as `start` and `finish`. If a
     // thread can't be started or joined this process is terminated.
+    //
+    // If a stream can't be transferred, for instance because there is no memory for the output, its
+    // pipe is closed, the child is finished all the same, and the failure is thrown: std::bad_alloc
+    // or OsError. The strings then hold what had arrived.
     //
     // Input that the child doesn't read, because it closes its end or exits, is dropped silently:
     // the child's exit code says whether it was enough. An output ends when nobody has its pipe
@@ -124,6 +130,7 @@ class Program : public Child {
     void connect(const StandardStream& stream, std::uint32_t flags, std::optional<Pipe>& pipe);
     void handOver(const StandardStream& stream, std::optional<Pipe>& pipe);
     void forgetPipeEnds(std::uint32_t flags);
+    void dropUnwatched();
 
     ExitStatus status;
     fs::StreamFile stdinStream;

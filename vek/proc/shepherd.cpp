@@ -1,11 +1,15 @@
 #include "vek/proc/shepherd.h"
 
+#include <atomic>
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "vek/exception.h"
 #include "vek/proc/child.h"
+#include "vek/thread/condition_functions.h"
 #include "vek/thread/scope_guard.h"
 #include "vek/time/clock.h"
 
@@ -26,6 +30,30 @@ thread::Mutex& childLock() {
     return lock;
 }
 
+// Signalled under childLock when a shepherd has no users any more.
+thread::Condition& usersGone() {
+    static thread::Condition& condition = *new thread::Condition(childLock());
+    return condition;
+}
+
+// Locks for a scope unless the calling thread holds the lock already.
+class LockUnlessHeld : public NoCopy {
+  public:
+    explicit LockUnlessHeld(thread::Condition& lock) {
+        if (!lock.getMutex().isHeldByCaller()) {
+            guard.emplace(lock);
+        }
+    }
+
+  private:
+    std::optional<thread::ScopeGuard> guard;
+};
+
+std::uint32_t nextNumber() {
+    static std::atomic<std::uint32_t> last = 0;
+    return ++last;
+}
+
 }  // namespace
 
 bool Shepherd::ByHandle::operator()(const PROCESS_INFORMATION& a,
@@ -34,10 +62,14 @@ bool Shepherd::ByHandle::operator()(const PROCESS_INFORMATION& a,
 }
 
 Shepherd::Shepherd()
-    : thread(threadName, *this), wakeEvent(CreateEventA(nullptr, FALSE, FALSE, nullptr)) {
+    : thread(threadName, *this),
+      wakeEvent(CreateEventA(nullptr, FALSE, FALSE, nullptr)),
+      number(nextNumber()) {
     if (wakeEvent == nullptr) {
         throw OsError(GetLastError());
     }
+    // addChild must not fail half-way.
+    handles.reserve(maxChildren);
 }
 
 Shepherd::~Shepherd() {
@@ -63,6 +95,24 @@ void Shepherd::stop() {
     }
 }
 
+void Shepherd::endWaits() {
+    {
+        const thread::ScopeGuard guard(lock);
+        isClosed = true;
+        lock.wakeAll();
+    }
+    thread::ScopeGuard guard(childLock());
+    while (users != 0) {
+        thread::sleepUnder(guard, usersGone(), [] { usersGone().wait(); });
+    }
+}
+
+void Shepherd::refuseLockHeld() {
+    if (lock.getMutex().isHeldByCaller()) {
+        throw OsError(ERROR_POSSIBLE_DEADLOCK);
+    }
+}
+
 bool Shepherd::isRunning() const {
     return thread.getState() == thread::Thread::RUNNING;
 }
@@ -83,8 +133,8 @@ void Shepherd::run() {
     }
 }
 
-// Blocks until there are children, then copies their handles and appends the event. Returns false
-// if the thread should end.
+// Blocks until there are children, then copies their handles, appends the event and takes `inWait`.
+// Returns false if the thread should end.
 bool Shepherd::awaitChildren(std::vector<HANDLE>& watched) {
     thread::ScopeGuard guard(lock);
     while (handles.empty()) {
@@ -99,14 +149,17 @@ bool Shepherd::awaitChildren(std::vector<HANDLE>& watched) {
     }
     watched.assign(handles.begin(), handles.end());
     watched.push_back(wakeEvent);
+    removalsAtCopy = removals;
+    inWait.lock();
     return true;
 }
 
-// Waits for the first exit in `watched`. Takes one child; the next passes find others that have
-// exited meanwhile.
+// Waits for the first exit in `watched`, then releases `inWait`. Takes one child; the next passes
+// find others that have exited meanwhile.
 void Shepherd::awaitEnd(const std::vector<HANDLE>& watched) {
     const DWORD ended =
         WaitForMultipleObjects(static_cast<DWORD>(watched.size()), watched.data(), FALSE, INFINITE);
+    inWait.unlock();
     if (ended == WAIT_FAILED) {
         std::cerr << threadName << ": Error waiting for multiple objects!\n";
         return;
@@ -121,10 +174,14 @@ void Shepherd::awaitEnd(const std::vector<HANDLE>& watched) {
 }
 
 // Stores the result of the child at `index`. It has the same index in `handles` as in the copy,
-// since only this thread removes elements and new ones go to the end. Returns the child if it has a
-// callback, else null.
+// since new elements go to the end and only this thread removes any, unless `forget` has done so.
+// Then even the value of the handle may be another child's by now: the next pass looks again.
+// Returns the child if it has a callback, else null.
 Child* Shepherd::takeEnded(HANDLE handle, std::size_t index) {
     const thread::ScopeGuard guard(lock);
+    if (removals != removalsAtCopy) {
+        return nullptr;
+    }
     handles.erase(handles.begin() + static_cast<std::ptrdiff_t>(index));
     PROCESS_INFORMATION info = {};
     info.hProcess = handle;
@@ -162,14 +219,17 @@ void Shepherd::addChild(const PROCESS_INFORMATION& info, Child* child) {
         throw RuntimeError("Maximum number of child processes reached");
     }
     const bool wasIdle = handles.empty();
-    handles.push_back(info.hProcess);
     if (child != nullptr) {
         callbacks.emplace(info, child);
     }
+    handles.push_back(info.hProcess);
     if (wasIdle) {
         lock.wakeAll();
     } else if (SetEvent(wakeEvent) == 0) {
-        throw OsError(GetLastError());
+        const DWORD error = GetLastError();
+        handles.pop_back();
+        callbacks.erase(info);
+        throw OsError(error);
     }
 }
 
@@ -185,18 +245,24 @@ bool Shepherd::takeResult(const PROCESS_INFORMATION& info, std::uint32_t& code) 
 
 bool Shepherd::waitForChild(const PROCESS_INFORMATION& info, std::uint32_t& code,
                             const std::int64_t* timeoutMs) {
-    thread::ScopeGuard guard(lock);
     if (isOwnThread()) {
+        const LockUnlessHeld guard(lock);
         if (!takeResult(info, code)) {
             throw RuntimeError("need no lock but my result's not there?!");
         }
         return true;
     }
+    refuseLockHeld();
+    const ShepherdUse use(number);
+    thread::ScopeGuard guard(lock);
     time::MonotonicClock deadline(timeoutMs != nullptr);
     if (timeoutMs != nullptr) {
         deadline += *timeoutMs;
     }
     while (!takeResult(info, code)) {
+        if (isClosed) {
+            throw RuntimeError("The shepherd of this child is gone");
+        }
         const bool inTime = thread::sleepUnder(guard, lock, [&] {
             if (timeoutMs != nullptr) {
                 return lock.waitUntil(deadline);
@@ -212,17 +278,27 @@ bool Shepherd::waitForChild(const PROCESS_INFORMATION& info, std::uint32_t& code
 }
 
 void Shepherd::forget(const PROCESS_INFORMATION& info) {
-    if (!isOwnThread()) {
+    const LockUnlessHeld guard(lock);
+    exitCodes.erase(info);
+    callbacks.erase(info);
+    if (std::erase(handles, info.hProcess) == 0) {
         return;
     }
-    const thread::ScopeGuard guard(lock);
-    std::erase(handles, info.hProcess);
-    callbacks.erase(info);
+    ++removals;
+    if (!isOwnThread()) {
+        SetEvent(wakeEvent);
+        const thread::ScopeGuard hasLeftTheWait(inWait);
+    }
 }
 
 void ensureShepherd() {
     const thread::ScopeGuard guard(childLock());
     if (shepherd == nullptr) {
+        thread::resolveConditionFunctions();
+        if (thread::nativeConditions() == nullptr) {
+            // The first child would end the thread with error 1131, and its `wait` never return.
+            throw RuntimeError("Child processes need the system's condition variables");
+        }
         auto made = std::make_unique<Shepherd>();
         made->start();
         shepherd = made.release();
@@ -230,15 +306,38 @@ void ensureShepherd() {
 }
 
 void shutdownShepherd() {
-    if (shepherd != nullptr) {
-        shepherd->stop();
-        delete shepherd;
-        shepherd = nullptr;
+    if (shepherd == nullptr) {
+        return;
     }
+    shepherd->stop();
+    Shepherd* ending = nullptr;
+    {
+        const thread::ScopeGuard guard(childLock());
+        ending = std::exchange(shepherd, nullptr);
+    }
+    ending->endWaits();
+    delete ending;
 }
 
 Shepherd* currentShepherd() {
     return shepherd;
+}
+
+ShepherdUse::ShepherdUse(std::uint32_t number) : used(nullptr) {
+    const thread::ScopeGuard guard(childLock());
+    if (shepherd != nullptr && (number == 0 || number == shepherd->number)) {
+        used = shepherd;
+        ++used->users;
+    }
+}
+
+ShepherdUse::~ShepherdUse() {
+    if (used != nullptr) {
+        const thread::ScopeGuard guard(childLock());
+        if (--used->users == 0) {
+            usersGone().wakeAll();
+        }
+    }
 }
 
 }  // namespace vek::proc

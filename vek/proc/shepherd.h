@@ -27,8 +27,8 @@ class Shepherd final : public thread::Runnable, public NoCopy {
     // Doesn't start the thread. Calls CreateEventA. Throws OsError.
     Shepherd();
 
-    // Drops the results that nobody collected. The thread must be stopped, and no other thread may
-    // be in waitForChild.
+    // Drops the results that nobody collected. The thread must be stopped, and no thread may be in
+    // waitForChild.
     ~Shepherd() override;
 
     // Starts the thread. Throws as Thread::start does.
@@ -45,9 +45,20 @@ class Shepherd final : public thread::Runnable, public NoCopy {
     // The thread's body.
     void run() override;
 
+    // Makes all threads leave waitForChild: those without a result throw RuntimeError, now and from
+    // now on. Blocks until no ShepherdUse holds this object. Call it after `stop`, once no new
+    // ShepherdUse can get this object.
+    void endWaits();
+
     // Guards everything in this object; signalled for each new result. Locking it twice on one
     // thread throws OsError with code 1131.
     thread::Condition& getLock() { return lock; }
+
+    // Throws OsError with code 1131 if the calling thread holds the lock, and leaves it held once.
+    void refuseLockHeld();
+
+    // The number of this shepherd in the process, from 1.
+    std::uint32_t getNumber() const { return number; }
 
     // Starts to watch `info`. `child` may be null; otherwise its callback is called when it exits,
     // and it must live until then. The caller holds the lock. Throws RuntimeError if maxChildren
@@ -59,13 +70,16 @@ class Shepherd final : public thread::Runnable, public NoCopy {
     // once. Each result is handed out once: a second wait for the same child times out or never
     // returns. thread/deadline.h says how the time-out is cut to 32 bits.
     //
-    // Thread-safe. On the shepherd's own thread, which runs the callbacks, it never blocks: throws
-    // RuntimeError if the result isn't there, since it could never arrive.
+    // Thread-safe. Throws RuntimeError once the shepherd has been shut down, and OsError with code
+    // 1131 if the calling thread holds the lock, which it then still holds once. On the shepherd's
+    // own thread, which runs the callbacks, it never blocks: throws RuntimeError if the result
+    // isn't there, since it could never arrive.
     bool waitForChild(const PROCESS_INFORMATION& info, std::uint32_t& code,
                       const std::int64_t* timeoutMs);
 
-    // Stops watching a running child whose handle a callback is about to close. Does nothing on any
-    // other thread than the shepherd's.
+    // Drops a child whose handle is about to be closed: it isn't watched any more, its callback
+    // isn't called, and its result, if any, is gone. When this returns the thread doesn't wait on
+    // the handle any more. Thread-safe; the caller may hold the lock.
     void forget(const PROCESS_INFORMATION& info);
 
   private:
@@ -73,6 +87,8 @@ class Shepherd final : public thread::Runnable, public NoCopy {
     struct ByHandle {
         bool operator()(const PROCESS_INFORMATION& a, const PROCESS_INFORMATION& b) const;
     };
+
+    friend class ShepherdUse;
 
     bool isRunning() const;
     bool isOwnThread() const;
@@ -88,22 +104,50 @@ class Shepherd final : public thread::Runnable, public NoCopy {
     std::vector<HANDLE> handles;
     // Interrupts the system's wait so that the thread reads `handles` again. Owned.
     HANDLE wakeEvent;
+    // Held by the thread while it is in the system's wait. Taken with `lock` held; `lock` is never
+    // taken with this one held.
+    thread::Mutex inWait{true};
+    // How often `forget` has removed a handle, and how often when the thread copied the handles: if
+    // the two differ, the thread's copy is out of date.
+    std::uint32_t removals = 0;
+    std::uint32_t removalsAtCopy = 0;
     // Results that nobody has collected yet.
     std::map<PROCESS_INFORMATION, std::uint32_t, ByHandle> exitCodes;
     // The children with a callback.
     std::map<PROCESS_INFORMATION, Child*, ByHandle> callbacks;
+    // Set by endWaits.
+    bool isClosed = false;
+    // The ShepherdUse objects that hold this shepherd; guarded by the lock of ensureShepherd.
+    std::uint32_t users = 0;
+    const std::uint32_t number;
 };
 
-// Creates and starts the shepherd if none exists. Thread-safe. Throws as the constructor and
-// `start` do; none exists then.
+// Creates and starts the shepherd if none exists. Thread-safe. Throws RuntimeError on a system
+// without condition variables, and as the constructor and `start`; none exists then.
 void ensureShepherd();
 
-// Stops and deletes the shepherd, if one exists. Call it on the thread that ends the process, while
-// no other thread waits for children.
+// Stops and deletes the shepherd, if one exists; blocks as Shepherd::stop. Threads that are still
+// in a wait for a child then get RuntimeError, and this blocks until they have left the wait. Call
+// it on the thread that ends the process.
 void shutdownShepherd();
 
 // Returns the shepherd, owned by the two functions above, or null. A program that ends without
-// shutdownShepherd doesn't delete it: its thread ends with the process.
+// shutdownShepherd doesn't delete it: its thread ends with the process. Use a ShepherdUse where
+// another thread may call shutdownShepherd meanwhile.
 Shepherd* currentShepherd();
+
+// Keeps shutdownShepherd from deleting the shepherd while this object exists. Thread-safe.
+class ShepherdUse : public NoCopy {
+  public:
+    // Holds the current shepherd or, if `number` isn't 0, only the one with this number.
+    explicit ShepherdUse(std::uint32_t number = 0);
+    ~ShepherdUse();
+
+    // Returns the shepherd, or null if there is none that fits.
+    Shepherd* get() const { return used; }
+
+  private:
+    Shepherd* used;
+};
 
 }  // namespace vek::proc

@@ -21,10 +21,34 @@ void writeAll(IOutput& stream, const void* buffer, std::uint32_t size) {
     }
 }
 
-StreamWriter::StreamWriter(fs::StreamFile& toStream, const std::string& fromText)
-    : Thread("stdin-writer"), stream(toStream), text(fromText) {}
+Transfer::Transfer(const std::string& threadName, fs::StreamFile& transferStream)
+    : Thread(threadName), stream(transferStream) {}
 
-void StreamWriter::run() {
+void Transfer::run() {
+    try {
+        copy();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    try {
+        stream.close();
+    } catch (...) {
+        if (failure == nullptr) {
+            failure = std::current_exception();
+        }
+    }
+}
+
+void Transfer::throwFailure() const {
+    if (failure != nullptr) {
+        std::rethrow_exception(failure);
+    }
+}
+
+StreamWriter::StreamWriter(fs::StreamFile& toStream, const std::string& fromText)
+    : Transfer("stdin-writer", toStream), text(fromText) {}
+
+void StreamWriter::copy() {
     try {
         writeAll(stream, text.data(), static_cast<std::uint32_t>(text.size()));
     } catch (const OsError& error) {
@@ -32,25 +56,24 @@ void StreamWriter::run() {
             throw;
         }
     }
-    stream.close();
 }
 
 StreamReader::StreamReader(fs::StreamFile& fromStream, std::string& toText)
-    : Thread("output-reader"), stream(fromStream), text(toText) {}
+    : Transfer("output-reader", fromStream), text(toText) {}
 
-void StreamReader::run() {
+void StreamReader::copy() {
     std::string scratch(readSize, '\0');
     while (const std::uint32_t count = stream.read(scratch.data(), readSize)) {
         text.append(scratch, 0, count);
     }
 }
 
-void runTransfers(const std::vector<std::unique_ptr<thread::Thread>>& threads) noexcept {
-    for (const auto& thread : threads) {
-        thread->start();
+void runTransfers(const std::vector<std::unique_ptr<Transfer>>& transfers) noexcept {
+    for (const auto& transfer : transfers) {
+        transfer->start();
     }
-    for (const auto& thread : threads) {
-        thread->join();
+    for (const auto& transfer : transfers) {
+        transfer->join();
     }
 }
 

@@ -134,6 +134,60 @@ TEST_F(ChildCallback, ResultIsThereForOthersBeforeTheCallbackHasReturned) {
     EXPECT_TRUE(callback.awaitCalls(1));
 }
 
+TEST_F(ChildCallback, OwnerThatWaitsForItsSignalTooMayDestroyItAndTheChild) {
+    // The signal is the callback's last step; nothing of it or of the child is used after that.
+    struct Signalling final : vek::proc::IChildCallback {
+        explicit Signalling(HANDLE toSet) : exited(toSet) {}
+        ~Signalling() { exited = nullptr; }
+        void childExited(Child& child) override {
+            Sleep(child.getProcess().dwProcessId % 3);
+            SetEvent(exited);
+        }
+        HANDLE exited;
+    };
+    const HANDLE exited = CreateEventA(nullptr, FALSE, FALSE, nullptr);
+    for (int i = 0; i < 30; ++i) {
+        const auto callback = std::make_unique<Signalling>(exited);
+        const auto child = std::make_unique<Child>();
+        prepare(*child, {"exit", "3"});
+        child->setNotifyCallback(callback.get());
+        child->start();
+        EXPECT_EQ(waited(*child).code, 3u);
+        EXPECT_EQ(WaitForSingleObject(exited, vek::test::limitMs), WAIT_OBJECT_0);
+    }
+    CloseHandle(exited);
+}
+
+TEST_F(ChildCallback, WaitsForItsChildAlsoWithTheShepherdsLockHeld) {
+    std::atomic<std::uint32_t> code = 0;
+    Callback callback([&](Child& child) {
+        const vek::thread::ScopeGuard guard(currentShepherd()->getLock());
+        code = waited(child).code;
+    });
+    Child child;
+    start(child, callback, "17");
+    EXPECT_TRUE(callback.awaitCalls(1));
+    EXPECT_EQ(code, 17u);
+}
+
+TEST_F(ChildCallback, GetsTheResultOfAnotherChildWhoseExitHasBeenNoticed) {
+    Child former;
+    Child later;
+    prepare(former, {"exit", "4"});
+    former.start();
+    ASSERT_TRUE(hasEnded(former));
+    prepare(later, {"exit", "0"});
+    later.start();
+    waited(later);
+    std::atomic<std::uint32_t> code = 0;
+    Callback callback([&](Child&) { code = waited(former).code; });
+    Child child;
+    start(child, callback);
+    EXPECT_TRUE(callback.awaitCalls(1));
+    EXPECT_EQ(code, 4u);
+    waited(child);
+}
+
 TEST_F(ChildCallback, RunsOutsideTheShepherdsLock) {
     std::atomic<bool> held = true;
     Callback callback([&](Child&) {

@@ -356,8 +356,29 @@ TEST_F(ChildStart, ChildThatCannotBeSetGoingThrowsAndStaysSuspended) {
     EXPECT_EQ(ResumeThread(process.hThread), 1u);
     EXPECT_TRUE(hasEnded(child));
     EXPECT_FALSE(waitedUpTo(child, 50).finished);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
+    const std::size_t before = support::openHandles().size();
+    EXPECT_EQ(thrown<RuntimeError>([&] { waited(child); }), "Nobody watches this child");
+    EXPECT_TRUE(isNotRunning(child));
+    EXPECT_EQ(support::openHandles().size(), before - 2);
+}
+
+TEST_F(ChildStart, ProgramThatCannotBeSetGoingCountsAsNotStarted) {
+    if (has32Processors()) {
+        GTEST_SKIP() << "32 processors can be set here";
+    }
+    Program program;
+    prepare(program, {"exit", "6"});
+    program.setCpuList(std::vector<std::uint32_t>(32, 0));
+    {
+        const SuspendingReport report(program);
+        EXPECT_THROW(program.start(Program::StdoutPipe), OsError);
+    }
+    Child::kill(program.getProcess().dwProcessId);
+    EXPECT_THROW(program.finish(), UsageError);
+    EXPECT_TRUE(isNotRunning(program));
+    program.setCpuList({});
+    EXPECT_FALSE(program.run(true));
+    EXPECT_EQ(program.getStatus().code, 6u);
 }
 
 // A child that nobody waits for.

@@ -141,9 +141,9 @@ TEST_F(Exchange, ChildThatFailsGivesFalseAndItsOutput) {
     EXPECT_EQ(program.getStatus().code, 9u);
 }
 
-// Leaves no address space for the stack of another thread.
-void takeTheAddressSpace() {
-    for (SIZE_T size = 64u << 20; size >= 512u << 10; size /= 2) {
+// Reserves all free address space in blocks of `smallest` bytes or more.
+void takeTheAddressSpace(SIZE_T smallest) {
+    for (SIZE_T size = 64u << 20; size >= smallest; size /= 2) {
         while (VirtualAlloc(nullptr, size, MEM_RESERVE, PAGE_NOACCESS) != nullptr) {
         }
     }
@@ -154,7 +154,8 @@ void takeTheAddressSpace() {
     try {
         // Starts the shepherd's thread.
         program.exchange(nullptr, &text, nullptr);
-        takeTheAddressSpace();
+        // Leaves none for the stack of another thread.
+        takeTheAddressSpace(512u << 10);
         program.exchange(nullptr, &text, nullptr);
     } catch (...) {
         std::_Exit(1);
@@ -165,6 +166,44 @@ void takeTheAddressSpace() {
 TEST_F(Exchange, ThreadThatCannotBeStartedEndsTheProcessThroughTerminate) {
     prepare(program, {"say", "text", "", "0"});
     EXPECT_EXIT(exchangeWithoutRoom(program), testing::ExitedWithCode(3), "unhandled exception");
+}
+
+// Exits with 0 if everything is as it should be.
+[[noreturn]] void exchangeTooMuch(Program& program, bool merged) {
+    std::string input(large, 'i');
+    std::string output;
+    std::string errors;
+    int failures = 0;
+    output.reserve(1u << 20);
+    errors.reserve(1u << 20);
+    // The heap itself can't grow any more below, so it gets some room first.
+    { const std::vector<std::string> room(200, std::string(4096, ' ')); }
+    // Leaves room for stacks, but not for an output of this size: holes of 4 MB each.
+    std::vector<void*> holes;
+    for (int i = 0; i < 12; ++i) {
+        holes.push_back(VirtualAlloc(nullptr, 4u << 20, MEM_RESERVE, PAGE_NOACCESS));
+        VirtualAlloc(nullptr, 64u << 10, MEM_RESERVE, PAGE_NOACCESS);
+    }
+    takeTheAddressSpace(512u << 10);
+    for (void* const hole : holes) {
+        VirtualFree(hole, 0, MEM_RELEASE);
+    }
+    try {
+        program.exchange(&input, &output, merged ? &output : &errors);
+        failures += 1;
+    } catch (const std::bad_alloc&) {
+    }
+    failures += (merged ? output : errors).size() > large ? 0 : 2;
+    failures += program.getProcess().dwProcessId == 0 && program.getStatus().finished ? 0 : 4;
+    failures += vek::thread::Thread::liveCount() == 1 ? 0 : 8;
+    std::_Exit(failures);
+}
+
+TEST_F(Exchange, OutputWithoutRoomThrowsAndTheChildIsFinished) {
+    // It writes more to its errors than there is room for.
+    prepare(program, {"flood", std::to_string(20 << 20)});
+    EXPECT_EXIT(exchangeTooMuch(program, false), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(exchangeTooMuch(program, true), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Exchange, LeavesNoHandleAndNoThread) {

@@ -1,6 +1,7 @@
 // Shared by the tests of child processes.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -39,10 +40,13 @@ class NamedEvent : public NoCopy {
     // Returns false if it isn't set in time.
     bool await() const { return WaitForSingleObject(handle, limitMs) == WAIT_OBJECT_0; }
 
-    const std::string name = "vek-proc-test-" + std::to_string(GetCurrentProcessId()) + "-" +
-                             std::to_string(reinterpret_cast<std::uintptr_t>(this));
+    const std::string name =
+        "vek-proc-test-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++count);
 
   private:
+    // Not the address: a child of an earlier event may still have that one open, and signalled.
+    static inline std::atomic<unsigned> count = 0;
+
     const HANDLE handle;
 };
 

@@ -7,6 +7,7 @@
 namespace {
 
 using vek::RuntimeError;
+using vek::UsageError;
 using vek::proc::Child;
 using vek::proc::Shepherd;
 using vek::test::NamedEvent;
@@ -52,6 +53,17 @@ TEST_F(ShepherdLimit, SixtyThreeChildrenAreWatchedAndTheNextIsRefusedWhileItRuns
     prepare(program, {"wait", end.name, "0"});
     const std::size_t before = support::openHandles().size();
     EXPECT_EQ(thrown<RuntimeError>([&] { program.start(7); }), message);
+    const DWORD refusedId = program.getProcess().dwProcessId;
+    EXPECT_NE(refusedId, 0u);
+    // The program counts as not started.
+    EXPECT_EQ(thrown<UsageError>([&] { program.finish(); }),
+              "Usage error: tried to wait on non-existant child");
+    EXPECT_EQ(thrown<RuntimeError>([&] { program.start(7); }), message);
+    EXPECT_NE(program.getProcess().dwProcessId, refusedId);
+    Child::kill(refusedId);
+    EXPECT_EQ(thrown<RuntimeError>([&] { waited(program); }), "Nobody watches this child");
+    EXPECT_EQ(program.getProcess().dwProcessId, 0u);
+    EXPECT_EQ(thrown<RuntimeError>([&] { program.start(7); }), message);
     remove(program);
     EXPECT_EQ(thrown<RuntimeError>([] {
                   Child::execute(vek::test::childProgram(), {"exit", "0"});
@@ -62,6 +74,9 @@ TEST_F(ShepherdLimit, SixtyThreeChildrenAreWatchedAndTheNextIsRefusedWhileItRuns
     // There is room again once one has ended.
     endOfLast.set();
     EXPECT_EQ(waited(children[most - 1]).code, most - 1);
+    prepare(program, {"exit", "5"});
+    EXPECT_FALSE(program.run(true));
+    EXPECT_EQ(program.getStatus().code, 5u);
     start(children[most - 1], end, most - 1);
 
     // All end at once.
