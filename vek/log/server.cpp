@@ -140,6 +140,8 @@ void Server::bindSockets() {
     // Each process of a host is to have this port.
     discoverySocket.setReuseAddress();
     discoverySocket.bind(address);
+    // An asker that is gone must not make the next receive fail.
+    discoverySocket.ignoreLostReceivers();
     rebuildSocketSet();
 }
 

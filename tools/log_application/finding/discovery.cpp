@@ -69,7 +69,7 @@ void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& foun
         const std::string address = sender.toString();
         found.add(std::string_view(room.data(), size), address, vek::net::isOwnAddress(address));
     } catch (const vek::NetError&) {
-        // Nothing came, or the system reports that nobody listens at one of the places.
+        // Nothing came.
     }
 }
 
@@ -78,6 +78,8 @@ void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& foun
 std::vector<Process> discover(const std::vector<Endpoint>& hosts, StopSignal& stop) {
     vek::net::UDPSocket socket(false);
     socket.setBroadcast(true);
+    // Most of the places that are asked have no process.
+    socket.ignoreLostReceivers();
     socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &pollMs, sizeof pollMs);
     const std::uint32_t id = GetTickCount() ^ GetCurrentProcessId();
     const std::string text = question(id);

@@ -1,4 +1,7 @@
 // The server's sockets as the system sees them: how they are set, and what it does to them.
+#include <atomic>
+
+#include "tests/support/replaced_import.h"
 #include "tests/vek/log/service/log_service.h"
 #include "tests/vek/net/host_timers.h"
 
@@ -113,6 +116,47 @@ class HeldServer : public LogServiceTest {
     vek_test::Door reached;
     SOCKET listener = INVALID_SOCKET;
 };
+
+// Calls of the server, which go on to the system.
+std::atomic<int> askedBacklog = 0;
+std::atomic<bool> ignoresLostReceivers = false;
+decltype(&listen) systemListen = nullptr;
+decltype(&WSAIoctl) systemIoctl = nullptr;
+
+int WSAAPI recordListen(SOCKET socket, int backlog) {
+    askedBacklog = backlog;
+    return systemListen(socket, backlog);
+}
+
+int WSAAPI recordIoctl(SOCKET socket, DWORD code, LPVOID input, DWORD inputSize, LPVOID output,
+                       DWORD outputSize, LPDWORD count, LPWSAOVERLAPPED overlapped,
+                       LPWSAOVERLAPPED_COMPLETION_ROUTINE completion) {
+    constexpr DWORD udpConnectionReset = 0x9800000C;
+    if (code == udpConnectionReset && *static_cast<const BOOL*>(input) == FALSE) {
+        ignoresLostReceivers = true;
+    }
+    return systemIoctl(socket, code, input, inputSize, output, outputSize, count, overlapped,
+                       completion);
+}
+
+class StartingServer : public LogServiceTest {};
+
+// The system takes the number as a hint and may let more connections wait, so this looks at the
+// call.
+TEST_F(StartingServer, AsksForABacklogOfEight) {
+    const support::ReplacedImport<decltype(&listen)> replaced("listen", recordListen);
+    systemListen = replaced.getOriginal();
+    start();
+    EXPECT_EQ(askedBacklog, 8);
+}
+
+// Wine never reports a lost asker, so this looks at the call.
+TEST_F(StartingServer, HasLostAskersNotReported) {
+    const support::ReplacedImport<decltype(&WSAIoctl)> replaced("WSAIoctl", recordIoctl);
+    systemIoctl = replaced.getOriginal();
+    start();
+    EXPECT_TRUE(ignoresLostReceivers);
+}
 
 TEST_F(HeldServer, LetsEightConnectionsWait) {
     ServiceClient client(port);
