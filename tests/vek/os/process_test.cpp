@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/replaced_import.h"
 #include "tests/vek/os/test_support.h"
 #include "tests/vek/temporary_directory.h"
 #include "vek/os/objects.h"
@@ -60,10 +61,64 @@ TEST_F(RunProcess, WaitsForTheEndAndTellsTheExitCode) {
     EXPECT_EQ(vek::os::runProcess(childCommand("exit 5").c_str(), SW_HIDE, nullptr), 1);
 }
 
+// The calls that runProcess makes while it waits, and the flags that it starts with.
+std::string calls;
+int looksAtARunningProcess = 0;
+DWORD creationFlags = 0;
+decltype(&CreateProcessA) originalCreate = nullptr;
+
+BOOL WINAPI recordLook(HANDLE, LPDWORD code) {
+    calls += "look ";
+    *code = looksAtARunningProcess-- > 0 ? STILL_ACTIVE : 7;
+    return TRUE;
+}
+
+void WINAPI recordSleep(DWORD milliseconds) {
+    calls += "sleep " + std::to_string(milliseconds) + " ";
+}
+
+BOOL WINAPI recordFlags(LPCSTR program, LPSTR commandLine, LPSECURITY_ATTRIBUTES ofProcess,
+                        LPSECURITY_ATTRIBUTES ofThread, BOOL inherit, DWORD flags,
+                        LPVOID environment, LPCSTR directory, LPSTARTUPINFOA startup,
+                        LPPROCESS_INFORMATION started) {
+    creationFlags = flags;
+    return originalCreate(program, commandLine, ofProcess, ofThread, inherit, flags, environment,
+                          directory, startup, started);
+}
+
+// Runs a process whose exit is seen at the look after `looks` others.
+std::uint32_t exitCodeAfter(int looks) {
+    const support::ReplacedImport<decltype(&GetExitCodeProcess)> look("GetExitCodeProcess",
+                                                                      recordLook);
+    const support::ReplacedImport<decltype(&Sleep)> sleep("Sleep", recordSleep);
+    calls.clear();
+    looksAtARunningProcess = looks;
+    std::uint32_t exitCode = 0;
+    EXPECT_EQ(vek::os::runProcess(childCommand("exit 0").c_str(), SW_HIDE, &exitCode), 1);
+    return exitCode;
+}
+
 TEST_F(RunProcess, SleepsAfterEachLookAtTheExitCode) {
-    const ULONGLONG start = GetTickCount64();
-    EXPECT_EQ(vek::os::runProcess(childCommand("exit 0").c_str(), SW_HIDE, nullptr), 1);
-    EXPECT_GE(GetTickCount64() - start, 45u);
+    EXPECT_EQ(exitCodeAfter(2), 7u);
+    EXPECT_EQ(calls, "look sleep 50 look sleep 50 look sleep 50 ");
+    // Also after the only one.
+    EXPECT_EQ(exitCodeAfter(0), 7u);
+    EXPECT_EQ(calls, "look sleep 50 ");
+}
+
+TEST_F(RunProcess, StartsWithNormalPriority) {
+    const support::ReplacedImport<decltype(&CreateProcessA)> create("CreateProcessA", recordFlags);
+    originalCreate = create.getOriginal();
+    for (const bool waits : {true, false}) {
+        creationFlags = 0;
+        if (waits) {
+            EXPECT_EQ(vek::os::runProcess(childCommand("exit 0").c_str(), SW_HIDE, nullptr), 1);
+        } else {
+            EXPECT_EQ(vek::os::runProcessNoWait(childCommand("exit 0").c_str(), SW_HIDE, nullptr),
+                      1);
+        }
+        EXPECT_EQ(creationFlags, static_cast<DWORD>(NORMAL_PRIORITY_CLASS));
+    }
 }
 
 TEST_F(RunProcess, DoesNotReturnWhileTheProcessRuns) {
