@@ -2,7 +2,7 @@
 
 #include <exception>
 #include <iostream>
-#include <sstream>
+#include <string>
 #include <system_error>
 
 #include <process.h>
@@ -82,22 +82,23 @@ void Thread::body() {
 }
 
 void Thread::runReported() {
-    // Each report is one piece of output, so that those of several threads don't mix.
-    std::ostringstream report;
+    // Each report is one piece of output, so that those of several threads don't mix. A stream
+    // would print the id in the format of the global locale.
+    std::string report;
     try {
         run();
         return;
     } catch (const Exception& error) {
-        report << "Thread " << name << " (" << id << ")"
-               << " died with VEK exception:" << error.printableText() << "\n";
+        report = "Thread " + name + " (" + std::to_string(id) + ")" +
+                 " died with VEK exception:" + error.printableText() + "\n";
     } catch (const std::exception& error) {
-        report << "Thread " << name << " (" << id << ")"
-               << " died with std::exception: " << error.what() << "\n";
+        report = "Thread " + name + " (" + std::to_string(id) + ")" +
+                 " died with std::exception: " + error.what() + "\n";
     } catch (...) {
-        report << "Thread " << name << " (" << id << ")"
-               << " died with an unknown exception";
+        report =
+            "Thread " + name + " (" + std::to_string(id) + ")" + " died with an unknown exception";
     }
-    std::cerr << report.str();
+    std::cerr << report;
 }
 
 void Thread::join() {

@@ -1,6 +1,7 @@
 #include "vek/thread/thread.h"
 
 #include <functional>
+#include <locale>
 
 #include "tests/vek/thread/lock_support.h"
 #include "tests/vek/thread_names_debugger.h"
@@ -410,6 +411,24 @@ TEST_F(Threads, DyingOfAStdExceptionReportIt) {
 
 TEST_F(Threads, DyingOfSomethingElseReportItWithoutALineEnd) {
     EXPECT_EQ(reportOf("", [] { throw 42; }), "Thread  (ID) died with an unknown exception");
+}
+
+// A number format that separates every digit.
+class Grouping : public std::numpunct<char> {
+  protected:
+    char do_thousands_sep() const override { return '\''; }
+    std::string do_grouping() const override { return "\1"; }
+};
+
+TEST_F(Threads, DyingReportTheIdInPlainDecimalWhateverTheGlobalLocale) {
+    const std::locale former = std::locale::global(std::locale(std::locale(), new Grouping));
+    const std::string report = reportOf("a", [] { throw std::runtime_error("why"); });
+    const std::string ofUnknown = reportOf("b", [] { throw 42; });
+    const std::string ofException = reportOf("c", [] { throw vek::RuntimeError("text"); });
+    std::locale::global(former);
+    EXPECT_EQ(report, "Thread a (ID) died with std::exception: why\n");
+    EXPECT_EQ(ofUnknown, "Thread b (ID) died with an unknown exception");
+    EXPECT_EQ(ofException, "Thread c (ID) died with VEK exception:text\n\n");
 }
 
 TEST_F(Threads, EndingWellReportNothing) {
