@@ -8,6 +8,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
+#include "tests/native/lead_bytes.h"
 #include "vek/auxiliary/line_parser.h"
 #include "vek/base/console_colors.h"
 #include "vek/base/os_error_text.h"
@@ -21,6 +22,16 @@
 #include "vek/time/date_time.h"
 
 namespace vek {
+
+namespace test {
+
+LeadBytes leadBytes;
+
+}  // namespace test
+
+const LeadBytes& ansiLeadBytes() {
+    return test::leadBytes;
+}
 
 std::string osErrorText(std::uint32_t code) {
     return "error " + std::to_string(code);

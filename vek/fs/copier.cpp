@@ -90,8 +90,8 @@ void Copier::openTarget(const std::string& path) {
         attributes);
 }
 
-// Without given attributes the source is asked for its own. Here they don't tell who may do what,
-// so only whether the source can be asked matters.
+// Without given attributes those of the source are read. They hold no access rights here, so
+// nothing is done with them; only the failure to read them counts.
 void Copier::takeAttributes() {
     attributes = nullptr;
     if (givenAttributes != nullptr) {
@@ -151,7 +151,7 @@ void Copier::finishQuietly(Copier* copier) {
         try {
             (copier->*finish)();
         } catch (const Exception&) {
-            // What led here is on its way already.
+            // The first failure is already being thrown.
         }
     };
     drop(&Copier::finishSource);

@@ -1,15 +1,15 @@
-// What copying and moving a file can be told.
+// Options for copying and moving files.
 #pragma once
 
 #include <cstdint>
 
 namespace vek::fs {
 
-// The bits are combined by |.
+// Bits, combined by |.
 enum CopyOptions : std::uint32_t {
-    noEffect = 1,         // nothing, on this platform
+    noEffect = 1,         // ignored on this platform
     noFollowSource = 2,   // opens the source with OpenFlags::noFollow
-    overwriteTarget = 4,  // a target that exists is replaced; without it, it is an error
+    overwriteTarget = 4,  // replaces an existing target, which is an error otherwise
 };
 
 }  // namespace vek::fs

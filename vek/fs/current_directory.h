@@ -1,23 +1,22 @@
-// The current directory of this process, and paths made absolute by it.
+// The current directory of this process, and paths made absolute against it.
 //
-// It is one value for the whole process, which any thread may change at any time; nothing here
-// guards it.
+// There is one for the whole process, and any thread may change it at any time. Not synchronised.
 #pragma once
 
 #include <string>
 
 namespace vek::fs {
 
-// The current directory, of any length. Stands on GetCurrentDirectoryA. Throws OsError.
+// Returns the current directory, of any length. Calls GetCurrentDirectoryA. Throws OsError.
 std::string currentDirectory();
 
-// Makes `path` the current directory. Stands on SetCurrentDirectoryA. Throws FsError.
+// Makes `path` the current directory. Calls SetCurrentDirectoryA. Throws FsError.
 void changeDirectory(const std::string& path);
 
-// `path` made absolute against the current directory, as expandFrom of vek/fs/path_text.h does it:
-// a "." or ".." is treated at the front only.
+// Returns `path` made absolute against the current directory by expandFrom of vek/fs/path_text.h:
+// only a leading "." or ".." is replaced.
 //
-// Throws RuntimeError if there is no current directory to be had, but not for an absolute path.
+// Throws RuntimeError if the current directory can't be read, but never for an absolute path.
 std::string expand(const std::string& path);
 
 }  // namespace vek::fs

@@ -63,10 +63,13 @@ std::string Dir::name() const {
     return hasEntry() ? entry.cFileName : "";
 }
 
+DWORD Dir::attributes() const {
+    requireEntry();
+    return entry.dwFileAttributes;
+}
+
 Stat Dir::stat() const {
-    if (!hasEntry()) {
-        throw UsageError("No valid dir or dir entry selected");
-    }
+    requireEntry();
     return fs::stat(entryPath());
 }
 
@@ -83,6 +86,12 @@ bool Dir::isDotEntry() const {
 
 bool Dir::hasEntry() const {
     return findHandle != INVALID_HANDLE_VALUE && !firstPending && entry.cFileName[0] != '\0';
+}
+
+void Dir::requireEntry() const {
+    if (!hasEntry()) {
+        throw UsageError("No valid dir or dir entry selected");
+    }
 }
 
 std::string Dir::entryPath() const {

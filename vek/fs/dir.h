@@ -1,4 +1,4 @@
-// vek::fs::Dir: goes through the entries of a directory.
+// vek::fs::Dir: iterates over the entries of a directory.
 #pragma once
 
 #include <string>
@@ -9,32 +9,39 @@
 
 namespace vek::fs {
 
-// Entries come in the system's order, "." and ".." left out. Not to be used by two threads at once.
+// Entries come in the system's order, without "." and "..". Not thread-safe.
 class Dir : public NoCopy {
   public:
-    // Nothing is open yet.
+    // Opens nothing.
     Dir() = default;
 
-    // Closes. A failure of that is reported on std::cerr.
+    // Closes. A failure is reported on std::cerr.
     ~Dir();
 
-    // Opens `path`; what is open already is closed first. The first entry is reached by `next`. An
-    // empty path means the root of the current drive. Stands on FindFirstFileA with all entries as
-    // its pattern. Throws FsError, also for what isn't a directory, and what `close` throws.
+    // Closes what is open and opens `path`. The first call of `next` moves to the first entry. An
+    // empty path means the root of the current drive. Calls FindFirstFileA with the path and "\*".
+    // Throws FsError, also if `path` is no directory, and what `close` throws.
     void open(const std::string& path);
 
-    // Closes; nothing happens if nothing is open. Afterwards it is closed in any case. Stands on
+    // Closes; does nothing if nothing is open. It is closed afterwards even if this throws. Calls
     // FindClose. Throws OsError.
     void close();
 
-    // Goes to the next entry; false behind the last, and from then on. Stands on FindNextFileA.
-    // Throws UsageError if nothing is open, and OsError.
+    // Moves to the next entry. Returns false behind the last one, and at every later call. Calls
+    // FindNextFileA. Throws UsageError if nothing is open, and OsError.
     bool next();
 
-    // The name of the current entry, without its directory; empty if there is none.
+    // The name of the current entry, without its directory; empty if there is none. Characters that
+    // the ANSI code page doesn't have are replaced by "?" or by similar ones: such a name leads to
+    // no entry, or to another.
     std::string name() const;
 
-    // What the system tells of the current entry. Throws UsageError without a current entry, and
+    // The file attributes (FILE_ATTRIBUTE_...) of the current entry as the search returned them,
+    // without a system call; for a link those of the link. Throws UsageError without a current
+    // entry.
+    DWORD attributes() const;
+
+    // Opens the current entry and returns its data. Throws UsageError without a current entry, and
     // what the `stat` of vek/fs/operations.h throws.
     Stat stat() const;
 
@@ -42,8 +49,8 @@ class Dir : public NoCopy {
     // without a current entry, and what `open` throws.
     void openEntry(Dir& dir) const;
 
-    // Whether the name at hand is "." or "..". Never the case behind `next`; between `open` and the
-    // first `next` it tells of the entry that the system has found first.
+    // Whether the current name is "." or "..". Never true after `next`; between `open` and the
+    // first `next` it is about the entry that the system found first.
     bool isDotEntry() const;
 
   protected:
@@ -51,10 +58,11 @@ class Dir : public NoCopy {
 
   private:
     bool hasEntry() const;
+    void requireEntry() const;
     std::string entryPath() const;
 
     std::string path;
-    // The entry that FindFirstFileA gave hasn't been delivered yet, so it is nobody's current one.
+    // The entry of FindFirstFileA hasn't been returned by `next` yet, so it isn't the current one.
     bool firstPending = false;
     WIN32_FIND_DATAA entry = {};
 };

@@ -9,48 +9,49 @@
 
 namespace vek::fs {
 
-// What a file is opened for, to be written as Access::read. Any other number means readWrite.
+// What a file is opened for, written as Access::read. Any other number means readWrite.
 struct Access {
     enum Number : std::uint32_t { read = 0, write = 1, readWrite = 2 };
 };
 
-// How File::open treats a file that exists or doesn't; the bits are combined by |. Without one, the
-// file must exist.
+// How File::open treats existing and missing files; bits, combined by |. Without any of the first
+// three the file must exist.
 enum OpenFlags : std::uint32_t {
     createIfMissing = 1,
     mustBeNew = 2,  // wins over the other two
-    replace = 4,    // wins over createIfMissing
-    noFollow = 8,   // not looked at: no path is a symbolic link here
+    replace = 4,    // truncates an existing file; wins over createIfMissing
+    noFollow = 8,   // ignored: links are always followed
 };
 
-// Not to be used by two threads at once.
+// Not thread-safe.
 class File : public NoCopy {
   public:
     File() = default;
 
-    // Closes. A failure of that is reported on std::cerr.
+    // Closes. A failure is reported on std::cerr.
     virtual ~File();
 
-    // The file moves to the new object; `other` is closed afterwards.
+    // Takes over the file of `other`, which is closed afterwards.
     File(File&& other) noexcept;
 
     // Closes what is open here, by the virtual `close`, and takes over the file of `other`, which
-    // is closed afterwards. Nothing happens on an assignment to itself. Throws what `close` throws;
-    // `other` then keeps its file.
+    // is closed afterwards. Assignment to itself does nothing. Throws what `close` throws; `other`
+    // then keeps its file.
     File& operator=(File&& other);
 
-    // Opens `path` for `access`, one of Access; a file that is open already is closed first, by the
-    // virtual `close`. `flags` are OpenFlags. Others may
-    // read, write, rename and delete the file meanwhile. `attributes` may be null; they are used
-    // for a new file only. The handle is not inherited unless they say so. Stands on CreateFileA.
+    // Closes what is open here, by the virtual `close`, and opens `path` for `access`, one of
+    // Access. `flags`: OpenFlags. Others may read, write, rename and delete the file meanwhile.
+    // `attributes` apply to a new file only and may be null; the handle isn't inherited unless they
+    // say so. Calls CreateFileA.
     //
     // Throws NoSuchFileError for the system's errors 2 and 3, FileAccessError for 5, FsError for
-    // any other, and with 123 (ERROR_INVALID_NAME) for a path with a zero byte in it; and what
-    // `close` throws.
+    // any other, and with 123 (ERROR_INVALID_NAME) for a path with a zero byte; and what `close`
+    // throws. Error 5 is also what a directory gives, a file that is being deleted, and, with
+    // `replace`, a read-only, hidden or system file.
     void open(const std::string& path, std::uint32_t access, std::uint32_t flags = 0,
               SECURITY_ATTRIBUTES* attributes = nullptr);
 
-    // Closes; nothing happens if nothing is open. Afterwards it is closed in any case. Stands on
+    // Closes; does nothing if nothing is open. It is closed afterwards even if this throws. Calls
     // CloseHandle. Throws OsError.
     virtual void close();
 
@@ -59,12 +60,12 @@ class File : public NoCopy {
     // The handle, still owned by this object; INVALID_HANDLE_VALUE when closed.
     HANDLE nativeHandle() const { return handle; }
 
-    // Closes what is open here, by the virtual `close`, and owns `adopted` from now on, which may
+    // Closes what is open here, by the virtual `close`, and takes ownership of `adopted`, which may
     // be INVALID_HANDLE_VALUE. Throws what `close` throws; `adopted` then stays the caller's.
     void adopt(HANDLE adopted);
 
-    // Gives up the handle without closing it: it is the caller's. INVALID_HANDLE_VALUE if nothing
-    // is open.
+    // Returns the handle, which is the caller's from now on, without closing it.
+    // INVALID_HANDLE_VALUE if nothing is open.
     HANDLE release();
 
   protected:

@@ -1,4 +1,4 @@
-// Text files with placeholders, filled in.
+// Text files written from a template with placeholders.
 #pragma once
 
 #include <cstddef>
@@ -7,12 +7,11 @@
 
 namespace vek {
 
-// Writes `target` as the text of `source`, in which every "{key}" has been replaced by the value
-// that `values` has for it, line by line as expandVariables of vek/base/text.h does. The result is
-// the count of replacements.
+// Writes the text of `source` to `target`, with every "{key}" replaced by its value in `values`,
+// line by line as expandVariables of vek/base/text.h does. Returns the number of replacements.
 //
-// Both are text files: CR LF in the source is one line end, a Ctrl-Z ends it, and every line end in
-// the target is CR LF, also that of the last line. The target is replaced if it exists.
+// Both are text files: CR LF in the source is one line end and Ctrl-Z ends it; every line of the
+// target, the last one included, ends in CR LF. An existing target is replaced.
 //
 // Throws UsageError if both paths lead to one file, before anything is touched; FsError with the
 // path text "Unable to open 'SOURCE' for reading." or "Unable to open 'TARGET' for writing.";

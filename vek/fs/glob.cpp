@@ -1,24 +1,26 @@
 #include "vek/fs/glob.h"
 
 #include <algorithm>
+#include <array>
 
 #include "vek/base/scope_guard.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/fs/path_text.h"
 #include "vek/fs/system_path.h"
+#include "vek/os/file.h"
 
 namespace vek::fs {
 
 namespace {
 
 void endSearch(HANDLE* search) {
-    FindClose(*search);
+    os::findClose(*search);
 }
 
-// What is put ahead of each name found.
+// What precedes each name found.
 std::string directoryOf(std::string pattern) {
-    if (pattern.find('\\') == std::string::npos) {
+    if (dirLength(pattern) == 0) {
         return "";
     }
     dirName(pattern);
@@ -32,9 +34,9 @@ std::vector<std::string> glob(const std::string& pattern, bool sorted) {
     removeTrailingSeparators(searched);
     const std::string directory = directoryOf(searched);
     std::vector<std::string> found;
-    WIN32_FIND_DATAA entry;
-    HANDLE search = FindFirstFileA(systemPath(searched), &entry);
-    if (search == INVALID_HANDLE_VALUE) {
+    std::array<char, os::findNameSize> name;
+    HANDLE search = INVALID_HANDLE_VALUE;
+    if (os::findFirst(&search, systemPath(searched), name.data(), nullptr, nullptr, nullptr) == 0) {
         const DWORD error = GetLastError();
         if (error == ERROR_FILE_NOT_FOUND) {
             return found;
@@ -43,8 +45,8 @@ std::vector<std::string> glob(const std::string& pattern, bool sorted) {
     }
     const ScopeGuard<HANDLE> closing(&search, &endSearch);
     do {
-        found.push_back(directory + entry.cFileName);
-    } while (FindNextFileA(search, &entry) != 0);
+        found.push_back(directory + name.data());
+    } while (os::findNext(search, name.data(), nullptr, nullptr, nullptr) != 0);
     if (const DWORD error = GetLastError(); error != ERROR_NO_MORE_FILES) {
         throw OsError(error);
     }

@@ -1,7 +1,10 @@
-// vek::fs::Lock: keeps other processes out of a file, over its whole length.
+// vek::fs::Lock: locks a whole file against other handles, of this process and of others.
 //
-// A lock belongs to the handle that it was taken through. It excludes other handles, of this
-// process and of others, that ask for a lock too; a shared lock excludes exclusive ones only.
+// A lock belongs to the handle that took it. On Windows it is mandatory: under an exclusive lock
+// every read and write through another handle fails with 33 (ERROR_LOCK_VIOLATION), also by
+// programs that take no locks, and under a shared lock every write, that of the lock's own handle
+// included. So a Copier or a log's reader fails on a locked file. Only access through a mapping of
+// the file isn't stopped. (Wine locks against other locks alone.)
 #pragma once
 
 #include <cstdint>
@@ -11,29 +14,30 @@
 
 namespace vek::fs {
 
-// Locks the file behind `handle` over its whole length. With `tryOnly` the result is false if
-// another handle holds a lock that is in the way; otherwise waits without limit until none does,
-// and the result is true. Stands on LockFileEx. Throws OsError.
+// Locks the file of `handle` over its whole length. Blocks, without limit, until no other handle
+// holds a lock that excludes this one, and returns true; with `tryOnly` returns false instead of
+// blocking. A shared lock excludes exclusive ones only. Calls LockFileEx. Throws OsError.
 //
-// One handle may hold several shared locks, each to be unlocked by itself. Waiting for an exclusive
-// lock through a handle that holds one waits for ever.
+// A handle may hold several shared locks; each is unlocked by itself. Asking for an exclusive lock
+// through a handle that holds any lock blocks for ever. Not for handles opened for overlapped I/O.
 bool lockFile(HANDLE handle, bool exclusive, bool tryOnly);
 
-// Not to be used by two threads at once.
+// Not thread-safe.
 class Lock : public NoCopy {
   public:
-    // No file yet.
+    // Has no file.
     Lock() = default;
 
     // As `assign`.
     explicit Lock(HANDLE lockedFile) { assign(lockedFile); }
 
-    // Releases the locks that are held. A failure of that is reported on std::cerr.
+    // Releases the locks that are held. A failure is reported on std::cerr.
     ~Lock();
 
-    // Makes `lockedFile` the file to lock; locks held on the one before are released first. The
-    // handle stays the caller's and has to stay open for as long as this uses it. Throws UsageError
-    // for INVALID_HANDLE_VALUE and null, which change nothing, and what `unlock` throws.
+    // Makes `lockedFile` the file to lock, and releases the locks held on the one before. Doesn't
+    // own the handle, which must stay open while this uses it: the system releases the locks of a
+    // handle that is closed. Throws UsageError for INVALID_HANDLE_VALUE and null, which change
+    // nothing, and what `unlock` throws.
     void assign(HANDLE lockedFile);
 
     // As lockFile. Throw OsError, with 6 (ERROR_INVALID_HANDLE) if no file is assigned.
@@ -42,15 +46,15 @@ class Lock : public NoCopy {
     void lockExclusive() { acquire(true, false); }
     bool tryLockExclusive() { return acquire(true, true); }
 
-    // Releases one lock. Stands on UnlockFileEx. Throws OsError, also if none is held.
+    // Releases one lock. Calls UnlockFileEx. Throws OsError, also if none is held.
     void unlock();
 
   private:
     bool acquire(bool exclusive, bool tryOnly);
 
     HANDLE file = INVALID_HANDLE_VALUE;
-    // The locks taken and not yet released, so that the destructor doesn't report an error where a
-    // try was refused or the lock has been given back.
+    // Locks taken and not yet released. So the destructor reports no error after a refused try or
+    // an unlock by hand.
     std::uint32_t held = 0;
 };
 

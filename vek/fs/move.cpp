@@ -33,12 +33,12 @@ void copyContents(const std::string& from, const std::string& to, std::uint32_t 
     try {
         copier.copy(from, to);
     } catch (const FsError&) {
-        throw;  // One of the two couldn't be opened, so what stands at `to` isn't this copy's.
+        throw;  // One of the two couldn't be opened, so `to` isn't a product of this copy.
     } catch (...) {
         try {
             remove(to);
         } catch (const Exception&) {
-            // What has failed first counts.
+            // The first failure counts.
         }
         throw;
     }

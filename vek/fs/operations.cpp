@@ -3,10 +3,16 @@
 #include "vek/exception.h"
 #include "vek/fs/file.h"
 #include "vek/fs/system_path.h"
+#include "vek/os/directory.h"
+#include "vek/os/file.h"
 
 namespace vek::fs {
 
 namespace {
+
+// An entry that is being deleted answers with ERROR_ACCESS_DENIED until its last handle is closed,
+// which takes no time if it belongs to another deletion. Read-only files answer the same for good.
+constexpr int attemptsIfDenied = 5;
 
 bool meansMissing(DWORD error) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
@@ -15,10 +21,9 @@ bool meansMissing(DWORD error) {
 }  // namespace
 
 bool exists(const std::string& path) {
-    WIN32_FIND_DATAA found;
-    const HANDLE search = FindFirstFileA(systemPath(path), &found);
-    if (search != INVALID_HANDLE_VALUE) {
-        FindClose(search);
+    HANDLE search = INVALID_HANDLE_VALUE;
+    if (os::findFirst(&search, systemPath(path), nullptr, nullptr, nullptr, nullptr) != 0) {
+        os::findClose(search);
         return true;
     }
     const DWORD error = GetLastError();
@@ -57,13 +62,13 @@ bool isRegularFile(const std::string& path) {
 }
 
 void removeFile(const std::string& path) {
-    if (DeleteFileA(systemPath(path)) == 0) {
+    if (os::deleteFile(systemPath(path)) == 0) {
         throw FsError(path, GetLastError());
     }
 }
 
 void removeDirectory(const std::string& path) {
-    if (RemoveDirectoryA(systemPath(path)) == 0) {
+    if (os::removeDirectory(systemPath(path)) == 0) {
         throw FsError(path, GetLastError());
     }
 }
@@ -77,11 +82,20 @@ void remove(const std::string& path) {
 }
 
 bool removeIfExists(const std::string& path) {
-    try {
-        remove(path);
-        return true;
-    } catch (const NoSuchFileError&) {
-        return false;
+    for (int attempt = 1;; ++attempt) {
+        try {
+            remove(path);
+            return true;
+        } catch (const FsError& error) {
+            const DWORD code = error.osError().code();
+            if (meansMissing(code)) {
+                return false;  // also if somebody else removed it behind `stat`
+            }
+            if (code != ERROR_ACCESS_DENIED || attempt == attemptsIfDenied) {
+                throw;
+            }
+        }
+        Sleep(1);
     }
 }
 

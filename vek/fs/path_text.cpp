@@ -3,11 +3,32 @@
 #include <algorithm>
 #include <array>
 
+#include "vek/base/code_page.h"
 #include "vek/exception.h"
 
 namespace vek::fs {
 
 namespace {
+
+bool endsInBackslash(const std::string& path) {
+    return path.ends_with('\\') && !isTrailByte(path, path.size() - 1);
+}
+
+// The parts of `path` between its backslashes; with `keepEmpty` the empty ones too.
+std::vector<std::string> components(const std::string& path, bool keepEmpty) {
+    std::vector<std::string> parts;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i <= path.size(); ++i) {
+        if (i < path.size() && (path[i] != '\\' || isTrailByte(path, i))) {
+            continue;
+        }
+        if (i > start || keepEmpty) {
+            parts.push_back(path.substr(start, i - start));
+        }
+        start = i + 1;
+    }
+    return parts;
+}
 
 bool hasDrive(const std::string& path) {
     return path.size() >= 2 && path[1] == ':';
@@ -19,7 +40,7 @@ std::string lastComponent(std::string path) {
 }
 
 std::string parentOf(const std::string& directory) {
-    const std::size_t separator = directory.rfind('\\');
+    const std::size_t separator = lastBackslash(directory);
     return separator == std::string::npos || directory.size() == 1 ? "."
                                                                    : directory.substr(0, separator);
 }
@@ -45,14 +66,14 @@ std::string rootOf(const std::string& path) {
 
 std::string& removeTrailingSeparators(std::string& path) {
     const std::size_t shortest = rootOf(path).size();
-    while (path.size() > shortest && (path.back() == '\\' || path.back() == '/')) {
+    while (path.size() > shortest && (endsInBackslash(path) || path.ends_with('/'))) {
         path.pop_back();
     }
     return path;
 }
 
 std::string& dirName(std::string& path) {
-    const std::size_t separator = path.rfind('\\');
+    const std::size_t separator = lastBackslash(path);
     if (separator == std::string::npos) {
         path = ".";
     } else {
@@ -66,7 +87,7 @@ std::string& baseName(std::string& path) {
 }
 
 std::size_t dirLength(const std::string& path) {
-    return path.rfind('\\') + 1;  // npos + 1 is 0
+    return lastBackslash(path) + 1;  // npos + 1 is 0
 }
 
 std::string extension(const std::string& path, bool firstDot) {
@@ -85,10 +106,8 @@ std::string commonPrefix(const std::string& a, const std::string& b) {
     if (isAbsolute(a) != isAbsolute(b)) {
         return "";
     }
-    std::vector<std::string> parts;
-    std::vector<std::string> others;
-    split(a, '\\', parts, false, true);
-    split(b, '\\', others, false, true);
+    std::vector<std::string> parts = components(a, true);
+    const std::vector<std::string> others = components(b, true);
     const auto differing =
         std::mismatch(parts.begin(), parts.end(), others.begin(), others.end()).first;
     parts.erase(differing, parts.end());
@@ -105,7 +124,7 @@ std::string join(const std::vector<std::string>& parts) {
 
 std::string& stripComponents(std::string& path, std::size_t count) {
     for (; count > 0; --count) {
-        const std::size_t separator = path.rfind('\\');
+        const std::size_t separator = lastBackslash(path);
         if (separator == std::string::npos) {
             break;
         }
@@ -122,8 +141,7 @@ std::string expandFrom(const std::string& path, const std::string& directory) {
     if (directory.empty() || isOtherDrive(root, directory)) {
         throw RuntimeError("can't expand path, because CWD doesn't exist");
     }
-    std::vector<std::string> parts;
-    split(path.substr(root.size()), '\\', parts, false, false);
+    std::vector<std::string> parts = components(path.substr(root.size()), false);
     if (!parts.empty() && parts[0] == ".") {
         parts[0] = directory;
     } else if (!parts.empty() && parts[0] == "..") {
@@ -131,10 +149,24 @@ std::string expandFrom(const std::string& path, const std::string& directory) {
     } else {
         parts.insert(parts.begin(), directory);
     }
-    if (parts.size() > 1 && parts[0].ends_with('\\')) {
+    if (parts.size() > 1 && endsInBackslash(parts[0])) {
         parts[0].pop_back();  // the separator of a drive's root
     }
     return join(parts);
+}
+
+std::string withoutLongPathPrefix(const std::string& path) {
+    constexpr std::string_view prefix = "\\\\?\\";
+    constexpr std::string_view sharePrefix = "\\\\?\\unc\\";
+    if (!path.starts_with(prefix)) {
+        return path;
+    }
+    std::string start = path.substr(0, sharePrefix.size());
+    if (toLower(start) == sharePrefix) {
+        return "\\\\" + path.substr(sharePrefix.size());
+    }
+    const std::string rest = path.substr(prefix.size());
+    return rootOf(rest).size() == 3 ? rest : path;
 }
 
 std::ptrdiff_t findFirstOf(const std::string& text, const std::string& characters,

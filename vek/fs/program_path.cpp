@@ -1,23 +1,23 @@
 #include "vek/fs/program_path.h"
 
 #include <array>
+#include <cstdint>
 
-#include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/fs/path_text.h"
+#include "vek/os/library.h"
 
 namespace vek {
 
 std::string programPath() {
-    std::array<char, 260> buffer = {};
-    const DWORD length = GetModuleFileNameA(nullptr, buffer.data(), buffer.size());
-    if (length == 0) {
-        throw OsError(GetLastError());
+    std::array<char, 260> directory = {};
+    std::array<char, 260> name = {};
+    std::uint32_t error = 0;
+    if (os::programPathAndName(directory.data(), directory.size(), &error, name.data(),
+                               name.size()) == 0) {
+        throw OsError(error);
     }
-    if (length == buffer.size()) {
-        throw OsError(ERROR_BUFFER_OVERFLOW);
-    }
-    return std::string(buffer.data(), length);
+    return fs::withoutLongPathPrefix(std::string(directory.data()) + "\\" + name.data());
 }
 
 std::string programDirectory() {

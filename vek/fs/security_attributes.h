@@ -12,13 +12,13 @@ struct SecurityAttributes {
     SECURITY_ATTRIBUTES* record = nullptr;
 };
 
-// Writes "attributes not set" if there is no record; otherwise its length, its descriptor's access
-// list in double quotes (of the system's descriptor language, or "<null>" without a descriptor) and
-// its inherit flag, as in
+// Writes "attributes not set" if there is no record. Otherwise writes its length, the access list
+// of its descriptor in double quotes (in the system's descriptor language, or "<null>" without a
+// descriptor) and its inherit flag:
 //
 //     len=12 sddl="D:(A;;GA;;;AU)" inherit=0
 //
-// The numbers are decimal, whatever the stream is set to. Stands on
+// The numbers are decimal, whatever the stream is set to. Calls
 // ConvertSecurityDescriptorToStringSecurityDescriptorA. Throws OsError for a descriptor that the
 // system refuses; nothing is written then.
 std::ostream& operator<<(std::ostream& out, const SecurityAttributes& attributes);

@@ -9,38 +9,38 @@
 
 namespace vek::fs {
 
-// What an offset counts from, to be written as Whence::end. Any other number means begin.
+// What an offset counts from, written as Whence::end. Any other number means begin.
 struct Whence {
     enum Number : std::uint32_t { begin = 0, current = 1, end = 2 };
 };
 
-// Moves as a File does. Not to be used by two threads at once.
+// Movable, as a File is. Not thread-safe.
 class StreamFile : public File, public IInOut {
   public:
-    // One ReadFile of up to `size` bytes. 0 at the end of the data, which includes a pipe whose
-    // writer has closed. Throws OsError.
+    // Reads up to `size` bytes by one ReadFile. Returns 0 at the end of the data, and for a pipe
+    // whose writing end is closed. Throws OsError, with 33 (ERROR_LOCK_VIOLATION) if another handle
+    // has locked the file.
     std::uint32_t read(void* buffer, std::uint32_t size) override;
 
-    // One WriteFile. The result may be less than `size`. Throws OsError.
+    // Writes by one WriteFile; may write less than `size`. Throws OsError.
     std::uint32_t write(const void* buffer, std::uint32_t size) override;
 
-    // FlushFileBuffers. False if the handle is of a kind that can't be flushed, such as a console.
+    // Calls FlushFileBuffers. Returns false for a handle that can't be flushed, such as a console.
     // Throws OsError.
     bool flush() override;
 
-    // Moves the position to `offset` bytes behind `whence`, one of Whence; it can't be moved back
-    // from there, as `offset` is unsigned. The result is the low 32 bits of the new position.
-    // Stands on SetFilePointerEx. Throws OsError.
+    // Moves the position to `offset` bytes behind `whence`, one of Whence; never before it, as
+    // `offset` is unsigned. Returns the low 32 bits of the new position. Calls SetFilePointerEx.
+    // Throws OsError.
     std::uint32_t seek(std::uint32_t offset, std::uint32_t whence);
 
-    // Makes the file `size` bytes long, cut or filled up, and leaves the position where it was.
-    // Stands on SetFilePointerEx and SetEndOfFile. Throws OsError; the position may have moved
-    // then.
+    // Cuts or extends the file to `size` bytes; keeps the position. Calls SetFilePointerEx and
+    // SetEndOfFile. Throws OsError; the position may have changed then.
     void resize(std::uint64_t size);
 
-    // Take over one end of `pipe`, which is marked as taken there. What is open here is closed
-    // first, by the virtual `close`. Throw UsageError if the end is taken already, and what `close`
-    // throws; both leave the pipe as it is.
+    // Take over one end of `pipe` and mark it as taken there. Close what is open here first, by the
+    // virtual `close`. Throw UsageError if the end is taken already, and what `close` throws;
+    // neither changes the pipe.
     void takeReadEnd(PipeEnds& pipe) { takeEnd(pipe.readEnd); }
     void takeWriteEnd(PipeEnds& pipe) { takeEnd(pipe.writeEnd); }
 

@@ -1,4 +1,4 @@
-// How the files of this folder hand a path to the system.
+// How this folder passes a path to a system call.
 #pragma once
 
 #include <string>
@@ -8,9 +8,8 @@
 
 namespace vek::fs {
 
-// `path` for a system call. The system ends a path at its first zero byte, so one with a zero byte
-// in it would name another file than its owner means: it throws FsError with 123
-// (ERROR_INVALID_NAME).
+// Returns `path` for a system call, which reads it up to the first zero byte. A path with a zero
+// byte would name another file than its owner means: throws FsError with 123 (ERROR_INVALID_NAME).
 inline const char* systemPath(const std::string& path) {
     if (path.find('\0') != std::string::npos) {
         throw FsError(path, ERROR_INVALID_NAME);

@@ -9,20 +9,19 @@
 
 namespace vek::fs {
 
-// Reads through a descriptor of the C runtime in text mode: CR LF arrives as one line end, and a
-// Ctrl-Z ends the text. A failed read sets the stream's bad bit, and `error` tells why.
-//
-// Not to be used by two threads at once.
+// Reads through a descriptor of the C runtime in text mode: CR LF becomes one line end, and Ctrl-Z
+// ends the text. A failed read sets the stream's bad bit; `error` returns the reason. Not
+// thread-safe.
 class TextReadBuffer : public std::streambuf {
   public:
-    // Reads from where `file` stands. The handle is duplicated, so it stays the caller's. Throws
-    // OsError.
+    // Reads from the current position of `file`. Duplicates the handle, so it stays the caller's.
+    // Throws OsError.
     explicit TextReadBuffer(HANDLE file);
     ~TextReadBuffer() override;
     TextReadBuffer(const TextReadBuffer&) = delete;
     TextReadBuffer& operator=(const TextReadBuffer&) = delete;
 
-    // The system's number of the read that failed; 0 if none has.
+    // The system error of the read that failed; 0 if none has.
     std::uint32_t error() const { return readError; }
 
   protected:

@@ -16,8 +16,9 @@ namespace {
 // The directory bit of _stat's mode, _S_IFDIR.
 constexpr int directoryMode = 0x4000;
 
-bool statusOf(const char* path, struct _stat& status) {
-    return path != nullptr && _stat(path, &status) == 0;
+// With times of 64 bits: those of 32 end in 2038.
+bool statusOf(const char* path, struct _stat64& status) {
+    return path != nullptr && _stat64(path, &status) == 0;
 }
 
 // -1 if the seconds don't fit.
@@ -73,19 +74,19 @@ int pathExists(const char* path) {
 }
 
 int isDirectory(const char* path) {
-    struct _stat status = {};
+    struct _stat64 status = {};
     return statusOf(path, status) ? status.st_mode & directoryMode : 0;
 }
 
-int setFileTime(const char* path, std::time_t seconds) {
-    struct _utimbuf times = {};
+int setFileTime(const char* path, __time64_t seconds) {
+    struct __utimbuf64 times = {};
     times.actime = seconds;
     times.modtime = seconds;
-    return path != nullptr && _utime(path, &times) != -1 ? 1 : 0;
+    return path != nullptr && _utime64(path, &times) != -1 ? 1 : 0;
 }
 
 int fileSize(const char* path, std::uint32_t* size) {
-    struct _stat status = {};
+    struct _stat64 status = {};
     const bool known = statusOf(path, status);
     if (size != nullptr) {
         *size = known ? static_cast<std::uint32_t>(status.st_size) : 0;
@@ -93,8 +94,8 @@ int fileSize(const char* path, std::uint32_t* size) {
     return known ? 1 : 0;
 }
 
-int fileTimes(const char* path, std::time_t* access, std::time_t* modification) {
-    struct _stat status = {};
+int fileTimes(const char* path, __time64_t* access, __time64_t* modification) {
+    struct _stat64 status = {};
     if (!statusOf(path, status)) {
         return 0;
     }

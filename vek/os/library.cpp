@@ -1,8 +1,8 @@
 #include "vek/os/library.h"
 
 #include <array>
-#include <cstring>
 
+#include "vek/base/code_page.h"
 #include "vek/os/bounded_text.h"
 
 namespace vek::os {
@@ -35,10 +35,11 @@ DWORD readProgramPath(char* buffer, std::size_t size, char* name, std::size_t na
     if (length == 0) {
         return GetLastError();
     }
-    char* const backslash = std::strrchr(buffer, '\\');
-    if (backslash == nullptr) {
+    const std::size_t offset = lastBackslash(buffer);
+    if (offset == std::string_view::npos) {
         return ERROR_INVALID_NAME;
     }
+    char* const backslash = buffer + offset;
     if (name != nullptr) {
         boundedCopy(name, nameSize, backslash + 1);
     }

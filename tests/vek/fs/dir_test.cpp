@@ -234,4 +234,26 @@ TEST_F(DirTest, TellsWhetherADirectoryIsEmpty) {
     EXPECT_THROW(vek::fs::isEmptyDirectory(path("none")), vek::FsError);
 }
 
+TEST_F(DirTest, AttributesAreThoseOfTheSearch) {
+    vek::fs::createDirectory(path("sub"));
+    writeFile("sub\\file", "");
+    SetFileAttributesA(path("sub\\file").c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
+    Dir dir;
+    EXPECT_THROW(dir.attributes(), vek::UsageError);
+    dir.open(path("sub"));
+    EXPECT_THROW(dir.attributes(), vek::UsageError);
+    ASSERT_TRUE(dir.next());
+    EXPECT_EQ(dir.attributes() & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN),
+              static_cast<DWORD>(FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_EQ(dir.attributes() & FILE_ATTRIBUTE_DIRECTORY, 0u);
+    EXPECT_FALSE(dir.next());
+    EXPECT_THROW(dir.attributes(), vek::UsageError);
+    dir.open(path());
+    ASSERT_TRUE(dir.next());
+    EXPECT_EQ(dir.attributes() & FILE_ATTRIBUTE_DIRECTORY,
+              static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
+    dir.close();
+    SetFileAttributesA(path("sub\\file").c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
 }  // namespace

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/thrown.h"
+#include "tests/vek/directory_link.h"
 #include "tests/vek/temporary_directory.h"
+#include "tests/vek/wide_name.h"
 #include "vek/exception.h"
 #include "vek/fs/current_directory.h"
 #include "vek/fs/operations.h"
@@ -126,6 +128,24 @@ TEST_F(DirectoriesTest, SeveralThreadsMayMakeTheSameDirectories) {
     }
 }
 
+// Another thread makes the last level as soon as it can, that is behind the first try of
+// createDirectories and ahead of its last.
+TEST_F(DirectoriesTest, LastLevelMadeMeanwhileIsAsGoodAsOneMadeHere) {
+    for (int round = 0; round < 100; ++round) {
+        const std::string parent = path(std::to_string(round) + "\\a\\b\\c");
+        const std::string wanted = parent + "\\d";
+        std::atomic<bool> other = false;
+        std::thread thread([&] {
+            while (!other) {
+                other = CreateDirectoryA(wanted.c_str(), nullptr) != 0 ||
+                        GetLastError() == ERROR_ALREADY_EXISTS;
+            }
+        });
+        EXPECT_NO_THROW(createDirectories(wanted));
+        thread.join();
+    }
+}
+
 TEST_F(DirectoriesTest, RemoveTreeRemovesAll) {
     createDirectories(path("t\\a\\b.c\\d"));
     createDirectories(path("t\\empty"));
@@ -198,6 +218,90 @@ TEST_F(DirectoriesTest, RemoveTreeRefusesAZeroByteAndRemovesNothing) {
     EXPECT_EQ(codeThrownBy<vek::FsError>([&] { removeTree(path("t") + std::string("\0x", 2)); }),
               static_cast<std::uint32_t>(ERROR_INVALID_NAME));
     EXPECT_TRUE(isDirectory("t\\a"));
+}
+
+// U+FF3C and U+FF1A are similar to a backslash and a colon, which the search returns for them; the
+// characters in the middle arrive as "?".
+TEST_F(DirectoriesTest, RemoveTreeRefusesNamesThatLeadElsewhere) {
+    const struct {
+        std::wstring name;
+        std::string arrives;
+    } rows[] = {{L"..\uFF3Cvictim.txt", "..\\victim.txt"},
+                {L"\u65E5\u672C", "??"},
+                {L"victim.txt\uFF1As", "victim.txt:s"}};
+    if (GetACP() != 1252) {
+        GTEST_SKIP() << "of code page 1252";
+    }
+    for (const auto& row : rows) {
+        createDirectories(path("t"));
+        writeFile("victim.txt", "text");
+        writeFile("t\\victim.txt", "text");
+        const std::string directory = path("t\\");
+        const std::wstring entry = std::wstring(directory.begin(), directory.end()) + row.name;
+        if (!vek::test::makeWideFile(entry)) {
+            vek::test::runAgainWithWideNames(path());
+            return;
+        }
+        try {
+            removeTree(path("t"));
+            ADD_FAILURE() << row.arrives;
+        } catch (const vek::FsError& error) {
+            EXPECT_EQ(error.osError().code(), static_cast<std::uint32_t>(ERROR_INVALID_NAME));
+            EXPECT_EQ(error.path(), directory + row.arrives);
+        }
+        EXPECT_EQ(readFile("victim.txt"), "text");
+        EXPECT_NE(GetFileAttributesW(entry.c_str()), INVALID_FILE_ATTRIBUTES);
+        DeleteFileW(entry.c_str());
+        removeTree(path("t"));
+    }
+}
+
+// Its name is that of a device: the search finds it, and no operation by name reaches it.
+TEST_F(DirectoriesTest, RemoveTreeNamesThePathOfWhatItCantRemove) {
+    createDirectories(path("t"));
+    const HANDLE file = CreateFileA(("\\\\?\\" + path("t\\aux")).c_str(), GENERIC_WRITE, 0, nullptr,
+                                    CREATE_NEW, 0, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE) << GetLastError();
+    CloseHandle(file);
+    try {
+        removeTree(path("t"));
+        ADD_FAILURE();
+    } catch (const vek::FsError& error) {
+        EXPECT_EQ(error.path(), path("t\\aux"));
+    }
+    DeleteFileA(("\\\\?\\" + path("t\\aux")).c_str());
+}
+
+// What a link leads to stays. See DirectoryLink for what becomes of the link itself.
+TEST_F(DirectoriesTest, RemoveTreeNeverFollowsALink) {
+    createDirectories(path("target\\sub"));
+    writeFile("target\\sub\\file", "text");
+    createDirectories(path("t\\a\\b"));
+    const vek::test::DirectoryLink link(path("t\\a\\b"), "link", "../../../target");
+    try {
+        removeTree(path("t"));
+        EXPECT_FALSE(isThere("t"));
+    } catch (const vek::FsError& error) {
+        EXPECT_EQ(error.path(), link.path());
+        EXPECT_EQ(error.osError().code(), static_cast<std::uint32_t>(ERROR_DIR_NOT_EMPTY));
+    }
+    EXPECT_EQ(readFile("target\\sub\\file"), "text");
+}
+
+TEST_F(DirectoriesTest, RemoveTreeOfALinkDoesNotFollowItEither) {
+    createDirectories(path("target\\sub"));
+    writeFile("target\\sub\\file", "text");
+    for (const std::string name : {"link", "link\\"}) {
+        const vek::test::DirectoryLink link(path(), "link", "target");
+        try {
+            removeTree(path(name));
+            EXPECT_FALSE(link.isThere());
+        } catch (const vek::FsError& error) {
+            EXPECT_EQ(error.path(), link.path());
+            EXPECT_EQ(error.osError().code(), static_cast<std::uint32_t>(ERROR_DIR_NOT_EMPTY));
+        }
+        EXPECT_EQ(readFile("target\\sub\\file"), "text") << name;
+    }
 }
 
 }  // namespace

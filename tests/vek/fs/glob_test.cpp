@@ -37,7 +37,7 @@ TEST_F(GlobTest, FindsFilesAndDirectoriesWithTheDirectoryAhead) {
 
 TEST_F(GlobTest, SortsByBytesOnlyIfAsked) {
     const Names sorted = glob(path("*.log"), true);
-    // Names that differ in case alone are one here, unless the file system tells them apart.
+    // Names that differ only in case are one here, unless the file system is case-sensitive.
     EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end()));
     EXPECT_EQ(sorted.front(), path("a.log"));
     EXPECT_EQ(sorted.back(), path("d.log"));

@@ -1,5 +1,8 @@
 #include "vek/fs/operations.h"
 
+#include <atomic>
+#include <thread>
+
 #include <gtest/gtest.h>
 
 #include "tests/support/thrown.h"
@@ -8,6 +11,8 @@
 
 namespace {
 
+using vek::fs::exists;
+using vek::fs::removeIfExists;
 using vek::test::codeThrownBy;
 using vek::test::textThrownBy;
 
@@ -160,6 +165,44 @@ TEST(PermissionsAndOwner, AreNotImplemented) {
               "not implemented");
     EXPECT_EQ(textThrownBy<vek::RuntimeError>([] { vek::fs::setOwner("x", 0, 0); }),
               "not implemented");
+}
+
+TEST_F(OperationsTest, TwoThreadsMayRemoveTheSameFilesIfTheyExist) {
+    std::atomic<int> failed = 0;
+    for (int round = 0; round < 200; ++round) {
+        writeFile("x", "");
+        std::atomic<int> ready = 0;
+        const auto removal = [&] {
+            ++ready;
+            while (ready < 2) {
+            }
+            try {
+                removeIfExists(path("x"));
+            } catch (const vek::Exception& error) {
+                ++failed;
+                ADD_FAILURE() << error.what();
+            }
+        };
+        std::thread first(removal);
+        std::thread second(removal);
+        first.join();
+        second.join();
+        EXPECT_FALSE(exists(path("x")));
+    }
+    EXPECT_EQ(failed, 0);
+}
+
+TEST_F(OperationsTest, RemoveIfExistsPassesOtherErrorsOn) {
+    writeFile("read-only", "");
+    SetFileAttributesA(path("read-only").c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(codeThrownBy<vek::FsError>([&] { removeIfExists(path("read-only")); }), 5u);
+    SetFileAttributesA(path("read-only").c_str(), FILE_ATTRIBUTE_NORMAL);
+    vek::fs::createDirectory(path("full"));
+    writeFile("full\\x", "");
+    EXPECT_EQ(codeThrownBy<vek::FsError>([&] { removeIfExists(path("full")); }),
+              static_cast<std::uint32_t>(ERROR_DIR_NOT_EMPTY));
+    EXPECT_EQ(codeThrownBy<vek::FsError>([&] { removeIfExists(path("a|b")); }),
+              static_cast<std::uint32_t>(ERROR_INVALID_NAME));
 }
 
 }  // namespace

@@ -243,6 +243,23 @@ TEST(ExpandFrom, FailsWithoutADirectoryToGoBy) {
     }
 }
 
+TEST(WithoutLongPathPrefix, IsTheOrdinaryPath) {
+    using vek::fs::withoutLongPathPrefix;
+    EXPECT_EQ(withoutLongPathPrefix("\\\\?\\C:\\dir\\x.exe"), "C:\\dir\\x.exe");
+    EXPECT_EQ(withoutLongPathPrefix("\\\\?\\C:\\"), "C:\\");
+    EXPECT_EQ(withoutLongPathPrefix("\\\\?\\UNC\\server\\share\\x"), "\\\\server\\share\\x");
+    EXPECT_EQ(withoutLongPathPrefix("\\\\?\\unc\\server\\share"), "\\\\server\\share");
+}
+
+TEST(WithoutLongPathPrefix, OtherPathsStayAsTheyAre) {
+    for (const std::string path :
+         {"", "C:\\x", "\\\\server\\share", "\\\\.\\C:\\x", "\\\\?\\", "\\\\?\\C:", "\\\\?\\UNC",
+          "\\\\?\\UNCx\\y", "\\\\?\\Volume{12345678-0000-0000-0000-000000000000}\\x", "\\??\\C:\\x",
+          "x\\\\?\\C:\\x"}) {
+        EXPECT_EQ(vek::fs::withoutLongPathPrefix(path), path);
+    }
+}
+
 TEST(FindFirstOf, GivesTheOffsetOfTheFirstMemberFromStartOn) {
     EXPECT_EQ(findFirstOf("a/b\\c", "\\/", 0), 1);
     EXPECT_EQ(findFirstOf("a/b\\c", "\\/", 1), 1);

@@ -1,9 +1,10 @@
 // A second process for the tests of files. A GUI program, so that it can get a console of its own.
 //
-//   fs_peer lock FILE exclusive|shared EVENTS   locks FILE and holds it until told otherwise
-//   fs_peer try FILE exclusive|shared           exit code 0 if the lock was to be had, 1 if not
+//   fs_peer lock FILE exclusive|shared EVENTS   locks FILE until "release" is set
+//   fs_peer try FILE exclusive|shared           exit code 0 if the lock is free, 1 if not
 //   fs_peer program-name NAME                   exit code 0 if this program's name is NAME
-//   fs_peer flush-console                       exit code 0 if flushing a console tells false
+//   fs_peer program-path PATH                   exit code 0 if this program's path is PATH
+//   fs_peer flush-console                       exit code 0 if flushing a console gives false
 //
 // EVENTS begins the names of three events that the caller has made: "trying" is set ahead of the
 // lock, "locked" behind it, and "release" is waited for. Exit code 9 for anything that fails.
@@ -59,6 +60,9 @@ int run(int argc, char** argv) {
     const std::string command = argc > 1 ? argv[1] : "";
     if (command == "program-name" && argc > 2) {
         return vek::programName() == argv[2] ? 0 : refused;
+    }
+    if (command == "program-path" && argc > 2) {
+        return vek::programPath() == argv[2] ? 0 : refused;
     }
     if (command == "flush-console") {
         return flushConsole();

@@ -34,4 +34,11 @@ TEST_F(CopiedProgramTest, NameEndsAtTheFirstOfSeveralDots) {
     EXPECT_EQ(vek::test::Peer("program-name one.two", copied).exitCode(), 1);
 }
 
+// The system may keep the prefix in the module's path; no path is built on it.
+TEST_F(CopiedProgramTest, StartedByALongPathHasAnOrdinaryOne) {
+    const std::string copied = path("peer.exe");
+    ASSERT_NE(CopyFileA(vek::test::Peer::peerProgram().c_str(), copied.c_str(), TRUE), 0);
+    EXPECT_EQ(vek::test::Peer("program-path \"" + copied + "\"", "\\\\?\\" + copied).exitCode(), 0);
+}
+
 }  // namespace

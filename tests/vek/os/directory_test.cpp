@@ -1,13 +1,17 @@
 #include "vek/os/directory.h"
 
 #include <array>
+#include <atomic>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "tests/vek/directory_link.h"
 #include "tests/vek/temporary_directory.h"
+#include "tests/vek/wide_name.h"
 
 namespace {
 
@@ -79,6 +83,26 @@ TEST_F(TempDirectory, ProcessGets26AtATime) {
     ASSERT_NE(RemoveDirectoryA(made.begin()->c_str()), 0);
     EXPECT_EQ(vek::os::tempDirectory(buffer.data(), buffer.size()), 1);
     EXPECT_EQ(buffer.data(), *made.begin());
+}
+
+TEST_F(TempDirectory, SeveralThreadsGetDirectoriesOfTheirOwn) {
+    std::atomic<int> failed = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 50; ++round) {
+                std::array<char, MAX_PATH> buffer = {};
+                if (vek::os::tempDirectory(buffer.data(), buffer.size()) == 0 ||
+                    RemoveDirectoryA(buffer.data()) == 0) {
+                    ++failed;
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(failed, 0);
 }
 
 TEST_F(TempDirectory, BufferHasToHoldAllOfThePath) {
@@ -153,6 +177,27 @@ TEST_F(CreateDirectories, FileIsNotLookedAtAnyCloser) {
     writeFile("file", "x");
     EXPECT_EQ(vek::os::createDirectories(path("file").c_str()), 1);
     EXPECT_EQ(readFile("file"), "x");
+}
+
+TEST_F(CreateDirectories, EightThreadsMayMakeTheSameOnes) {
+    for (int round = 0; round < 20; ++round) {
+        const std::string wanted = path(std::to_string(round) + "\\a\\b\\c\\d");
+        std::atomic<int> ready = 0;
+        std::atomic<int> made = 0;
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 8; ++i) {
+            threads.emplace_back([&] {
+                ++ready;
+                while (ready < 8) {
+                }
+                made += vek::os::createDirectories(wanted.c_str());
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(made, 8);
+    }
 }
 
 TEST_F(CreateDirectories, PathOf260BytesOrMoreMakesNothing) {
@@ -335,6 +380,51 @@ TEST_F(RemoveTree, DirectoryWhosePathIsTooLongForThePatternIsRemovedIfEmpty) {
     DeleteFileA(path(tooLong + "\\f").c_str());
     EXPECT_EQ(vek::os::removeTree(path(tooLong).c_str()), 1);
     EXPECT_EQ(vek::os::removeTree(path(veryLong).c_str()), 0);
+}
+
+// What a link leads to stays. See DirectoryLink for what becomes of the link itself.
+TEST_F(RemoveTree, LinkIsNotFollowed) {
+    ASSERT_EQ(vek::os::createDirectories(path("target\\sub").c_str()), 1);
+    writeFile("target\\sub\\file", "x");
+    ASSERT_EQ(vek::os::createDirectories(path("top\\a").c_str()), 1);
+    writeFile("top\\gone", "x");
+    const vek::test::DirectoryLink link(path("top\\a"), "link", "../../target");
+    EXPECT_EQ(vek::os::removeTree(path("top").c_str()), exists("top") ? 0 : 1);
+    EXPECT_FALSE(exists("top\\gone"));
+    EXPECT_EQ(readFile("target\\sub\\file"), "x");
+}
+
+TEST_F(RemoveTree, PathThatIsALinkIsNotFollowedEither) {
+    ASSERT_EQ(vek::os::createDirectories(path("target\\sub").c_str()), 1);
+    writeFile("target\\sub\\file", "x");
+    for (const char* name : {"link", "link\\", "link/"}) {
+        const vek::test::DirectoryLink link(path(), "link", "target");
+        EXPECT_EQ(vek::os::removeTree(path(name).c_str()), link.isThere() ? 0 : 1) << name;
+        EXPECT_EQ(readFile("target\\sub\\file"), "x") << name;
+    }
+}
+
+// U+FF3C is similar to a backslash, which the search returns for it in code page 1252.
+TEST_F(RemoveTree, EntryWhoseNameLeadsElsewhereStaysAndMakesItFail) {
+    if (GetACP() != 1252) {
+        GTEST_SKIP() << "of code page 1252";
+    }
+    makeDirectory("top");
+    writeFile("victim.txt", "x");
+    writeFile("top\\gone", "x");
+    const std::string directory = path("top\\");
+    const std::wstring entry =
+        std::wstring(directory.begin(), directory.end()) + L"..\uFF3Cvictim.txt";
+    if (!vek::test::makeWideFile(entry)) {
+        vek::test::runAgainWithWideNames(path());
+        return;
+    }
+    EXPECT_EQ(vek::os::removeTree(path("top").c_str()), 0);
+    EXPECT_EQ(readFile("victim.txt"), "x");
+    EXPECT_NE(GetFileAttributesW(entry.c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_FALSE(exists("top\\gone"));
+    DeleteFileW(entry.c_str());
+    EXPECT_EQ(vek::os::removeTree(path("top").c_str()), 1);
 }
 
 }  // namespace

@@ -159,10 +159,12 @@ TEST_F(IsDirectory, GivesTheBitOfTheMode) {
 
 TEST_F(SetFileTimeTest, SetsBothTimes) {
     writeFile("file", "x");
-    for (const std::time_t seconds : {1000000000, 86400, 0x7FFFFFFF}) {
+    // The last two are beyond 2038, where 31 bits end. (Wine keeps times up to 2106.)
+    for (const __time64_t seconds :
+         {1000000000LL, 86400LL, 0x7FFFFFFFLL, 0x80000000LL, 0xE0000000LL}) {
         EXPECT_EQ(vek::os::setFileTime(path("file").c_str(), seconds), 1);
-        std::time_t access = 0;
-        std::time_t modification = 0;
+        __time64_t access = 0;
+        __time64_t modification = 0;
         EXPECT_EQ(vek::os::fileTimes(path("file").c_str(), &access, &modification), 1);
         EXPECT_EQ(access, seconds);
         EXPECT_EQ(modification, seconds);
@@ -205,9 +207,9 @@ TEST_F(FileSize, IsZeroWhereThereIsNoFile) {
 
 TEST_F(FileTimes, StoresWhatIsAskedFor) {
     writeFile("file", "x");
-    const std::time_t now = std::time(nullptr);
-    std::time_t access = 0;
-    std::time_t modification = 0;
+    const __time64_t now = std::time(nullptr);
+    __time64_t access = 0;
+    __time64_t modification = 0;
     EXPECT_EQ(vek::os::fileTimes(path("file").c_str(), &access, nullptr), 1);
     EXPECT_EQ(vek::os::fileTimes(path("file").c_str(), nullptr, &modification), 1);
     EXPECT_EQ(vek::os::fileTimes(path("file").c_str(), nullptr, nullptr), 1);
@@ -219,8 +221,8 @@ TEST_F(FileTimes, TellsTheTwoApart) {
     writeFile("file", "x");
     ASSERT_EQ(vek::os::setFileTime(path("file").c_str(), 1000000000), 1);
     setWriteTime("file", 116444736000000000 + 20000000);
-    std::time_t access = 0;
-    std::time_t modification = 0;
+    __time64_t access = 0;
+    __time64_t modification = 0;
     EXPECT_EQ(vek::os::fileTimes(path("file").c_str(), &access, &modification), 1);
     EXPECT_EQ(access, 1000000000);
     EXPECT_EQ(modification, 2);
@@ -228,8 +230,8 @@ TEST_F(FileTimes, TellsTheTwoApart) {
 
 TEST_F(FileTimes, OfWhatIsMissingAreLeftAlone) {
     for (const std::string& missing : {path("missing"), std::string(), path(veryLong)}) {
-        std::time_t access = 77;
-        std::time_t modification = 78;
+        __time64_t access = 77;
+        __time64_t modification = 78;
         EXPECT_EQ(vek::os::fileTimes(missing.c_str(), &access, &modification), 0);
         EXPECT_EQ(access, 77);
         EXPECT_EQ(modification, 78);
