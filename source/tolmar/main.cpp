@@ -4,7 +4,8 @@
 #include "vek/log/configurator.h"
 #include "vek/pal.h"
 
-int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR commandTail, int) {
+int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     tolmar::Win32System system;
-    return tolmar::runHelper<vek::VekPal, vek::log::Configurator>(system, commandTail);
+    return tolmar::runHelper<vek::VekPal, vek::log::Configurator>(
+        system, tolmar::commandTail(GetCommandLineA()));
 }

@@ -11,11 +11,16 @@ const EndState unregistered = {
     .installed = 1, .kept = 0, .fresh = 2, .serviceState = 0, .running = 0};
 const EndState stopped = {
     .installed = 1, .kept = 0, .fresh = 2, .serviceState = SERVICE_STOPPED, .running = 0};
+const EndState untouched = {
+    .installed = 1, .kept = 0, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 1};
+const EndState updated = {
+    .installed = 2, .kept = 1, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 2};
 
 class CommandTail : public support::HelperFixture {
   protected:
-    void expectNothingDone(const std::string& tail) {
-        const Outcome outcome = runHelper(tail);
+    void expectNothingDone(const std::string& tail) { expectNothingDone(*startHelper(tail)); }
+    void expectNothingDone(support::ChildProcess& helper) {
+        const Outcome outcome = finish(helper);
         EXPECT_EQ(outcome.exitCode, 0u);
         EXPECT_EQ(outcome.errorText, "");
         EXPECT_LT(outcome.milliseconds, support::atOnceMs);
@@ -32,10 +37,7 @@ TEST_F(CommandTail, Of222BytesIsProcessed) {
     installIntoPathOfLength(222);
     runService();
     EXPECT_EQ(runHelper(installedDirectory).exitCode, 0u);
-    EXPECT_EQ(
-        endState(),
-        (EndState{
-            .installed = 2, .kept = 1, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 2}));
+    EXPECT_EQ(endState(), updated);
 }
 
 TEST_F(CommandTail, Of223BytesDoesNothing) {
@@ -62,6 +64,31 @@ TEST_F(CommandTail, OfTheOptionAndOneLoneQuoteEndsTheProcessAtOnce) {
     EXPECT_EQ(outcome.exitCode, 0xC0000409u);
     EXPECT_EQ(outcome.errorText, "");
     EXPECT_EQ(endState(), unregistered);
+}
+
+// The program's name in the command line is any text: the system takes the path from elsewhere.
+
+TEST_F(CommandTail, BehindAnUnquotedNameWithAnUmlautSelectsItsMode) {
+    runService();
+    expectNothingDone(*startHelper(
+        support::CommandLine{"C:\\M\xFCller\\tolmarhlp.exe -restartgui " + installedDirectory}));
+    EXPECT_EQ(endState(), untouched);
+}
+
+TEST_F(CommandTail, BehindAnUnquotedNameWithAnUmlautNamesTheDirectory) {
+    runService();
+    const Outcome outcome = finish(
+        *startHelper(support::CommandLine{"C:\\M\xFCller\\tolmarhlp.exe \t" + installedDirectory}));
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_EQ(endState(), updated);
+}
+
+// The umlaut belongs to the tail, which it makes too long.
+TEST_F(CommandTail, ThatStartsWithAnUmlautKeepsIt) {
+    installIntoPathOfLength(222);
+    runService();
+    expectNothingDone("\xDC" + installedDirectory);
+    EXPECT_EQ(endState(), untouched);
 }
 
 }  // namespace

@@ -22,6 +22,11 @@ HANDLE createInherited(const std::string& path) {
 
 ChildProcess::ChildProcess(const std::string& program, const std::string& tail,
                            const std::string& errorFile)
+    : ChildProcess(program, CommandLine{"\"" + program + "\"" + (tail.empty() ? "" : " " + tail)},
+                   errorFile) {}
+
+ChildProcess::ChildProcess(const std::string& program, const CommandLine& commandLine,
+                           const std::string& errorFile)
     : errorPath(errorFile) {
     const HANDLE error = createInherited(errorFile);
     STARTUPINFOA startup = {};
@@ -29,13 +34,10 @@ ChildProcess::ChildProcess(const std::string& program, const std::string& tail,
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdError = error;
     PROCESS_INFORMATION started = {};
-    std::string commandLine = "\"" + program + "\"";
-    if (!tail.empty()) {
-        commandLine += " " + tail;
-    }
+    std::string text = commandLine.text;
     QueryPerformanceCounter(&startTime);
-    const BOOL created = CreateProcessA(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE,
-                                        0, nullptr, nullptr, &startup, &started);
+    const BOOL created = CreateProcessA(program.c_str(), text.data(), nullptr, nullptr, TRUE, 0,
+                                        nullptr, nullptr, &startup, &started);
     const DWORD failure = GetLastError();
     CloseHandle(error);
     if (created == 0) {

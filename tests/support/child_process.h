@@ -1,4 +1,4 @@
-// support::ChildProcess: a program that is started with an exact raw command tail.
+// support::ChildProcess: a program that is started with an exact raw command line.
 #pragma once
 
 #include <string>
@@ -8,11 +8,20 @@
 
 namespace support {
 
+// A whole raw command line, with the program's name as its first part.
+struct CommandLine {
+    std::string text;
+};
+
 class ChildProcess : public vek::NoCopy {
   public:
     // Starts `program` with `tail`, raw, behind its quoted path. Its standard error goes into the
-    // file `errorFile`, which is made. Stands on CreateProcessA. Throws vek::FsError.
+    // file `errorFile`, which is made. Calls CreateProcessA. Throws vek::FsError.
     ChildProcess(const std::string& program, const std::string& tail, const std::string& errorFile);
+
+    // The same with `commandLine` as it is.
+    ChildProcess(const std::string& program, const CommandLine& commandLine,
+                 const std::string& errorFile);
 
     // Ends the process if it still runs.
     ~ChildProcess();

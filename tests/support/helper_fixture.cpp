@@ -25,7 +25,7 @@ void HelperFixture::SetUp() {
     }
     copyFile(FAKE_SERVICE_V1, installed());
     copyFile(FAKE_SERVICE_V2, fresh());
-    copyFile(TOLMARHLP, helperDirectory + "\\tolmarhlp.exe");
+    copyFile(TOLMARHLP, helper());
     writeFile(settings(), "");
     writeFile(pathInfo(), "# made for a test\r\nQadDataDir = " + freshDirectory + "\\\r\n");
 }
@@ -83,8 +83,11 @@ void HelperFixture::runService() {
 }
 
 std::unique_ptr<ChildProcess> HelperFixture::startHelper(const std::string& tail) {
-    return std::make_unique<ChildProcess>(helperDirectory + "\\tolmarhlp.exe", tail,
-                                          root + "\\stderr.txt");
+    return std::make_unique<ChildProcess>(helper(), tail, root + "\\stderr.txt");
+}
+
+std::unique_ptr<ChildProcess> HelperFixture::startHelper(const CommandLine& commandLine) {
+    return std::make_unique<ChildProcess>(helper(), commandLine, root + "\\stderr.txt");
 }
 
 Outcome HelperFixture::runHelper(const std::string& tail) {

@@ -1,6 +1,6 @@
 // support::HelperFixture: an installation of the fake service and of tolmarhlp.exe in a directory
-// of their own, and what a test asks about it. It stands on the real service manager, where it owns
-// the service "tolmar": the tests need a machine or a Wine prefix that nobody else uses meanwhile.
+// of their own, and the state that it is in. It uses the real service manager, where it owns the
+// service "tolmar": the tests need a machine or a Wine prefix that nobody else uses meanwhile.
 #pragma once
 
 #include <iosfwd>
@@ -14,15 +14,15 @@
 
 namespace support {
 
-// An upper bound for everything that is waited for, far above what it takes.
+// An upper bound for every wait, far above what it takes.
 constexpr unsigned limitMs = 40000;
 
 // An upper bound for a run in which the helper waits for nothing: far above what a process takes on
 // a busy machine, and below every loop of the helper that runs out (15 and 90 seconds).
 constexpr double atOnceMs = 4000;
 
-// What stands after a run of the helper. A version is 0 where there is nothing and -1 where it is
-// not one of the fake service's.
+// The state after a run of the helper. A version is 0 if there is no file, and -1 if it is not one
+// of the fake service's.
 struct EndState {
     int installed;       // version of the file tolmar.exe in the installed directory
     int kept;            // of tolmar.old beside it
@@ -64,8 +64,10 @@ class HelperFixture : public testing::Test {
     void startService();
     void runService();
 
-    // Starts the helper; `tail` is its raw command tail.
+    // Starts the helper, by its quoted path; `tail` is its raw command tail.
     std::unique_ptr<ChildProcess> startHelper(const std::string& tail);
+    // Starts it with a whole raw command line.
+    std::unique_ptr<ChildProcess> startHelper(const CommandLine& commandLine);
 
     // Runs it to its end, for at most limitMs.
     Outcome runHelper(const std::string& tail);
@@ -79,10 +81,11 @@ class HelperFixture : public testing::Test {
     std::string journal() const;
 
     std::string root;                // holds everything; removed at the end
-    std::string installedDirectory;  // what the helper is told
+    std::string installedDirectory;  // the directory of the command line
     std::string freshDirectory;      // what QadDataDir names
     std::string helperDirectory;     // holds tolmarhlp.exe and pathinfo.ini
 
+    std::string helper() const { return helperDirectory + "\\tolmarhlp.exe"; }
     std::string installed() const { return installedDirectory + "\\tolmar.exe"; }
     std::string kept() const { return installedDirectory + "\\tolmar.old"; }
     std::string fresh() const { return freshDirectory + "\\tolmar.exe"; }

@@ -6,6 +6,7 @@
 
 namespace {
 
+using tolmar::commandTail;
 using tolmar::Mode;
 using tolmar::PathBuffer;
 using tolmar::selectMode;
@@ -17,6 +18,83 @@ std::string directoryOf(const std::string& tail) {
     return tolmar::copyDirectory(tail.c_str(), selectMode(tail.c_str()), directory)
                ? directory.data()
                : "<range check>";
+}
+
+TEST(CommandTail, FollowsAQuotedName) {
+    EXPECT_STREQ(commandTail("\"C:\\a b\\tolmarhlp.exe\" C:\\dir"), "C:\\dir");
+    EXPECT_STREQ(commandTail("\"C:\\a b\\tolmarhlp.exe\" \"C:\\a dir\""), "\"C:\\a dir\"");
+}
+
+TEST(CommandTail, FollowsAnUnquotedName) {
+    EXPECT_STREQ(commandTail("tolmarhlp.exe -restartgui C:\\a dir "), "-restartgui C:\\a dir ");
+}
+
+TEST(CommandTail, FollowsANameWithBytesAbove7F) {
+    EXPECT_STREQ(commandTail("C:\\M\xFCller\\tolmarhlp.exe -restartgui C:\\d"),
+                 "-restartgui C:\\d");
+    EXPECT_STREQ(commandTail("\x80\xFF\xA0 C:\\d"), "C:\\d");
+    EXPECT_STREQ(commandTail("\"C:\\M\xFCller\\tolmarhlp.exe\" C:\\d"), "C:\\d");
+}
+
+TEST(CommandTail, KeepsItsLeadingBytesAbove7F) {
+    EXPECT_STREQ(commandTail("tolmarhlp.exe \xDC"
+                             "bung"),
+                 "\xDC"
+                 "bung");
+    EXPECT_STREQ(commandTail("tolmarhlp.exe \xA0\xFF"), "\xA0\xFF");
+}
+
+TEST(CommandTail, QuotesWithinTheNameHideItsBlanks) {
+    EXPECT_STREQ(commandTail("C:\\\"a b\"\\x\" \".exe C:\\d"), "C:\\d");
+    EXPECT_STREQ(commandTail("\"a\"\"b c\" C:\\d"), "C:\\d");
+    EXPECT_STREQ(commandTail("\"C:\\x.exe\"C:\\d e"), "e") << "no blank behind the quote";
+}
+
+TEST(CommandTail, QuoteWithoutItsPartnerHidesEverythingBehindIt) {
+    EXPECT_STREQ(commandTail("\"C:\\x.exe C:\\d"), "");
+    EXPECT_STREQ(commandTail("x\" C:\\d\t"), "");
+}
+
+TEST(CommandTail, QuotesWithinItArePassedOn) {
+    EXPECT_STREQ(commandTail("x.exe \"a\" \"b\""), "\"a\" \"b\"");
+}
+
+TEST(CommandTail, AnyBlankOrControlCharacterEndsTheName) {
+    for (int byte = 1; byte < 0x100; ++byte) {
+        const std::string separator(1, static_cast<char>(byte));
+        const std::string tail = commandTail(("x" + separator +
+                                              "\x01"
+                                              "d")
+                                                 .c_str());
+        EXPECT_EQ(tail, byte == '"'                   ? ""
+                        : byte == ' ' || byte == '\t' ? "\x01"
+                                                        "d"
+                        : byte < ' '                  ? separator +
+                                           "\x01"
+                                           "d"
+                                     : "\x01"
+                                       "d")
+            << byte;
+    }
+}
+
+TEST(CommandTail, BlanksAndTabsAheadOfItAreSkippedAndNoOthers) {
+    EXPECT_STREQ(commandTail("x.exe \t  \t C:\\d \t"), "C:\\d \t");
+    EXPECT_STREQ(commandTail("x.exe \nC:\\d"), "\nC:\\d");
+    EXPECT_STREQ(commandTail("x.exe \x01 C:\\d"), "\x01 C:\\d");
+}
+
+TEST(CommandTail, IsEmptyIfNothingFollowsTheName) {
+    EXPECT_STREQ(commandTail("x.exe"), "");
+    EXPECT_STREQ(commandTail("x.exe \t "), "");
+    EXPECT_STREQ(commandTail("\"C:\\a b\\x.exe\""), "");
+    EXPECT_STREQ(commandTail(""), "");
+}
+
+TEST(CommandTail, OfACommandLineWithoutANameIsAllOfIt) {
+    EXPECT_STREQ(commandTail(" C:\\d"), "C:\\d");
+    EXPECT_STREQ(commandTail("\tC:\\d e"), "C:\\d e");
+    EXPECT_STREQ(commandTail("\"\" C:\\d"), "C:\\d") << "an empty name in quotes";
 }
 
 TEST(SelectMode, EmptyTailAsksForNothing) {
