@@ -8,6 +8,11 @@
 
 namespace tolmar {
 
+Win32System::Win32System() {
+    _set_error_mode(_OUT_TO_STDERR);
+    vek::disableFaultReport();
+}
+
 SC_HANDLE Win32System::openSCManager(const char* machine, const char* database, DWORD access) {
     return OpenSCManagerA(machine, database, access);
 }
@@ -77,7 +82,10 @@ void Win32System::pathInfoDestroy() {
 }
 
 UINT Win32System::winExec(const char* commandLine, UINT show) {
-    return WinExec(commandLine, show);
+    SetErrorMode(callersErrorMode);
+    const UINT result = WinExec(commandLine, show);
+    SetErrorMode(unattended);
+    return result;
 }
 
 void Win32System::sleep(DWORD milliseconds) {

@@ -26,6 +26,14 @@ namespace vek {
 #endif
 }
 
+// Keeps `abort` from reporting a fault to the system, which may show a message box. The runtime of
+// the other compilers never reports one.
+inline void disableFaultReport() {
+#ifdef _MSC_VER
+    _set_abort_behavior(0, _CALL_REPORTFAULT);
+#endif
+}
+
 // While one lives, the C runtime reports an argument that it refuses to the caller of this thread,
 // where it would otherwise end the process. For programs of the other compilers their start-up code
 // sees to that.
