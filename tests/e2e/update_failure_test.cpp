@@ -1,4 +1,4 @@
-// The update end to end: every way in which it fails, with what then stands, and how an operator
+// The update end to end: every way in which it fails, the state it leaves, and how an operator
 // gets out of it.
 #include "tests/e2e/procedure_waits.h"
 #include "tests/support/files.h"
@@ -68,6 +68,70 @@ TEST_F(FailingUpdate, OfAServiceThatIsStillStartingEndsAtOnceAndTouchesNothing) 
                                     .fresh = 2,
                                     .serviceState = SERVICE_START_PENDING,
                                     .running = 0}));
+}
+
+// The stop counts as done as soon as the state isn't "stop pending".
+
+TEST_F(FailingUpdate, OfAServiceThatTakesTheStopAndRunsOnEndsWithZeroWhileTheOldVersionRuns) {
+    behave(1, "ignores-stop", 1);
+    runService();
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_EQ(outcome.errorText, "");
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 2, .kept = 1, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 1}));
+}
+
+TEST_F(FailingUpdate, OfAServiceThatTakesTheStopAndStopsLateEndsWithZeroAndThenNothingRuns) {
+    behave(1, "late-stop-ms", 20000);
+    runService();
+    EXPECT_EQ(runHelper(installedDirectory).exitCode, 0u);
+    EXPECT_EQ(endState().running, 1);
+    EXPECT_TRUE(TolmarService::waitForState(SERVICE_STOPPED, limitMs));
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 2, .kept = 1, .fresh = 2, .serviceState = SERVICE_STOPPED, .running = 0}));
+}
+
+TEST_F(FailingUpdate, WithABadDefaultLevelTellsWhyAndTouchesNothing) {
+    runService();
+    SetEnvironmentVariableA("VEKLOG_DEFAULT_LEVEL", "DEFAULT");
+    const Outcome outcome = runHelper(installedDirectory);
+    SetEnvironmentVariableA("VEKLOG_DEFAULT_LEVEL", nullptr);
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_EQ(outcome.errorText, "Usage error: log manager: bad default level value");
+    EXPECT_EQ(endState(), untouched);
+}
+
+TEST_F(FailingUpdate, WithAReadOnlyNewExecutableSucceedsTwiceAndThenLeavesTheServiceDown) {
+    ASSERT_NE(SetFileAttributesA(fresh().c_str(), FILE_ATTRIBUTE_READONLY), 0);
+    runService();
+    EXPECT_EQ(runHelper(installedDirectory).exitCode, 0u);
+    EXPECT_EQ(runHelper(installedDirectory).exitCode, 0u);
+    EXPECT_EQ(runHelper(installedDirectory).exitCode, 1u);
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 2, .kept = 2, .fresh = 2, .serviceState = SERVICE_STOPPED, .running = 0}));
+    for (const std::string& file : {installed(), kept(), fresh()}) {
+        EXPECT_NE(SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_NORMAL), 0) << file;
+    }
+}
+
+// Each deletes what the other has kept.
+TEST_F(FailingUpdate, ByTwoHelpersAtOnceEndsWithZeroTwiceAndLosesTheOldVersion) {
+    runService();
+    const auto first = startHelper(installedDirectory);
+    ASSERT_TRUE(support::waitUntil([&] { return journal().ends_with("2 running"); }, limitMs));
+    EXPECT_EQ(runHelper(installedDirectory).exitCode, 0u);
+    EXPECT_EQ(finish(*first).exitCode, 0u);
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 2, .kept = 2, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 2}));
 }
 
 TEST_F(FailingUpdate, WithoutPathInfoIniTellsWhyAndLeavesTheExecutableMovedAside) {

@@ -1,14 +1,16 @@
 // fake_service: a real service for the tests of the update, installed as "tolmar" with the
-// executable <directory>\tolmar.exe. It is built once for each FAKE_SERVICE_VERSION, and how each
-// version behaves is told by a file, since a service gets no environment and no directory of its
-// own. All its files stand beside its executable:
+// executable <directory>\tolmar.exe. It is built once for each FAKE_SERVICE_VERSION. A file sets
+// how each version behaves, since a service gets no environment and no directory of its own. All
+// its files are beside its executable:
 //
 //   tolmar.settings   read at the start. A section "[version N]" for each version, with the keys
 //       start-delay-ms        how long it stays in START_PENDING
+//       late-stop-ms          how long it stays in RUNNING after it has taken the stop control
 //       stop-delay-ms         how long it stays in STOP_PENDING
 //       linger-ms             how long the process lives on after it reported STOPPED
 //       falls-after-ms        goes from RUNNING into STOP_PENDING by itself after this time
 //       refuses-stop          1: takes no stop control
+//       ignores-stop          1: takes the stop control and runs on
 //       starts-forever        1: never leaves START_PENDING
 //       dies-before-connecting  1: the process ends without a word to the service manager
 //       dies-while-starting   1: reports STOPPED out of START_PENDING, and ends
@@ -88,7 +90,7 @@ void report(DWORD state, const char* name) {
 }
 
 void WINAPI onControl(DWORD control) {
-    if (control == SERVICE_CONTROL_STOP) {
+    if (control == SERVICE_CONTROL_STOP && setting("ignores-stop") == 0) {
         SetEvent(stopRequest);
     }
 }
@@ -101,6 +103,7 @@ void WINAPI serviceMain(DWORD, char**) {
         report(SERVICE_RUNNING, "running");
         const DWORD fallsAfter = setting("falls-after-ms");
         pass(fallsAfter != 0 ? fallsAfter : forever, stopRequest);
+        pass(setting("late-stop-ms"));
         report(SERVICE_STOP_PENDING, "stopping");
         pass(setting("stop-delay-ms"));
     }

@@ -96,13 +96,16 @@ BOOL ScriptedSystem::controlService(SC_HANDLE service, DWORD control, SERVICE_ST
         return FALSE;
     }
     states = statesAfterStop;
-    runningVersion = "";
+    if (states.back() != SERVICE_RUNNING) {
+        runningVersion = "";
+    }
     return TRUE;
 }
 
 BOOL ScriptedSystem::startService(SC_HANDLE service, DWORD argumentCount, const char** arguments) {
     if (failing("StartServiceA", handleName(service), argumentCount,
-                arguments == nullptr ? "null" : "arguments")) {
+                arguments == nullptr ? "null" : "arguments") ||
+        states.front() != SERVICE_STOPPED) {
         return FALSE;
     }
     const auto image = files.find(installed);
@@ -128,7 +131,7 @@ DWORD ScriptedSystem::getLastError() {
 }
 
 BOOL ScriptedSystem::deleteFile(const char* path) {
-    return !failing("DeleteFileA", path) && files.erase(path) != 0;
+    return !failing("DeleteFileA", path) && readOnly.count(path) == 0 && files.erase(path) != 0;
 }
 
 BOOL ScriptedSystem::moveFile(const char* from, const char* to) {
@@ -137,17 +140,24 @@ BOOL ScriptedSystem::moveFile(const char* from, const char* to) {
     }
     files[to] = files[from];
     files.erase(from);
+    if (readOnly.erase(from) != 0) {
+        readOnly.insert(to);
+    }
     return TRUE;
 }
 
 BOOL ScriptedSystem::copyFile(const char* from, const char* to, BOOL failIfExists) {
-    if (failing("CopyFileA", from, to, failIfExists) || files.count(from) == 0) {
+    if (failing("CopyFileA", from, to, failIfExists) || files.count(from) == 0 ||
+        readOnly.count(to) != 0) {
         if (copyLeavesPart) {
             files[to] = "part";
         }
         return FALSE;
     }
     files[to] = files[from];
+    if (readOnly.count(from) != 0) {
+        readOnly.insert(to);
+    }
     return TRUE;
 }
 
@@ -183,9 +193,8 @@ std::string ScriptedSystem::pathInfoGet(const std::string& key, const std::strin
 }
 
 void ScriptedSystem::pathInfoInstance() {
-    if (failing("PathInfo::instance")) {
-        throw vek::PathInfo::Error("scripted failure");
-    }
+    // Can't fail: the procedure asks for the table only after a good look-up, which has made it.
+    record("PathInfo::instance");
 }
 
 void ScriptedSystem::pathInfoDestroy() {
@@ -225,7 +234,7 @@ LogRecorder::~LogRecorder() {
 }
 
 std::streamsize LogRecorder::xsputn(const char* text, std::streamsize length) {
-    // The logger empties its buffer ahead of each statement, so that tells where a line begins.
+    // The logger empties its buffer ahead of each statement: an empty one is the start of a line.
     if (logger.streamText().empty()) {
         trace.push_back("log: ");
     }

@@ -1,6 +1,6 @@
-// The scripted system that the helper's two modes are proved against: a small model of a machine
-// with one service and three files, which records every call with its arguments and can let any of
-// them fail.
+// A scripted system that the tests run the helper's two modes on: a small model of a machine with
+// one service and three files. It records every call with its arguments and can let any of them
+// fail.
 #pragma once
 
 #include <deque>
@@ -37,14 +37,20 @@ class ScriptedSystem final : public System {
     // before "old", and "part" what a copy that failed half way has left.
     std::map<std::string, std::string> files = {
         {installed, "old"}, {kept, "previous"}, {fresh, "new"}};
+    // Those of them that are read-only: they can be moved, and neither deleted nor written. A copy
+    // of one is read-only too.
+    std::set<std::string> readOnly;
 
     bool serviceExists = true;
-    // What a stop and a start make of the state, query by query; the last value stays.
+    // The states after a stop and after a start, query by query; the last value stays. After an
+    // accepted stop the old version runs on if that is SERVICE_RUNNING. A start fails unless the
+    // state is SERVICE_STOPPED.
     std::deque<DWORD> statesAfterStop = {SERVICE_STOPPED};
     std::deque<DWORD> statesAfterStartOfNew = {SERVICE_RUNNING};
     std::deque<DWORD> statesAfterStartOfOld = {SERVICE_RUNNING};
     // The state now, and what follows.
     std::deque<DWORD> states = {SERVICE_RUNNING};
+    // The version that runs in the end, once all states have passed; empty for none.
     std::string runningVersion = "old";
 
     // What a failing query writes into the status all the same; 0 for nothing.
@@ -103,7 +109,7 @@ class ScriptedSystem final : public System {
     // Records the call `name` with its arguments.
     template <class... Arguments>
     void record(const char* name, const Arguments&... arguments);
-    // Records a call that can fail, and tells whether it does.
+    // Records a call that can fail. Returns whether it does.
     template <class... Arguments>
     bool failing(const char* name, const Arguments&... arguments);
     void* makeHandle(const std::string& name);
@@ -114,8 +120,8 @@ class ScriptedSystem final : public System {
     int polls = 0;
 };
 
-// Writes the texts of a logger's statements into a trace, as "log: text", while it lives. It stands
-// between the logger's stream and its buffer, so the logger itself works on unchanged.
+// Writes the texts of a logger's statements into a trace, as "log: text", while it lives. It sits
+// between the logger's stream and its buffer, so the logger itself works unchanged.
 class LogRecorder final : public std::streambuf {
   public:
     LogRecorder(vek::log::Logger& recordedLogger, Trace& target);
