@@ -69,7 +69,7 @@ bool TolmarService::waitForState(DWORD wanted, unsigned limitMs) {
     return waitUntil([wanted] { return state() == wanted; }, limitMs);
 }
 
-HANDLE TolmarService::openProcess() {
+HANDLE TolmarService::openProcess(DWORD access) {
     const TolmarHandles tolmar;
     SERVICE_STATUS_PROCESS status = {};
     DWORD needed = 0;
@@ -77,7 +77,15 @@ HANDLE TolmarService::openProcess() {
                              reinterpret_cast<BYTE*>(&status), sizeof status, &needed) == 0) {
         return nullptr;
     }
-    return OpenProcess(SYNCHRONIZE, FALSE, status.dwProcessId);
+    return status.dwProcessId == 0 ? nullptr : OpenProcess(access, FALSE, status.dwProcessId);
+}
+
+void TolmarService::endProcess() {
+    if (const HANDLE process = openProcess(SYNCHRONIZE | PROCESS_TERMINATE)) {
+        TerminateProcess(process, 1);
+        WaitForSingleObject(process, INFINITE);
+        CloseHandle(process);
+    }
 }
 
 bool TolmarService::remove(unsigned limitMs) {

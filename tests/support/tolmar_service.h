@@ -13,21 +13,25 @@ class TolmarService {
     // Registers the service with `executable`, not started. Throws vek::OsError.
     static void install(const std::string& executable);
 
-    // Starts it and returns; it need not run yet. Throws vek::OsError.
+    // Starts it and returns without waiting until it runs. Throws vek::OsError.
     static void start();
 
     // Asks it to stop and returns. The result is 0 or the error of ControlService.
     static DWORD askToStop();
 
-    // Its state, one of SERVICE_STOPPED to SERVICE_PAUSED, or 0 if there is no such service.
+    // Returns its state, one of SERVICE_STOPPED to SERVICE_PAUSED, or 0 if there is no such
+    // service.
     static DWORD state();
 
     // Waits up to `limitMs` milliseconds for `wanted`. False if it never was seen.
     static bool waitForState(DWORD wanted, unsigned limitMs);
 
-    // A handle of its process with the right to wait on it, owned by the caller; null if it has
-    // none.
-    static HANDLE openProcess();
+    // Returns a handle of its process with the rights `access`, owned by the caller; null if it has
+    // no process.
+    static HANDLE openProcess(DWORD access = SYNCHRONIZE);
+
+    // Ends its process, if it has one, and waits until it has gone.
+    static void endProcess();
 
     // Deletes it, and waits up to `limitMs` milliseconds until it has gone. It should be stopped.
     // True if there is no such service any more.
