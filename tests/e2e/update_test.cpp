@@ -74,6 +74,14 @@ TEST_F(Update, FindsTheNewExecutableThroughPlaceholdersAndInAnyCaseOfTheKey) {
     EXPECT_EQ(endState(), updated);
 }
 
+// The prefix that switches off the limit on a path's length.
+TEST_F(Update, IsDoneByAHelperThatIsStartedByAPathWithAPrefix) {
+    runService();
+    support::ChildProcess prefixed("\\\\?\\" + helper(), installedDirectory, root + "\\stderr.txt");
+    expectGoodUpdate(finish(prefixed), waits::goodUpdate);
+    EXPECT_EQ(endState(), updated);
+}
+
 TEST_F(Update, WaitsForASlowStop) {
     behave(1, "stop-delay-ms", 2500);
     runService();

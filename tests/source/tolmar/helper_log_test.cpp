@@ -19,7 +19,7 @@ using namespace vek::log;
 // logger `name` that is at `level`.
 std::string logOf(const char* tail, const char* name, Level level, ScriptedSystem& system) {
     Manager& manager = Manager::instance();
-    // Lines of other tests of this process, which have had no worker, go where nobody sees them.
+    // Discards the lines of other tests of this process, which had no worker.
     manager.start();
     manager.shutdown();
     manager.getLogger(name);

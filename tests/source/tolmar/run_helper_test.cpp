@@ -1,6 +1,7 @@
 #include "source/tolmar/run_helper.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ using tolmar::test::RangeCheckFailed;
 using tolmar::test::ScriptedSystem;
 using tolmar::test::Trace;
 
-// What the entry point's two locals tell of themselves, and where they are to fail.
+// The trace into which the entry point's two locals write, and where they fail.
 Trace* life = nullptr;
 enum class FailAt { nowhere, pal, configurator, configure } failAt = FailAt::nowhere;
 
@@ -138,13 +139,57 @@ TEST_F(RunHelper, EachModeLogsToItsOwnLogger) {
     guiLogger.setLevel(vek::log::WARN, false);
 }
 
+// Keeps what helperDirectory was when a logger's first line was written.
+class DirectoryAtFirstLine : public std::streambuf {
+  public:
+    explicit DirectoryAtFirstLine(vek::log::Logger& watchedLogger)
+        : logger(watchedLogger), ownBuffer(logger.stream().rdbuf(this)) {
+        logger.releaseStream();
+    }
+    ~DirectoryAtFirstLine() override {
+        logger.stream().rdbuf(ownBuffer);
+        logger.releaseStream();
+    }
+
+    std::string line;
+    std::string directory;
+
+  protected:
+    std::streamsize xsputn(const char* text, std::streamsize length) override {
+        if (line.empty()) {
+            line.assign(text, static_cast<std::size_t>(length));
+            directory = tolmar::helperDirectory.data();
+        }
+        return ownBuffer->sputn(text, length);
+    }
+
+  private:
+    vek::log::Logger& logger;
+    std::streambuf* ownBuffer;
+};
+
 TEST_F(RunHelper, LineOfTheStartComesAheadOfTheQuoteStripping) {
+    vek::log::Logger& logger = *vek::log::Manager::instance().getLogger("TOLMAR_HELPER");
+    logger.setLevel(vek::log::DEBUG, false);
+    system.serviceExists = false;
+    std::strcpy(tolmar::helperDirectory.data(), "not written yet");
+    {
+        const DirectoryAtFirstLine first(logger);
+        run("\"D\"");
+        EXPECT_EQ(first.line, "start tolmarhlp");
+        EXPECT_EQ(first.directory, "not written yet");
+    }
+    EXPECT_STREQ(tolmar::helperDirectory.data(), "D");
+    logger.setLevel(vek::log::WARN, false);
+}
+
+TEST_F(RunHelper, GuiModeHasNoLineOfItsStart) {
     vek::log::Logger& guiLogger = *vek::log::Manager::instance().getLogger("TOLMAR_GUIHELPER");
     Trace guiLines;
     LogRecorder recorder(guiLogger, guiLines);
     guiLogger.setLevel(vek::log::DEBUG, false);
     EXPECT_EQ(run("-restartgui \""), -2);
-    EXPECT_EQ(guiLines, Trace{});  // only replace mode has such a line
+    EXPECT_EQ(guiLines, Trace{});
     guiLogger.setLevel(vek::log::WARN, false);
 }
 
