@@ -12,7 +12,7 @@ constexpr std::uint32_t peerTimeoutMs = 90000;
 }  // namespace
 
 void restartGui(System& system, vek::log::Logger& logger) {
-    // An early end leaves the events to the end of the process.
+    // An early return leaves the events open; the system closes them when the process ends.
     HANDLE guiEvent1 = nullptr;
     HANDLE guiEvent2 = nullptr;
     if (system.openEvent(&guiEvent1, "vektolmareventguiupdate1") == 0 ||
@@ -23,7 +23,7 @@ void restartGui(System& system, vek::log::Logger& logger) {
     VEK_LOG(logger, vek::log::DEBUG, "wait for event2");
     std::uint32_t waited = 0;
     if (system.waitObject(guiEvent2, peerTimeoutMs, &waited) == 0) {
-        VEK_LOG(logger, vek::log::DEBUG, "wait for event2");  // the same words again, deliberately
+        VEK_LOG(logger, vek::log::DEBUG, "wait for event2");  // the same text again, deliberately
         return;
     }
     if (waited == WAIT_TIMEOUT) {

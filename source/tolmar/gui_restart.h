@@ -1,5 +1,5 @@
-// Shakes hands with the peer that asked for a new GUI, over the two events that the peer has made,
-// and starts the GUI again.
+// Synchronises with the peer that asked for a new GUI, over the two events that the peer has
+// created, and starts the GUI again.
 #pragma once
 
 #include "source/tolmar/system.h"
@@ -7,9 +7,10 @@
 
 namespace tolmar {
 
-// Signals "vektolmareventguiupdate1", waits up to 90 seconds for "vektolmareventguiupdate2", then
-// starts "tolmar.exe -gui" of helperDirectory. The first thing that fails ends it without the GUI.
-// Only the log at level DEBUG tells which. For one thread; throws nothing of its own.
+// Signals "vektolmareventguiupdate1", blocks for up to 90 seconds until "vektolmareventguiupdate2"
+// is signalled, then starts "tolmar.exe -gui" of helperDirectory. Returns at the first failure,
+// without starting the GUI; only the log at level DEBUG shows which it was. For one thread; throws
+// nothing.
 void restartGui(System& system, vek::log::Logger& logger);
 
 }  // namespace tolmar

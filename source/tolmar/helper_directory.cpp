@@ -7,7 +7,7 @@ namespace tolmar {
 PathBuffer helperDirectory = {};
 
 PathBuffer helperPath(const char* format) {
-    // The limit on the tail leaves room for the longest suffix, so nothing is ever cut here.
+    // Never truncates: the limit on the tail leaves room for the longest suffix.
     PathBuffer path;
     vek::os::boundedPrint(path.data(), path.size(), format, helperDirectory.data());
     return path;

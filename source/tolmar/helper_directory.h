@@ -1,4 +1,4 @@
-// The directory that the command line names: it holds the installed executable.
+// The directory named by the command line, which contains the installed executable.
 #pragma once
 
 #include "source/tolmar/command_tail.h"
@@ -8,7 +8,7 @@ namespace tolmar {
 // Written once, before its first use, and read by every path of the helper.
 extern PathBuffer helperDirectory;
 
-// `format` with its one "%s" replaced by helperDirectory.
+// Returns `format` with its one "%s" replaced by helperDirectory, terminated.
 PathBuffer helperPath(const char* format);
 
 }  // namespace tolmar

@@ -1,4 +1,4 @@
-// The helper from its command tail to its exit code.
+// Runs the helper, from its command tail to its exit code.
 #pragma once
 
 #include <exception>
@@ -14,8 +14,8 @@
 
 namespace tolmar {
 
-// What the two modes have in common once the mode is known: the configuration, the logger, and the
-// directory.
+// Configures the log, sets the directory and runs `mode`, which is not Mode::nothing. Returns the
+// exit code.
 template <class Configurator>
 int runMode(System& system, Configurator& configurator, const char* tail, Mode mode) {
     const bool replacing = mode == Mode::replace;
@@ -35,14 +35,14 @@ int runMode(System& system, Configurator& configurator, const char* tail, Mode m
     return 0;
 }
 
-// Runs the helper on `tail`, the raw rest of its command line. The result is the exit code.
+// Runs the helper with the command tail `tail`. Returns the exit code.
 //
-// `Pal` and `Configurator` are vek::VekPal and vek::log::Configurator: locals of this function, so
-// that they are destroyed in the reverse order when it returns, and not at all when a mode ends the
-// process by System::exit.
+// `Pal` and `Configurator` are vek::VekPal and vek::log::Configurator. Both are locals of this
+// function: they are destroyed in reverse order when it returns, and not at all when a mode ends
+// the process by System::exit.
 //
-// Any std::exception, also one from the two constructors, is told on std::cerr by its what(),
-// without a line end, and gives 0. Anything else passes.
+// For any std::exception, also from the two constructors, it writes what() to std::cerr, without a
+// line end, and returns 0. Other exceptions pass.
 template <class Pal, class Configurator>
 int runHelper(System& system, const char* tail) {
     try {

@@ -35,8 +35,7 @@ int ServiceReplacement::run() {
     backupExecutable();
     VEK_LOG(logger, vek::log::DEBUG, "copy tolmar.exe");
     if (copyNewExecutable() == 0) {
-        // Not reached while copyNewExecutable keeps its contract; kept for the day it gives up by
-        // its result.
+        // Not reached: copyNewExecutable returns 1 or not at all. Here in case that changes.
         restoreExecutable();
         VEK_LOG(logger, vek::log::DEBUG, "copy tolmar.exe failed. exit(2)");
         system.exit(2);
@@ -83,7 +82,7 @@ int ServiceReplacement::controlService(const char* name, int command) {
 
 int ServiceReplacement::startAndWait(SC_HANDLE service) {
     system.startService(service, 0, nullptr);
-    // Without bound, deliberately: a service that stays stopped keeps the helper here.
+    // Without a limit, deliberately: a service that stays stopped keeps the helper here.
     SERVICE_STATUS status = {};
     do {
         system.sleep(pollMs);
@@ -101,7 +100,7 @@ int ServiceReplacement::stopAndWait(SC_HANDLE service) {
     if (controlled == 0) {
         return system.getLastError() == ERROR_SERVICE_NOT_ACTIVE ? 1 : 0;
     }
-    // Without bound, deliberately: a service that never gets done stopping keeps the helper here.
+    // Without a limit, deliberately: a service that doesn't finish stopping keeps the helper here.
     do {
         system.sleep(pollMs);
         if (system.queryServiceStatus(service, &status) == 0) {
@@ -115,8 +114,8 @@ int ServiceReplacement::startService() {
     return controlService(serviceName, start);
 }
 
-// Tries until `attempt` succeeds, with a pause behind each try, also behind a good one. The last
-// try ends the process even if it succeeds, deliberately.
+// Repeats `attempt` until it succeeds, with a pause after each, also after the successful one. The
+// last attempt ends the process even if it succeeds, deliberately.
 template <class Attempt>
 void ServiceReplacement::tryUntilDone(Attempt attempt) {
     bool done = false;
@@ -162,7 +161,7 @@ int ServiceReplacement::isServiceRunning() {
         return 0;
     }
     SERVICE_STATUS status = {};
-    // Whether it failed is deliberately not looked at: a status that it left alone is not running.
+    // The result is deliberately ignored: the status of a failed query is not SERVICE_RUNNING.
     system.queryServiceStatus(service, &status);
     system.closeServiceHandle(service);
     system.closeServiceHandle(manager);

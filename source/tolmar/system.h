@@ -1,5 +1,5 @@
-// tolmar::System: the one seam between the helper's two modes and the world. It offers exactly the
-// calls that they make, each with the arguments and the result of the call that it stands for.
+// tolmar::System: the system calls of the helper's two modes, as an interface that tests replace.
+// Each operation has the arguments and the result of the call that it is named after.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +27,7 @@ class System {
     virtual BOOL moveFile(const char* from, const char* to) = 0;
     virtual BOOL copyFile(const char* from, const char* to, BOOL failIfExists) = 0;
 
-    // Events, by the flat layer of the framework: 1 for success.
+    // Events, by the flat layer of the framework, which returns 1 for success.
     virtual int openEvent(HANDLE* event, const char* name) = 0;
     virtual int setEvent(HANDLE event) = 0;
     virtual int waitObject(HANDLE object, std::uint32_t timeoutMs, std::uint32_t* result) = 0;

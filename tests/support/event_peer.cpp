@@ -11,7 +11,7 @@ constexpr char manual[] =
     "event_peer [--help] [--answer-after MS]\n"
     "\n"
     "Makes the two events of the update's hand-shake, waits up to 30 seconds for the helper to\n"
-    "say that it is up, and answers it. Prints \"ready\" once the events stand.\n"
+    "say that it is up, and answers it. Prints \"ready\" once the events exist.\n"
     "\n"
     "  --answer-after MS  lets MS milliseconds pass before it answers (default 500)\n"
     "\n"
@@ -63,7 +63,7 @@ int main(int argc, char** argv) {
                 return 2;
             }
         } else {
-            std::fprintf(stderr, "event_peer: unknown argument '%s'; --help tells what there is\n",
+            std::fprintf(stderr, "event_peer: unknown argument '%s'; --help lists the arguments\n",
                          argv[i]);
             return 2;
         }
