@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/heap_blocks.h"
 #include "vek/base/windows.h"
 
 namespace {
@@ -28,6 +29,10 @@ TEST(OsErrorText, HasNoLineEnd) {
     const std::string text = osErrorText(2);
     ASSERT_FALSE(text.empty());
     EXPECT_EQ(text.find_first_of("\r\n"), std::string::npos);
+}
+
+TEST(OsErrorText, GivesTheSystemsMemoryBack) {
+    EXPECT_TRUE(support::keepsNoMemory([] { osErrorText(2); }));
 }
 
 TEST(OsErrorText, UnknownNumberIsReportedAndGivesAPlaceholder) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/heap_blocks.h"
 #include "tests/support/thrown.h"
 #include "vek/exception.h"
 
@@ -25,6 +26,16 @@ TEST(SecurityAttributes, SaySoIfThereIsNoRecord) {
 TEST(SecurityAttributes, NullDescriptorIsPrintedAsSuch) {
     SECURITY_ATTRIBUTES record = {12, nullptr, FALSE};
     EXPECT_EQ(printed(&record), "len=12 sddl=\"<null>\" inherit=0");
+}
+
+TEST(SecurityAttributes, PrintingGivesTheSystemsMemoryBack) {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ASSERT_NE(ConvertStringSecurityDescriptorToSecurityDescriptorA(
+                  "D:(A;OICI;GA;;;AU)", SDDL_REVISION_1, &descriptor, nullptr),
+              0);
+    SECURITY_ATTRIBUTES record = {sizeof record, descriptor, TRUE};
+    EXPECT_TRUE(support::keepsNoMemory([&] { printed(&record); }));
+    LocalFree(descriptor);
 }
 
 TEST(SecurityAttributes, DescriptorIsPrintedAsItsAccessList) {

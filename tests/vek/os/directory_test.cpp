@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/heap_blocks.h"
 #include "tests/vek/directory_link.h"
 #include "tests/vek/temporary_directory.h"
 #include "tests/vek/wide_name.h"
@@ -265,6 +266,13 @@ TEST_F(RemoveTree, RemovesAllThatIsInTheDirectory) {
     EXPECT_EQ(vek::os::removeTree(path("top").c_str()), 1);
     EXPECT_FALSE(exists("top"));
     EXPECT_TRUE(exists("beside"));
+}
+
+TEST_F(RemoveTree, EndsItsSearches) {
+    EXPECT_TRUE(support::keepsNoMemory([&] {
+        makeDirectory("top");
+        EXPECT_EQ(vek::os::removeTree(path("top").c_str()), 1);
+    }));
 }
 
 TEST_F(RemoveTree, EmptyDirectoryIsRemoved) {

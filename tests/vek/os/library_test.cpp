@@ -133,6 +133,47 @@ TEST_F(Library, ReportGivesTheNumberOfAFailureWithoutText) {
     EXPECT_STREQ(text, "Error 536870913 occured");
 }
 
+// The system's text of an error.
+std::string systemsText(DWORD error) {
+    std::array<char, 4096> text = {};
+    const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                        nullptr, error, 0, text.data(), text.size(), nullptr);
+    return std::string(text.data(), length);
+}
+
+// The text that loadLibraryReport gives for `error`.
+std::string reportOf(DWORD error) {
+    SetEnvironmentVariableA("OS_FAILING_LIBRARY_ERROR", std::to_string(error).c_str());
+    const char* text = nullptr;
+    EXPECT_EQ(
+        vek::os::loadLibraryReport((moduleDirectory() + "\\os_failing_library.dll").c_str(), &text),
+        nullptr);
+    EXPECT_EQ(GetLastError(), error);
+    SetEnvironmentVariableA("OS_FAILING_LIBRARY_ERROR", nullptr);
+    return text;
+}
+
+TEST(LibraryReport, GivesTextsOfLessThan128BytesWholeAndTheNumberInPlaceOfLongerOnes) {
+    DWORD longest = 0;
+    DWORD tooLong = 0;
+    for (DWORD error = 1; error < 0x10000; ++error) {
+        const std::size_t length = systemsText(error).size();
+        if (length < 128 && length > systemsText(longest).size()) {
+            longest = error;
+        }
+        if (length >= 128 && (tooLong == 0 || length < systemsText(tooLong).size())) {
+            tooLong = error;
+        }
+    }
+    ASSERT_NE(longest, 0u);
+    EXPECT_EQ(reportOf(longest), systemsText(longest));
+    if (tooLong == 0) {
+        GTEST_SKIP() << "the longest text of this system has " << systemsText(longest).size()
+                     << " bytes";
+    }
+    EXPECT_EQ(reportOf(tooLong), "Error " + std::to_string(tooLong) + " occured");
+}
+
 TEST(ProgramPath, IsTheDirectoryOfTheProgram) {
     std::array<char, MAX_PATH> buffer = {};
     std::uint32_t error = 77;

@@ -1,5 +1,9 @@
 #include "vek/thread/read_write_lock.h"
 
+#include <array>
+#include <numeric>
+#include <random>
+
 #include "tests/vek/thread/lock_support.h"
 
 namespace {
@@ -97,6 +101,45 @@ TEST_P(EitherLock, WritersExcludeEverybody) {
     }
     EXPECT_EQ(violations, 0);
     EXPECT_EQ(written, 2 * rounds);
+}
+
+// Each of 8 threads reads and writes in an order of its own. A reader that came in beside a writer
+// would see a part of its change, and a writer beside another would lose one of theirs.
+TEST_P(EitherLock, HoldsUnderReadersAndWritersInAnyOrder) {
+    constexpr int threadCount = 8;
+    constexpr unsigned rounds = 2000;
+    std::array<volatile unsigned, 16> written = {};
+    std::array<unsigned, threadCount> writes = {};
+    std::atomic<int> torn = 0;
+    const auto use = [&](unsigned number) {
+        std::minstd_rand random(number + 1);
+        for (unsigned round = 0; round < rounds; ++round) {
+            const bool writing = random() % 4 == 0;
+            writing ? lock.lockExclusive() : lock.lockShared();
+            const unsigned first = written[0];
+            for (volatile unsigned& value : written) {
+                torn += value != first;
+                if (writing) {
+                    value = first + 1;
+                }
+                if (random() % 64 == 0) {
+                    std::this_thread::yield();
+                }
+            }
+            writes[number] += writing;
+            lock.unlock();
+        }
+    };
+    std::vector<std::thread> threads;
+    for (unsigned number = 0; number < threadCount; ++number) {
+        threads.emplace_back(use, number);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(torn, 0);
+    EXPECT_EQ(written[0], std::accumulate(writes.begin(), writes.end(), 0u));
+    EXPECT_GT(written[0], 0u);
 }
 
 TEST_P(EitherLock, WriterWaitsForTheLastReader) {

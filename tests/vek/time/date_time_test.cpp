@@ -71,6 +71,22 @@ TEST(DateTime, SetUtcNowTakesUniversalTime) {
     EXPECT_LE(now.toSeconds(), secondsNow());
 }
 
+TEST(DateTime, TheTimeOfNowHasMilliseconds) {
+    using Take = void (DateTime::*)();
+    for (const Take take : {&DateTime::setUtcNow, &DateTime::setLocalNow}) {
+        // At moments of their own within the second.
+        for (int i = 0; i < 5; ++i) {
+            DateTime now;
+            const std::int64_t before = vek::time::realtimeMilliseconds();
+            (now.*take)();
+            const std::int64_t after = vek::time::realtimeMilliseconds();
+            const std::int64_t taken = now.milliseconds;
+            EXPECT_LE((taken - before % 1000 + 1000) % 1000, after - before) << before;
+            Sleep(37);
+        }
+    }
+}
+
 TEST(DateTime, SetLocalNowTakesLocalTime) {
     DateTime now;
     now.utc = true;
