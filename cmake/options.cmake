@@ -2,6 +2,8 @@
 
 option(VEK_WARNINGS_AS_ERRORS "Stop at the first warning" ON)
 
+option(VEK_CHECKED "Trap undefined behaviour, and check the standard library's conditions and the tests' heap" OFF)
+
 add_library(vek_options INTERFACE)
 target_include_directories(vek_options INTERFACE ${PROJECT_SOURCE_DIR})
 # Narrow Win32 functions are called by their own names (CreateFileA), so UNICODE doesn't matter. 0x0A00 shows the whole
@@ -24,6 +26,11 @@ else()
     # GCC 12 warns of overlapping copies inside its own std::string (its bug 105651).
     target_compile_options(vek_options INTERFACE -Wno-restrict)
   endif()
+endif()
+if(VEK_CHECKED)
+  target_compile_definitions(vek_options INTERFACE _GLIBCXX_ASSERTIONS)
+  # The sanitizer has no run-time library for this target, so a fault is an illegal instruction.
+  target_compile_options(vek_options INTERFACE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
 endif()
 
 # vek_library(NAME SOURCE... LINKS LIBRARY...): the library of one folder or chief header. It links what stands below it,
