@@ -6,8 +6,9 @@
 
 namespace vek::fs {
 
-// Opens the device "nul" for reading and for writing, anew if it is open. Throws as File::open does; a
-// device that was open stays as it is then. Called by the thread that starts the process up.
+// Opens the device "nul" for reading and for writing, anew if it is open. Throws as File::open
+// does; a device that was open stays as it is then. Called by the thread that starts the process
+// up.
 void openNullDevice();
 
 // Closes both; does nothing if they are not open. Called by the thread that ends the process.
