@@ -9,6 +9,8 @@
 #include <netinet/in.h>
 
 #include "tests/native/lead_bytes.h"
+#include "tools/log_application/program/deep_stack.h"
+#include "tools/log_application/show/ansi_text.h"
 #include "vek/auxiliary/line_parser.h"
 #include "vek/base/console_colors.h"
 #include "vek/base/os_error_text.h"
@@ -150,6 +152,21 @@ std::uint32_t DataSocket::write(const void* /*buffer*/, std::uint32_t /*size*/) 
 }
 
 }  // namespace vek::net
+
+namespace log_application {
+
+// There is no ANSI code page.
+std::string utf8Of(std::string_view text) {
+    return std::string(text);
+}
+
+// Of the default stack of the thread that runs main.
+std::size_t stackBottom() {
+    static const std::size_t top = reinterpret_cast<std::size_t>(__builtin_frame_address(0));
+    return top - (std::size_t{6} << 20);
+}
+
+}  // namespace log_application
 
 namespace vek::aux {
 

@@ -184,15 +184,15 @@ TailOptions CommandOptions::tailOptions() {
     TailOptions options;
     options.filter.level = parseSeverity("--level", level.getValue());
     for (const std::string& text : include.getValue()) {
-        options.filter.include.push_back(parseRegex("--include", text));
+        options.filter.include.push_back(parsePattern("--include", text));
     }
     for (const std::string& text : exclude.getValue()) {
-        options.filter.exclude.push_back(parseRegex("--exclude", text));
+        options.filter.exclude.push_back(parsePattern("--exclude", text));
     }
     options.filter.loggers = logger.getValue();
     options.format = format.getValue();
     if (expect.isSet()) {
-        options.expect = parseRegex("--expect", expect.getValue());
+        options.expect = parsePattern("--expect", expect.getValue());
     }
     if (timeout.isSet()) {
         options.timeoutMs = parseTime("--timeout", timeout.getValue());

@@ -16,6 +16,8 @@
 #include "tools/log_application/commands/tail_command.h"
 #include "tools/log_application/program/console.h"
 #include "tools/log_application/program/console_quit.h"
+#include "tools/log_application/program/console_text.h"
+#include "tools/log_application/program/deep_stack.h"
 #include "tools/log_application/program/stop_signal.h"
 #include "vek/pal.h"
 
@@ -42,7 +44,6 @@ ExitCode runCommand(const Options& options, StopSignal& stop) {
 }
 
 ExitCode run(const std::vector<std::string>& arguments) {
-    const vek::VekPal pal(false, 0, 0, nullptr);
     const std::optional<Options> options = parseCommandLine(arguments, std::cout);
     if (!options) {
         flushOutput();
@@ -50,6 +51,11 @@ ExitCode run(const std::vector<std::string>& arguments) {
     }
     StopSignal stop;
     const ConsoleQuit quit(stop);
+    // JSON is UTF-8 on a console too, and raw output the bytes of the process.
+    std::optional<ConsoleText> encoding;
+    if (options->output == OutputKind::text) {
+        encoding.emplace(std::cout, STD_OUTPUT_HANDLE);
+    }
     return runCommand(*options, stop);
 }
 
@@ -58,8 +64,12 @@ ExitCode run(const std::vector<std::string>& arguments) {
 int main(int argumentCount, char** arguments) {
     // Without translation: lines end with a line feed, raw output is byte for byte.
     _setmode(_fileno(stdout), _O_BINARY);
+    const ConsoleText encoding(std::cerr, STD_ERROR_HANDLE);
     try {
-        return run({arguments + 1, arguments + argumentCount});
+        const vek::VekPal pal(false, 0, 0, nullptr);
+        ExitCode code = exitDone;
+        runOnDeepStack([&] { code = run({arguments + 1, arguments + argumentCount}); });
+        return code;
     } catch (const Failure& failure) {
         return report(failure);
     } catch (const vek::Exception& error) {

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -25,8 +24,8 @@ struct SetOptions {
 
 struct TailOptions {
     FilterOptions filter;
-    std::string format;                // empty: the default format
-    std::optional<std::regex> expect;  // tail ends at the first line whose text it is found in
+    std::string format;                 // empty: the default format
+    std::optional<TextPattern> expect;  // tail ends at the first line whose text it is found in
     std::optional<std::int64_t> timeoutMs;
     bool reconnect = false;
     std::size_t bufferLines = 200'000;

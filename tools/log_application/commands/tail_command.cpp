@@ -168,12 +168,30 @@ void TailCommand::showLine(const MergedItem& item) {
         say(followers[item.arrival.source]->label() +
             " sends what is no whole message; what there is of it is shown");
     }
-    if (!item.line || !filter.accepts(*item.line)) {
+    if (!item.line) {
+        return;
+    }
+    const LineFilter::Verdict verdict = filter.judge(*item.line);
+    if (verdict == LineFilter::Verdict::hidden) {
         return;
     }
     renderer->write(std::cout, *item.line);
-    isMet = options.tail.expect &&
-            std::regex_search(item.line->text.value_or(""), *options.tail.expect);
+    const TextPattern::Found expected =
+        options.tail.expect ? options.tail.expect->search(item.line->text.value_or(""))
+                            : TextPattern::Found::no;
+    isMet = expected == TextPattern::Found::yes;
+    if (verdict == LineFilter::Verdict::undecided || expected == TextPattern::Found::undecided) {
+        reportUndecided(followers[item.arrival.source]->label());
+    }
+}
+
+void TailCommand::reportUndecided(const std::string& label) {
+    if (!undecidedReported) {
+        say("a line of " + label +
+            " is too long for a regular expression; such lines are shown, and aren't the expected "
+            "message");
+    }
+    undecidedReported = true;
 }
 
 ExitCode TailCommand::result() const {

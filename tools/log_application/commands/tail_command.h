@@ -45,6 +45,7 @@ class TailCommand : public vek::NoCopy {
     void show(const std::vector<MergedItem>& items);
     void show(const MergedItem& item);
     void showLine(const MergedItem& item);
+    void reportUndecided(const std::string& label);
     bool isFinished() const;
     ExitCode result() const;
 
@@ -59,6 +60,7 @@ class TailCommand : public vek::NoCopy {
     std::optional<vek::time::MonotonicClock> end;
     // Sources whose incomplete messages were reported.
     std::set<std::size_t> reported;
+    bool undecidedReported = false;
     std::size_t ended = 0;
     bool timeIsUp = false;
     bool isMet = false;

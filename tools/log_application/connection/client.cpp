@@ -36,7 +36,8 @@ void Client::connectToAny(const std::vector<Endpoint>& endpoints) {
             connectedTo = endpoint;
             return;
         } catch (const vek::Exception& error) {
-            reasons += (reasons.empty() ? "" : "; ") + endpoint.text() + ": " + error.what();
+            reasons += (reasons.empty() ? "" : "; ") + endpoint.text() + ": " +
+                       escapeControls(error.what());
         }
     }
     throw Failure(

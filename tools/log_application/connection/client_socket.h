@@ -25,6 +25,8 @@ class ClientSocket : public vek::net::IPSocketT<vek::net::DataSocket> {
     // Connects; blocks for up to `answerTimeMs`. Throws vek::NoPeer if nobody listens there,
     // vek::NetError with 10060 (timed out) if there is no answer or the stop is requested, else
     // vek::NetError with the system's number. Calls connect on a non-blocking socket, and select.
+    // For a loopback address it turns repeated attempts off (WSAIoctl, SIO_TCP_INITIAL_RTO), so
+    // that a refusal comes at once.
     void connectTo(const Endpoint& endpoint);
 
     // Limits all reads from now on to `milliseconds` in total; later ones throw vek::NetError with

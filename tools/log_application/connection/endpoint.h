@@ -15,6 +15,9 @@ struct Endpoint {
     // "127.0.0.1:49731".
     std::string text() const { return address + ":" + std::to_string(port); }
 
+    // True for 127.0.0.0/8.
+    bool isLoopback() const { return address.starts_with("127."); }
+
     auto operator<=>(const Endpoint&) const = default;
 };
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "tools/log_application/connection/socket_wait.h"
 #include "tools/log_application/finding/broadcast_addresses.h"
 #include "tools/log_application/finding/discovered.h"
 #include "tools/log_application/program/failure.h"
@@ -18,7 +19,6 @@ namespace log_application {
 
 namespace {
 
-constexpr DWORD pollMs = 20;
 constexpr std::size_t largestDatagram = 65536;
 
 std::vector<Endpoint> everywhere() {
@@ -38,29 +38,35 @@ std::string question(std::uint32_t id) {
     return text;
 }
 
-// Sends the request to every place. Throws Failure if that fails for all of them.
+// Sends the request to every place. Throws Failure if that fails for all of them. Calls sendto
+// itself: that a host has no network is common, and no exception.
 void ask(vek::net::UDPSocket& socket, const std::vector<Endpoint>& places,
          const std::string& text) {
     std::size_t sent = 0;
-    std::string reason;
+    const Endpoint* failed = nullptr;
+    std::uint32_t failure = 0;
     for (const Endpoint& place : places) {
         vek::net::IP4Address address;
         address.fromString(place.address);
         address.setPort(place.port);
-        try {
-            socket.sendTo(text.data(), static_cast<std::uint32_t>(text.size()), address);
+        if (sendto(socket.nativeHandle(), text.data(), static_cast<int>(text.size()), 0,
+                   static_cast<const sockaddr*>(address.sockaddr),
+                   address.length) == SOCKET_ERROR) {
+            failure = static_cast<std::uint32_t>(WSAGetLastError());
+            failed = &place;
+        } else {
             ++sent;
-        } catch (const vek::NetError& error) {
-            reason = place.text() + ": " + error.what();
         }
     }
-    if (sent == 0) {
-        throw Failure(exitLost, "The question for processes can't be sent: " + reason,
+    if (sent == 0 && failed != nullptr) {
+        throw Failure(exitLost,
+                      "The question for processes can't be sent: " + failed->text() + ": " +
+                          vek::NetError(failure).what(),
                       "Check the network, or name a process by --connect HOST:PORT.");
     }
 }
 
-// Receives one answer, if one comes within `pollMs`.
+// Receives one answer.
 void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& found) {
     vek::net::IP4Address sender;
     try {
@@ -69,7 +75,7 @@ void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& foun
         const std::string address = sender.toString();
         found.add(std::string_view(room.data(), size), address, vek::net::isOwnAddress(address));
     } catch (const vek::NetError&) {
-        // Nothing came.
+        // Too large for an answer.
     }
 }
 
@@ -80,7 +86,6 @@ std::vector<Process> discover(const std::vector<Endpoint>& hosts, StopSignal& st
     socket.setBroadcast(true);
     // Most of the places that are asked have no process.
     socket.ignoreLostReceivers();
-    socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &pollMs, sizeof pollMs);
     const std::uint32_t id = GetTickCount() ^ GetCurrentProcessId();
     const std::string text = question(id);
     const std::vector<Endpoint> places = hosts.empty() ? everywhere() : hosts;
@@ -97,7 +102,14 @@ std::vector<Process> discover(const std::vector<Endpoint>& hosts, StopSignal& st
             ask(socket, places, text);
             ++round;
         }
-        takeAnswer(socket, room, found);
+        const std::int64_t next =
+            round < discoveryRounds ? round * discoveryRoundMs : discoveryTimeMs;
+        vek::net::SocketSet reading;
+        reading.add(socket.nativeHandle());
+        stop.addTo(reading);
+        if (waitForReading(reading, next - elapsed) && reading.isSet(socket.nativeHandle())) {
+            takeAnswer(socket, room, found);
+        }
     }
 }
 

@@ -2,44 +2,46 @@
 
 #include <algorithm>
 
-#include "tools/log_application/program/failure.h"
-#include "tools/log_application/show/escape.h"
-
 namespace log_application {
 
 namespace {
 
-bool findsAny(const std::vector<std::regex>& expressions, const std::string& text) {
-    return std::ranges::any_of(expressions, [&text](const std::regex& expression) {
-        return std::regex_search(text, expression);
-    });
+// Whether any of `patterns` is found; undecided only if that depends on a search that was given up.
+TextPattern::Found findAny(const std::vector<TextPattern>& patterns, const std::string& text) {
+    TextPattern::Found found = TextPattern::Found::no;
+    for (const TextPattern& pattern : patterns) {
+        const TextPattern::Found one = pattern.search(text);
+        if (one == TextPattern::Found::yes) {
+            return one;
+        }
+        found = std::max(found, one);
+    }
+    return found;
 }
 
 }  // namespace
 
-bool LineFilter::accepts(const LogLine& line) const {
+LineFilter::Verdict LineFilter::judge(const LogLine& line) const {
+    using Found = TextPattern::Found;
     if (line.level && *line.level > options.level) {
-        return false;
+        return Verdict::hidden;
     }
     const std::string logger = line.logger.value_or("");
     if (!options.loggers.empty() &&
         std::ranges::find(options.loggers, logger) == options.loggers.end()) {
-        return false;
+        return Verdict::hidden;
     }
     const std::string text = line.text.value_or("");
-    return (options.include.empty() || findsAny(options.include, text)) &&
-           !findsAny(options.exclude, text);
-}
-
-std::regex parseRegex(const std::string& name, const std::string& text) {
-    try {
-        return std::regex(text);
-    } catch (const std::regex_error&) {
-        throw Failure(
-            exitUsage,
-            "\"" + escapeControls(text) + "\", given to " + name + ", is no regular expression.",
-            "Put a backslash in front of ( [ { * + ? . and others that are meant as they stand.");
+    const Found included = options.include.empty() ? Found::yes : findAny(options.include, text);
+    if (included == Found::no) {
+        return Verdict::hidden;
     }
+    const Found excluded = findAny(options.exclude, text);
+    if (excluded == Found::yes) {
+        return Verdict::hidden;
+    }
+    const bool decided = included == Found::yes && excluded == Found::no;
+    return decided ? Verdict::shown : Verdict::undecided;
 }
 
 }  // namespace log_application

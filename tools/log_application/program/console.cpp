@@ -2,13 +2,14 @@
 
 #include <iostream>
 
+#include "tools/log_application/show/ansi_text.h"
 #include "vek/base/console_colors.h"
 #include "vek/base/windows.h"
 
 namespace log_application {
 
 void say(const std::string& text) {
-    std::cerr << "log_application: " + text + "\n" << std::flush;
+    std::cerr << "log_application: " + utf8Of(text) + "\n" << std::flush;
 }
 
 ExitCode report(const Failure& failure) {

@@ -1,5 +1,6 @@
 #include "tools/log_application/show/json_object.h"
 
+#include "tools/log_application/show/ansi_text.h"
 #include "tools/log_application/show/escape.h"
 
 namespace log_application {
@@ -8,13 +9,13 @@ void JsonObject::addKey(std::string_view key) {
     if (!members.empty()) {
         members += ',';
     }
-    appendJsonString(members, key);
+    appendJsonString(members, utf8Of(key));
     members += ':';
 }
 
 void JsonObject::add(std::string_view key, std::string_view text) {
     addKey(key);
-    appendJsonString(members, text);
+    appendJsonString(members, utf8Of(text));
 }
 
 void JsonObject::add(std::string_view key, std::int64_t number) {

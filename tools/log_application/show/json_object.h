@@ -8,7 +8,8 @@
 
 namespace log_application {
 
-// Members are written in the order in which they are added. Keys aren't checked for duplicates.
+// Text is converted to UTF-8 as by `utf8Of`. Members are written in the order in which they are
+// added. Keys aren't checked for duplicates.
 class JsonObject {
   public:
     void add(std::string_view key, std::string_view text);

@@ -29,7 +29,8 @@ class LineRenderer {
     LineRenderer(OutputKind outputKind, const std::string& format, bool useColor);
 
     // Writes the line and a line feed. A missing field is written as an empty text, as 0, or as
-    // "INVALID" for the level; in JSON as null.
+    // "INVALID" for the level; in JSON as null. In text a time before 1601 or after 9999 is
+    // written as 0, since the C runtime can't format it.
     void write(std::ostream& stream, const LogLine& line) const;
 
   private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tools/log_application/show/ansi_text.h"
 #include "tools/log_application/show/escape.h"
 
 namespace log_application {
@@ -9,7 +10,7 @@ namespace log_application {
 void TextTable::add(const std::vector<std::string>& cells) {
     std::vector<std::string>& row = rows.emplace_back();
     for (const std::string& cell : cells) {
-        row.push_back(escapeControls(cell));
+        row.push_back(escapeControls(utf8Of(cell)));
     }
 }
 

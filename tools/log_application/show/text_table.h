@@ -9,7 +9,7 @@ namespace log_application {
 
 class TextTable {
   public:
-    // Adds a row. Control characters are escaped.
+    // Adds a row. Cells are converted to UTF-8 as by `utf8Of`, and control characters escaped.
     void add(const std::vector<std::string>& cells);
 
     // Writes each row behind `indent`, with two blanks between columns and none at the end. A

@@ -193,6 +193,46 @@ TEST_F(TailTest, ReconnectsWhenToldTo) {
     server.stop();
 }
 
+TEST_F(TailTest, FollowsTwoHundredProcessesAtOnce) {
+    // One port at two hundred addresses of this host.
+    constexpr int count = 200;
+    vek::net::TCPListener listener(false);
+    vek::net::IP4Address address;
+    listener.bind(address);
+    listener.listen(count);
+    listener.localAddress(address);
+    std::string options;
+    for (int i = 1; i <= count; ++i) {
+        options += " --connect 127.0.0." + std::to_string(i) + ":" + std::to_string(address.port());
+    }
+    ToolRun run("tail --output raw --expect last --timeout 50s" + options);
+    std::vector<std::unique_ptr<vek::net::TCPSocket>> sockets;
+    for (int i = 0; i < count; ++i) {
+        vek::net::SocketSet reading;
+        reading.add(listener.nativeHandle());
+        ASSERT_TRUE(vek::net::Socket::select(&reading, nullptr, nullptr, 30'000))
+            << i << run.errors();
+        sockets.push_back(std::make_unique<vek::net::TCPSocket>(listener.accept()));
+        vek::test::limitReceiving(*sockets.back());
+        Peer peer(*sockets.back());
+        EXPECT_EQ(peer.request(), "get-messages:");
+        peer.sendFrame(messageTelegram("number " + std::to_string(i)));
+    }
+    Peer(*sockets.back()).sendFrame(messageTelegram("last"));
+    EXPECT_EQ(run.wait(), static_cast<DWORD>(exitDone)) << run.errors();
+    EXPECT_EQ(lineCount(run.output()), std::size_t{count} + 1) << run.output();
+}
+
+TEST_F(TailTest, WritesUtf8WhateverTheProcessSends) {
+    const std::string sent = "gr\xFC\xDF gr\xC3\xBC\xC3\x9F";
+    const std::string shown = "gr\xC3\xBC\xC3\x9F gr\xC3\xBC\xC3\x9F";
+    EXPECT_EQ(tailOf("--format {agent}:{msg}", {messageTelegram(sent, 0, "INFO", "\xFC")}).output,
+              "\xC3\xBC:" + shown + "\n");
+    EXPECT_TRUE(holds(tailOf("--output json", {messageTelegram(sent)}).output,
+                      "\"message\":\"" + shown + "\""));
+    EXPECT_EQ(tailOf("--output raw", {messageTelegram(sent)}).output, sent + "\n");
+}
+
 TEST_F(TailTest, SaysHowManyLinesItHadToDrop) {
     constexpr int count = 20'000;
     ScriptedServer server([](Peer& peer) {

@@ -36,4 +36,11 @@ TEST(Endpoint, AnythingElseIsWrongUsage) {
     EXPECT_THROW(parseEndpoint("--host", "127.0.0.1:", 30451), Failure);
 }
 
+TEST(Endpoint, KnowsTheLoopbackAddresses) {
+    EXPECT_TRUE((Endpoint{"127.0.0.1", 1}).isLoopback());
+    EXPECT_TRUE((Endpoint{"127.9.8.7", 1}).isLoopback());
+    EXPECT_FALSE((Endpoint{"128.0.0.1", 1}).isLoopback());
+    EXPECT_FALSE((Endpoint{"10.127.0.1", 1}).isLoopback());
+}
+
 }  // namespace

@@ -195,6 +195,42 @@ TEST_F(HostileServer, TailSaysThatAMessageWasCut) {
     EXPECT_TRUE(holds(result.errors, "has ended in the middle of a message")) << result.errors;
 }
 
+TEST_F(HostileServer, AnExpressionOnAVeryLongLineDoesNotEndTail) {
+    // More than a process of ours can send, and as much as is received.
+    const std::string endless(65'000, 'x');
+    for (const char* const option : {"--include", "--exclude", "--expect"}) {
+        const ToolResult result =
+            ask("tail --output raw " + std::string(option) + " \"^((((((x|y))))))*$\"",
+                [&endless](Peer& peer) {
+                    for (int i = 0; i < 3; ++i) {
+                        peer.sendFrame(messageTelegram(endless));
+                    }
+                });
+        EXPECT_NE(result.code, static_cast<DWORD>(STATUS_STACK_OVERFLOW)) << option;
+        EXPECT_TRUE(holds(result.errors, " has ended\n")) << result.errors;
+        EXPECT_EQ(result.output, endless + "\n" + endless + "\n" + endless + "\n") << option;
+        const std::string told = "is too long for a regular expression";
+        EXPECT_TRUE(holds(result.errors, told)) << result.errors;
+        EXPECT_EQ(result.errors.find(told), result.errors.rfind(told));
+    }
+}
+
+TEST_F(HostileServer, AnAbsurdTimeDoesNotEndTail) {
+    constexpr std::int64_t times[] = {INT64_MAX, INT64_MIN,           INT64_MAX / 10'000,
+                                      -1,        910'692'730'085'477, -11'644'473'600'001};
+    for (const char* const kind : {"text", "json", "raw"}) {
+        const ToolResult result = ask("tail --output " + std::string(kind), [&times](Peer& peer) {
+            for (const std::int64_t time : times) {
+                peer.sendFrame(messageTelegram("absurd", 0, "INFO", "demo", time));
+            }
+            peer.sendFrame(messageTelegram("last"));
+        });
+        EXPECT_TRUE(holds(result.errors, " has ended\n")) << result.errors;
+        EXPECT_EQ(lineCount(result.output), std::size(times) + 1) << result.output;
+        EXPECT_TRUE(holds(result.output, "last")) << result.output;
+    }
+}
+
 TEST_F(HostileServer, TailTakesTheLargestMessageThereIs) {
     // With everything else of its telegram it fills a frame of 16380 bytes.
     const std::string text(16'380 - messageTelegram("").size(), 'x');

@@ -17,10 +17,10 @@ LogLine line(const std::string& text, vek::log::Level level = vek::log::INFO,
     return made;
 }
 
-std::vector<std::regex> regexes(const std::vector<std::string>& texts) {
-    std::vector<std::regex> made;
+std::vector<TextPattern> patterns(const std::vector<std::string>& texts) {
+    std::vector<TextPattern> made;
     for (const std::string& text : texts) {
-        made.push_back(parseRegex("--include", text));
+        made.push_back(parsePattern("--include", text));
     }
     return made;
 }
@@ -43,7 +43,7 @@ TEST(LineFilter, ALevelLetsTheGraverOnesThrough) {
 
 TEST(LineFilter, OneOfTheIncludedHasToBeFound) {
     FilterOptions options;
-    options.include = regexes({"^net", "disk$"});
+    options.include = patterns({"^net", "disk$"});
     const LineFilter filter(options);
     EXPECT_TRUE(filter.accepts(line("net up")));
     EXPECT_TRUE(filter.accepts(line("full disk")));
@@ -52,8 +52,8 @@ TEST(LineFilter, OneOfTheIncludedHasToBeFound) {
 
 TEST(LineFilter, NoneOfTheExcludedMayBeFound) {
     FilterOptions options;
-    options.include = regexes({"net"});
-    options.exclude = regexes({"noise", "\\d{3}"});
+    options.include = patterns({"net"});
+    options.exclude = patterns({"noise", "\\d{3}"});
     const LineFilter filter(options);
     EXPECT_TRUE(filter.accepts(line("net 42")));
     EXPECT_FALSE(filter.accepts(line("net noise")));
@@ -69,9 +69,28 @@ TEST(LineFilter, LoggersAreMatchedWhole) {
     EXPECT_FALSE(filter.accepts(LogLine()));
 }
 
+TEST(LineFilter, ALineWhoseSearchIsGivenUpIsShown) {
+    using Verdict = LineFilter::Verdict;
+    const LogLine endless = line(std::string(1'000'000, 'x'));
+    FilterOptions options;
+    options.include = patterns({"^(x|y)*$"});
+    EXPECT_EQ(LineFilter(options).judge(endless), Verdict::undecided);
+    EXPECT_TRUE(LineFilter(options).accepts(endless));
+    options.include = patterns({"^(x|y)*$", "x"});
+    EXPECT_EQ(LineFilter(options).judge(endless), Verdict::shown);
+    options.include = {};
+    options.exclude = patterns({"^(x|y)*$"});
+    EXPECT_EQ(LineFilter(options).judge(endless), Verdict::undecided);
+    options.exclude = patterns({"^(x|y)*$", "x"});
+    EXPECT_EQ(LineFilter(options).judge(endless), Verdict::hidden);
+    options.exclude = patterns({"^(x|y)*$"});
+    options.level = vek::log::ERR;
+    EXPECT_EQ(LineFilter(options).judge(endless), Verdict::hidden);
+}
+
 TEST(ParseRegex, WhatIsNoneIsWrongUsage) {
     try {
-        parseRegex("--include", "a(");
+        parsePattern("--include", "a(");
         FAIL();
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.exitCode(), exitUsage);

@@ -118,12 +118,12 @@ class TailOnAConsole : public support::ConsoleTest {
     }
     ~TailOnAConsole() override { vek::net::stopWinsock(); }
 
-    // Lets `tail` write a message of each level to the console, one line each.
-    void tail(const std::string& options) const {
-        ScriptedServer server([](Peer& peer) {
+    // Lets `tail` write `message` at each level to the console, one line each.
+    void tail(const std::string& options, const std::string& message = "text") const {
+        ScriptedServer server([&message](Peer& peer) {
             peer.request();
             for (const char* const level : {"ERR", "WARN", "INFO", "DEBUG", "TRACE"}) {
-                peer.sendFrame(messageTelegram("text", 0, level));
+                peer.sendFrame(messageTelegram(message, 0, level));
             }
         });
         HANDLE console = nullptr;
@@ -185,6 +185,20 @@ TEST_F(TailOnAConsole, HasTheColorWhereTheFormatSaysSo) {
         EXPECT_EQ(attributeOfPart(y, levels[y].name), levels[y].attribute) << text(y);
         EXPECT_EQ(attributeOfPart(y, "text"), whiteOnBlack) << text(y);
     }
+}
+
+TEST_F(TailOnAConsole, WritesInTheCodePageOfTheConsole) {
+    const UINT before = GetConsoleOutputCP();
+    for (const UINT codePage : {850u, 1252u}) {
+        ASSERT_NE(SetConsoleOutputCP(codePage), 0);
+        ASSERT_NE(SetConsoleCursorPosition(output, home), 0);
+        tail("--format \"{msg}\"", "gr\xC3\xBC\xC3\x9F");
+        wchar_t row[6] = {};
+        DWORD count = 0;
+        EXPECT_NE(ReadConsoleOutputCharacterW(output, row, 6, home, &count), 0);
+        EXPECT_EQ(std::wstring(row, 6), L"gr\u00FC\u00DF  ") << codePage;
+    }
+    SetConsoleOutputCP(before);
 }
 
 TEST_F(TailOnAConsole, HasNoColorsInJsonAndRaw) {

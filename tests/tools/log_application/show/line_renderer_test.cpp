@@ -74,4 +74,23 @@ TEST(LineRenderer, FormatsUnlessGivenTellDateAndForSeveralTheProcess) {
     EXPECT_EQ(several.substr(19), " 4242 [ INFO] demo: started\n");
 }
 
+TEST(LineRenderer, ATimeThatCannotBeFormattedIsShownAs0) {
+    const auto shown = [](std::int64_t when) {
+        LogLine line;
+        line.when = when;
+        std::ostringstream stream;
+        LineRenderer(OutputKind::text, "{timestamp_s}", false).write(stream, line);
+        // Must not end the program.
+        LineRenderer(OutputKind::text, "{date}", false).write(stream, line);
+        return stream.str().substr(0, stream.str().find('\n'));
+    };
+    EXPECT_EQ(shown(INT64_MAX), "0 s");
+    EXPECT_EQ(shown(INT64_MIN), "0 s");
+    // 9999-12-31 and 1601-01-01 may be another year where the clock is ahead or behind.
+    EXPECT_EQ(shown(253'402'214'400'000), "0 s");
+    EXPECT_EQ(shown(-11'644'387'200'001), "0 s");
+    EXPECT_EQ(shown(253'402'214'399'999), "253402214399 s");
+    EXPECT_EQ(shown(-11'644'387'200'000), "-11644387200 s");
+}
+
 }  // namespace

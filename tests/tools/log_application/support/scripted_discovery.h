@@ -33,6 +33,7 @@ class ScriptedDiscovery {
     std::string host() const { return "--host 127.0.0.1:" + std::to_string(port); }
 
     std::atomic<int> requests = 0;
+    std::uint16_t port = 0;
 
   private:
     void answer(const std::function<std::string(const std::string& id)>& makeReply) {
@@ -49,7 +50,6 @@ class ScriptedDiscovery {
     }
 
     vek::net::UDPSocket socket{false};
-    std::uint16_t port = 0;
     std::atomic<bool> ended = false;
     std::thread thread;
 };
