@@ -8,8 +8,12 @@ JsonObject processObject(const Process& process, const Endpoint& endpoint) {
     JsonObject object;
     object.add("name", process.pid == 0 ? std::nullopt : std::optional(process.name));
     object.add("pid", process.pid == 0 ? std::nullopt : std::optional(process.pid));
-    object.add("address", std::string_view(endpoint.address));
-    object.add("port", std::int64_t{endpoint.port});
+    const bool isKnown = endpoint.port != 0;
+    object.add("address", isKnown ? std::optional(endpoint.address) : std::nullopt);
+    object.add("port", isKnown ? std::optional(endpoint.port) : std::nullopt);
+    if (process.isProgramName) {
+        object.add("name_of_program", true);
+    }
     return object;
 }
 

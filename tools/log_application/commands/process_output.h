@@ -7,8 +7,9 @@
 
 namespace log_application {
 
-// An object with the members "name", "pid", "address" and "port"; the first two are null for a
-// process that is known by its endpoint alone. `endpoint` is where it answers.
+// An object with the members "name", "pid", "address" and "port". The first two are null for a
+// process that is known by its endpoint alone, the last two for an `endpoint` with port 0.
+// "name_of_program", true, follows if the name is that of the program.
 JsonObject processObject(const Process& process, const Endpoint& endpoint);
 
 // Writes the line "demo (4242) at 127.0.0.1:49731" to std::cout; only the endpoint for a process

@@ -21,13 +21,17 @@ std::string beginningOf(const std::string& text) {
 
 }  // namespace
 
-Client::Client(const Process& process, StopSignal* stopSignal)
-    : label(process.label()), stop(stopSignal) {
+Client::Client(const Process& process, StopSignal* stopSignal, std::int64_t answerLimitMs)
+    : label(process.label()), stop(stopSignal), answerLimit(answerLimitMs) {
     connectToAny(process.endpoints);
     buffer.setSocket(socket.get());
 }
 
 void Client::connectToAny(const std::vector<Endpoint>& endpoints) {
+    if (endpoints.empty()) {
+        throw Failure(exitLost, label + " can't be connected to: the system doesn't tell its port.",
+                      howToGiveAPort);
+    }
     std::string reasons;
     for (const Endpoint& endpoint : endpoints) {
         try {
@@ -63,7 +67,7 @@ Failure Client::silent(const vek::Exception& error) const {
 }
 
 void Client::request(Telegram& telegram, const std::function<void()>& readAnswer) {
-    socket->limitReading(ClientSocket::answerTimeMs);
+    socket->limitReading(answerLimit);
     try {
         telegram.send();
         readAnswer();
@@ -189,7 +193,7 @@ void Client::save() {
 bool Client::isAnswering() {
     Telegram question(&buffer);
     question.type = "get-default-scope";
-    socket->limitReading(ClientSocket::answerTimeMs);
+    socket->limitReading(answerLimit);
     try {
         question.send();
         char byte = 0;

@@ -32,8 +32,10 @@ struct SinkInfo {
 class Client : public vek::NoCopy {
   public:
     // Connects to the first endpoint of `process` that accepts. `stopSignal` interrupts all
-    // blocking operations; it may be null, isn't owned and must outlive this.
-    Client(const Process& process, StopSignal* stopSignal);
+    // blocking operations; it may be null, isn't owned and must outlive this. Each answer may take
+    // `answerLimitMs` milliseconds.
+    Client(const Process& process, StopSignal* stopSignal,
+           std::int64_t answerLimitMs = ClientSocket::answerTimeMs);
 
     // Returns the name of the default level.
     std::string defaultLevel();
@@ -81,6 +83,7 @@ class Client : public vek::NoCopy {
 
     const std::string label;
     StopSignal* const stop;
+    const std::int64_t answerLimit;
     std::unique_ptr<ClientSocket> socket;
     Endpoint connectedTo;
     // Holds the largest telegram that a process can send, and many small ones per read.

@@ -29,10 +29,13 @@ std::vector<Endpoint> everywhere() {
     return places;
 }
 
-std::string question(std::uint32_t id) {
+std::string requestText(std::uint32_t id, const std::vector<std::uint32_t>& pids) {
     vek::log::Telegram telegram;
     telegram.type = "discover-request";
     telegram.addParam("id", std::int64_t{id});
+    for (const std::uint32_t pid : pids) {
+        telegram.addParam("pid", std::int64_t{pid});
+    }
     std::string text;
     telegram.serialize(text);
     return text;
@@ -82,28 +85,33 @@ void takeAnswer(vek::net::UDPSocket& socket, std::string& room, Discovered& foun
 }  // namespace
 
 std::vector<Process> discover(const std::vector<Endpoint>& hosts, StopSignal& stop) {
+    DiscoveryQuestion question;
+    question.places = hosts.empty() ? everywhere() : hosts;
+    return discoverWith(question, stop);
+}
+
+std::vector<Process> discoverWith(const DiscoveryQuestion& question, StopSignal& stop) {
     vek::net::UDPSocket socket(false);
     socket.setBroadcast(true);
     // Most of the places that are asked have no process.
     socket.ignoreLostReceivers();
     const std::uint32_t id = GetTickCount() ^ GetCurrentProcessId();
-    const std::string text = question(id);
-    const std::vector<Endpoint> places = hosts.empty() ? everywhere() : hosts;
+    const std::string text = requestText(id, question.pids);
     Discovered found(id);
     std::string room(largestDatagram, '\0');
     const vek::time::MonotonicClock start(true);
     int round = 0;
     for (;;) {
         const std::int64_t elapsed = vek::time::MonotonicClock(true) - start;
-        if (elapsed >= discoveryTimeMs || stop.isRequested()) {
+        if (elapsed >= question.timeMs || stop.isRequested()) {
             return found.processes();
         }
-        if (round < discoveryRounds && elapsed >= round * discoveryRoundMs) {
-            ask(socket, places, text);
+        if (round < question.rounds && elapsed >= round * discoveryRoundMs) {
+            ask(socket, question.places, text);
             ++round;
         }
         const std::int64_t next =
-            round < discoveryRounds ? round * discoveryRoundMs : discoveryTimeMs;
+            round < question.rounds ? round * discoveryRoundMs : question.timeMs;
         vek::net::SocketSet reading;
         reading.add(socket.nativeHandle());
         stop.addTo(reading);

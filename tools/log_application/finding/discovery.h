@@ -25,4 +25,14 @@ inline constexpr std::int64_t discoveryTimeMs = 800;
 // Throws Failure (exitLost) if no request can be sent, and what Socket throws.
 std::vector<Process> discover(const std::vector<Endpoint>& hosts, StopSignal& stop);
 
+struct DiscoveryQuestion {
+    std::vector<Endpoint> places;
+    std::vector<std::uint32_t> pids;  // only these are to answer; empty: all
+    int rounds = discoveryRounds;
+    std::int64_t timeMs = discoveryTimeMs;
+};
+
+// The same with a request of the caller's.
+std::vector<Process> discoverWith(const DiscoveryQuestion& question, StopSignal& stop);
+
 }  // namespace log_application

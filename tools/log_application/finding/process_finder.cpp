@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tools/log_application/finding/discovery.h"
+#include "tools/log_application/finding/host_search.h"
 #include "tools/log_application/program/failure.h"
 #include "tools/log_application/show/escape.h"
 
@@ -73,7 +73,7 @@ std::vector<Process> findProcesses(const Selection& selection, bool toChange, St
         return processes;
     }
     std::vector<Process> others;
-    for (Process& process : discover(selection.hosts, stop)) {
+    for (Process& process : searchProcesses(selection, stop).processes) {
         (isSelected(selection, process) ? processes : others).push_back(std::move(process));
     }
     if (processes.empty()) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/log_application/connection/endpoint.h"
+#include "tools/log_application/finding/port_tables.h"
 
 namespace log_application {
 
@@ -16,7 +17,9 @@ struct Selection {
     std::vector<std::uint32_t> pids;
     std::vector<Endpoint> connect;
     std::vector<Endpoint> hosts;  // where to search; empty: this host and by broadcast
-    bool all = false;             // allows a change of several processes
+    // Where the ports of this host are looked up. Not owned.
+    const PortTables* tables = &systemPortTables();
+    bool all = false;  // allows a change of several processes
 
     bool isEmpty() const { return names.empty() && pids.empty() && connect.empty(); }
     bool needsDiscovery() const { return connect.empty() || !names.empty() || !pids.empty(); }

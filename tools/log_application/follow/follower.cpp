@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "tools/log_application/finding/discovery.h"
+#include "tools/log_application/finding/host_search.h"
 #include "tools/log_application/finding/process_finder.h"
 #include "tools/log_application/show/escape.h"
 
@@ -138,14 +138,17 @@ bool Follower::hasGone(const Endpoint& endpoint) const {
 }
 
 bool Follower::findAgain() {
-    if (process && answers(process->endpoints.front())) {
+    if (process && !process->endpoints.empty() && answers(process->endpoints.front())) {
         return true;
     }
     if (!selection.needsDiscovery()) {
         return false;
     }
     try {
-        for (Process& candidate : discover(selection.hosts, context.stop)) {
+        for (Process& candidate : searchProcesses(selection, context.stop).processes) {
+            if (candidate.endpoints.empty()) {
+                continue;
+            }
             const Endpoint& endpoint = candidate.endpoints.front();
             // Claimed for good by followOnce.
             if (isSelected(selection, candidate) && context.followed.claim(endpoint)) {

@@ -24,8 +24,8 @@ class LineRenderer {
     static constexpr const char* formatForSeveral =
         "{date} {pid} {color_start}[{level}] {agent}{attrs}: {msg}{color_end}";
 
-    // `format` is used for text only; see vek/log/message_format.h. With `useColor` lines may only
-    // be written to std::cout, which must be a console.
+    // `format` is used for text only; see vek/log/sinks/message_format.h. With `useColor` lines may
+    // only be written to std::cout, which must be a console.
     LineRenderer(OutputKind outputKind, const std::string& format, bool useColor);
 
     // Writes the line and a line feed. A missing field is written as an empty text, as 0, or as

@@ -1,12 +1,23 @@
 // log_application ps, on real processes.
+#include <memory>
+
+#include "tests/support/files.h"
 #include "tests/tools/log_application/support/scripted_discovery.h"
 #include "tests/tools/log_application/support/tool_test.h"
+#include "vek/base/environment.h"
 
 namespace {
 
 using namespace log_application_test;
 
 class PsTest : public ToolTest {};
+
+// Is in the folder of this test's own program.
+std::string serviceProgram() {
+    std::string path(MAX_PATH, '\0');
+    path.resize(GetModuleFileNameA(nullptr, path.data(), MAX_PATH));
+    return path.substr(0, path.find_last_of('\\') + 1) + "log_service_program.exe";
+}
 
 TEST_F(PsTest, FindsSeveralProcessesAndSortsThem) {
     ServiceProcess beta("idle", ownName("beta"));
@@ -22,6 +33,34 @@ TEST_F(PsTest, FindsSeveralProcessesAndSortsThem) {
     EXPECT_EQ(result.output, line(alpha) + line(beta));
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(lineCount(runTool("ps " + names).output), 3u);
+}
+
+TEST_F(PsTest, ListsEveryProcessOnDefaultSettings) {
+    const std::string config = support::temporaryDirectory() + "\\log_application.defaults.conf";
+    support::writeFile(config, "defaults : {};\nprocesses : {};\n");
+    vek::setEnv("LOG_SERVICE_NAME", "defaults");
+    std::vector<std::unique_ptr<ToolRun>> services;
+    for (int i = 0; i < 3; ++i) {
+        services.push_back(std::make_unique<ToolRun>("idle -- --logcfg \"" + config + "\"",
+                                                     serviceProgram(), nullptr, DETACHED_PROCESS));
+    }
+    std::string output;
+    const auto countListed = [&] {
+        output = runTool("ps --output json").output;
+        return std::ranges::count_if(services, [&output](const auto& service) {
+            return holds(output, ",\"pid\":" + std::to_string(service->processId()) + ",");
+        });
+    };
+    for (int i = 0; i < 20 && countListed() != 3; ++i) {
+    }
+    EXPECT_EQ(countListed(), 3) << output;
+    // One of them answers the search, the others are known to the system.
+    EXPECT_TRUE(holds(output, "{\"name\":\"defaults\",")) << output;
+    EXPECT_TRUE(holds(output, "{\"name\":\"log_service_program\",")) << output;
+    const std::string pid = std::to_string(services[0]->processId());
+    EXPECT_EQ(lineCount(runTool("ps --pid " + pid).output), 2u);
+    services.clear();
+    DeleteFileA(config.c_str());
 }
 
 TEST_F(PsTest, SaysThatOthersMayBeHiddenIfOnlyOneCanBeSeen) {
