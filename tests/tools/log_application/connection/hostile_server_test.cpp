@@ -128,9 +128,12 @@ TEST_F(HostileServer, ATricklingServerIsLeftAfterAWhile) {
 TEST_F(HostileServer, AnEndlessListOfSinksIsLeft) {
     expectLost(ask("sinks",
                    [](Peer& peer) {
+                       // At once: the answer as a whole has a time limit.
+                       std::string frames;
                        for (int i = 0; i < 20'000; ++i) {
-                           peer.sendFrame("evidence-info:id=x");
+                           frames += frameOf("evidence-info:id=x");
                        }
+                       peer.sendBytes(frames);
                        peer.waitForEnd();
                    }),
                "has sent an answer without an end.");
