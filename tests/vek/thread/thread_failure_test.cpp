@@ -2,10 +2,6 @@
 // one in pieces, runs in a process of its own.
 #include <cstdlib>
 #include <functional>
-#include <iostream>
-#include <locale>
-#include <sstream>
-#include <stdexcept>
 #include <system_error>
 
 #include "tests/vek/thread/lock_support.h"
@@ -243,26 +239,6 @@ TEST_F(EmulatedThreads, WokenWorkerThatCatchesTheErrorCanReadItsStateAndEnd) {
     EXPECT_EQ(error, 1131u);
     EXPECT_EQ(state, Thread::RUNNING);
     // It has ended, so that nobody is to be woken.
-}
-
-// Digits in groups of one.
-class Grouping : public std::numpunct<char> {
-    char do_thousands_sep() const override { return '\''; }
-    std::string do_grouping() const override { return "\1"; }
-};
-
-TEST(ThreadFailure, IdIsReportedInPlainDecimalWhateverTheGlobalLocale) {
-    const std::locale previous =
-        std::locale::global(std::locale(std::locale::classic(), new Grouping));
-    std::ostringstream report;
-    std::streambuf* const cerrBuffer = std::cerr.rdbuf(report.rdbuf());
-    Worker worker([](Worker&) { throw std::runtime_error("reason"); });
-    worker.start();
-    const std::string id = std::to_string(worker.getId());
-    worker.join();
-    std::cerr.rdbuf(cerrBuffer);
-    std::locale::global(previous);
-    EXPECT_EQ(report.str(), "Thread worker (" + id + ") died with std::exception: reason\n");
 }
 
 }  // namespace
