@@ -1,14 +1,14 @@
-// The one exception tree of the framework, rooted in vek::Exception, which is a std::exception.
+// The exceptions of the framework. All derive from vek::Exception, which is a std::exception.
 //
-// The thrower picks the class. Error numbers are captured when an exception is built; their text is
-// looked up when it is asked for. Every class is copied whole, its causes included, so that it can
-// be kept (`clone`) and thrown again (`raise`) with its full type.
+// The thrower chooses the class. An exception stores its error number at construction; the text is
+// looked up when it is first needed. A copy includes the causes, so that an exception can be kept
+// (`clone`) and thrown again (`raise`) with its full type.
 //
-// Constructors take their numbers as GetLastError or WSAGetLastError gave them, and throw nothing
-// but std::bad_alloc. A class that belongs to one owner stands with it.
+// Constructors take error numbers of GetLastError or WSAGetLastError, and throw nothing but
+// std::bad_alloc. Exceptions of a single class, such as vek::PathInfo::Error and
+// vek::SharedLibError, are declared in the header of that class.
 //
-// One object is not to be asked for its texts by two threads at once: both texts are cached at the
-// first call.
+// Not thread-safe: both texts are cached at the first call, also by const operations.
 #pragma once
 
 #include <cstdint>
@@ -25,25 +25,24 @@ class Exception : public std::exception {
     Exception& operator=(const Exception&) = delete;
     ~Exception() override;
 
-    // The descriptions of this exception and of its causes, joined by ": ". The pointer lives as
-    // long as the object.
+    // Returns the descriptions of this exception and of its causes, joined by ": ". The pointer is
+    // valid as long as the object lives.
     const char* what() const noexcept override;
 
     // Throws a copy of this object, of its most derived class.
     [[noreturn]] virtual void raise() const = 0;
 
-    // A heap copy of the most derived class, owned by the caller; null if the allocation gives
-    // null.
+    // Returns a heap copy of the most derived class, owned by the caller; null if the allocation
+    // fails.
     virtual Exception* clone() const = 0;
 
-    // This exception's own text, without its causes.
+    // Returns this exception's own text, without its causes.
     virtual std::string description() const;
 
-    // The exception that led to this one, or null. Owned by this object.
+    // Returns the exception that caused this one, or null. Owned by this object.
     const Exception* getCause() const { return cause.get(); }
 
-    // The descriptions of this exception and of its causes, one on each line, with a line end
-    // behind the last.
+    // Returns the descriptions of this exception and of its causes, each followed by a line end.
     std::string printableText() const;
 
   protected:
@@ -61,7 +60,7 @@ class Exception : public std::exception {
     mutable std::string fullText;
 };
 
-// Gives `Derived` its `raise` and `clone`: class X : public ExceptionOf<X, Base>.
+// Implements `raise` and `clone` of `Derived`: class X : public ExceptionOf<X, Base>.
 template <class Derived, class Base = Exception>
 class ExceptionOf : public Base {
   public:
@@ -78,7 +77,7 @@ class ExceptionOf : public Base {
 // A failed system call: the system's text, a blank, and the number in parentheses.
 class OsError : public ExceptionOf<OsError> {
   public:
-    // `errorNumber` is what GetLastError gave.
+    // `errorNumber` is the result of GetLastError.
     explicit OsError(std::uint32_t errorNumber) : errorCode(errorNumber) {}
 
     std::uint32_t code() const { return errorCode; }
@@ -88,20 +87,20 @@ class OsError : public ExceptionOf<OsError> {
     std::uint32_t errorCode;
 };
 
-// A failed socket call. `errorNumber` is what WSAGetLastError gave.
+// A failed socket call. `errorNumber` is the result of WSAGetLastError.
 class NetError : public ExceptionOf<NetError, OsError> {
   public:
     explicit NetError(std::uint32_t errorNumber) : ExceptionOf(errorNumber) {}
 };
 
-// This host doesn't have the address. Takes WSAGetLastError() by itself, so it is to be built
-// before anything else touches that number; so are the next two.
+// This host doesn't have the address. Calls WSAGetLastError itself, like the next two classes:
+// construct it before another call changes that number.
 class NoSuchAddress : public ExceptionOf<NoSuchAddress, NetError> {
   public:
     NoSuchAddress();
 };
 
-// Nobody listens at the other end.
+// No process listens at the other end.
 class NoPeer : public ExceptionOf<NoPeer, NetError> {
   public:
     NoPeer();
@@ -113,19 +112,19 @@ class NoNetwork : public ExceptionOf<NoNetwork, NetError> {
     NoNetwork();
 };
 
-// The system refused a right.
+// The system denied a permission.
 class PermissionError : public ExceptionOf<PermissionError, OsError> {
   public:
     explicit PermissionError(std::uint32_t errorNumber) : ExceptionOf(errorNumber) {}
 };
 
-// A call that the caller was not allowed to make. "Usage error: " and the message.
+// A call that isn't allowed in this state or with these arguments. "Usage error: " and the message.
 class UsageError : public ExceptionOf<UsageError> {
   public:
     explicit UsageError(const std::string& message);
 };
 
-// Text that can't be understood: "Parse error: Couldn't parse '", the input, "': " and the reason.
+// Text that can't be parsed: "Parse error: Couldn't parse '", the input, "': " and the reason.
 class ParseError : public ExceptionOf<ParseError> {
   public:
     ParseError(const std::string& unparsedInput, const std::string& reason);
@@ -136,15 +135,15 @@ class ParseError : public ExceptionOf<ParseError> {
     std::string inputText;
 };
 
-// Anything else, told by its message alone.
+// Any other failure. The text is the message alone.
 class RuntimeError : public ExceptionOf<RuntimeError> {
   public:
     explicit RuntimeError(const std::string& message);
     RuntimeError(const std::string& message, const Exception& causedBy);
 };
 
-// A failure that concerns a path: "File system error at location: ", the path in double quotes, ":
-// " and the system's text.
+// A failed operation on a path: "File system error at location: ", the path in double quotes, ": "
+// and the system's text.
 class FsError : public ExceptionOf<FsError> {
   public:
     FsError(const std::string& failedPath, std::uint32_t errorNumber);
@@ -158,58 +157,58 @@ class FsError : public ExceptionOf<FsError> {
     std::string pathText;
 };
 
-// The file or a directory on the way to it doesn't exist.
+// The file or one of its parent directories doesn't exist.
 class NoSuchFileError : public ExceptionOf<NoSuchFileError, FsError> {
   public:
     NoSuchFileError(const std::string& failedPath, std::uint32_t errorNumber)
         : ExceptionOf(failedPath, errorNumber) {}
 };
 
-// The system refused access to the file.
+// The system denied access to the file.
 class FileAccessError : public ExceptionOf<FileAccessError, FsError> {
   public:
     FileAccessError(const std::string& failedPath, std::uint32_t errorNumber)
         : ExceptionOf(failedPath, errorNumber) {}
 };
 
-// The file exists, and it was to be a new one.
+// The file exists already.
 class FileExistsError : public ExceptionOf<FileExistsError, FsError> {
   public:
     FileExistsError(const std::string& failedPath, std::uint32_t errorNumber)
         : ExceptionOf(failedPath, errorNumber) {}
 };
 
-// The two paths stand on different volumes.
+// The two paths are on different volumes.
 class NotSameDeviceError : public ExceptionOf<NotSameDeviceError, FsError> {
   public:
     NotSameDeviceError(const std::string& failedPath, std::uint32_t errorNumber)
         : ExceptionOf(failedPath, errorNumber) {}
 };
 
-// The path is a symbolic link where none is followed. Known to who copies files; nothing throws it,
-// deliberately, as symbolic links don't exist for this system.
+// The path is a symbolic link. Deliberately never thrown, as this system doesn't know symbolic
+// links; vek::fs::Copier catches it.
 class IsASymlinkError : public ExceptionOf<IsASymlinkError, FsError> {
   public:
     IsASymlinkError(const std::string& failedPath, std::uint32_t errorNumber)
         : ExceptionOf(failedPath, errorNumber) {}
 };
 
-// A failure of the registry, told by its message alone, or by nothing.
+// A failure of the registry. The text is the message alone, or empty.
 class RegistryError : public ExceptionOf<RegistryError> {
   public:
     RegistryError() = default;
     explicit RegistryError(const std::string& message) : ExceptionOf(message) {}
 };
 
-// A value of the registry is of another type than the one asked for.
+// A registry value has another type than expected.
 class RegistryTypeError : public ExceptionOf<RegistryTypeError, RegistryError> {
   public:
     RegistryTypeError() = default;
     explicit RegistryTypeError(const std::string& message) : ExceptionOf(message) {}
 };
 
-// A failed system call on the registry. The order is the reverse of FsError's, deliberately: the
-// system's text first, then, if there is a message, ": " and the message.
+// A failed system call on the registry. Deliberately in the reverse order of FsError: the system's
+// text first, then, if there is a message, ": " and the message.
 class RegistryOsError : public ExceptionOf<RegistryOsError, RegistryError> {
   public:
     RegistryOsError(const std::string& message, std::uint32_t errorNumber)

@@ -1,5 +1,5 @@
-// The exceptions that read Winsock's last error stand apart, so that only who uses them depends on
-// Winsock.
+// The exceptions that call WSAGetLastError are in a file of their own, so that only programs that
+// use them import Winsock.
 #include "vek/base/windows.h"
 #include "vek/exception.h"
 

@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdlib>
+#include <string_view>
+#include <utility>
 
 #include "vek/auxiliary/ini_reader.h"
 #include "vek/base/host_name.h"
@@ -96,6 +98,14 @@ void replacePlaceholder(std::string& text, const std::string& placeholder,
     text = result;
 }
 
+// The first of two keys in the order of the table; null means none.
+const std::string* earliest(const std::string* a, const std::string* b) {
+    if (a == nullptr || b == nullptr) {
+        return a == nullptr ? b : a;
+    }
+    return *b < *a ? b : a;
+}
+
 std::string foldedPath(const std::string& path) {
     std::string folded = lowered(path);
     replaceChar(folded, '\\', '/');
@@ -125,7 +135,7 @@ PathInfo::PathInfo(const std::string& file) : PathInfo() {
 PathInfo& PathInfo::instance() {
     if (singleton == nullptr) {
         singleton = new PathInfo();
-        // Stored ahead of the load, deliberately: a file that can't be read leaves the built-in
+        // Deliberately stored before the load: a file that can't be read leaves the built-in
         // keys in place.
         std::string file;
         try {
@@ -152,7 +162,7 @@ std::string PathInfo::get(const std::string& key, const std::string& file) const
     if (spelled == foldedKeys.end()) {
         throw Error("key \"" + key + "\" not found (1)");
     }
-    const auto value = values.find(spelled->second);
+    const auto value = values.find(spelled->second.last);
     if (value == values.end()) {
         throw Error("key \"" + key + "\" not found (2)");
     }
@@ -165,12 +175,14 @@ std::string PathInfo::relativePath(const std::string& path, const std::string& k
 }
 
 void PathInfo::set(const std::string& key, const std::string& value) {
-    foldedKeys[lowered(key)] = key;
     std::string expanded = expand(value);
     if (!expanded.empty() && (expanded.back() == '/' || expanded.back() == '\\')) {
         expanded.pop_back();
     }
     values[key] = expanded;
+    Spellings& spellings = foldedKeys[lowered(key)];
+    spellings.all.insert(key);
+    spellings.last = key;
 }
 
 void PathInfo::load(const std::string& file) {
@@ -187,12 +199,57 @@ void PathInfo::load(const std::string& file) {
 
 std::string PathInfo::expand(const std::string& value) const {
     std::string text = value;
-    for (const auto& [key, replacement] : values) {
-        replacePlaceholder(text, "%" + key + "%", replacement);
-        replacePlaceholder(text, "${" + key + "}", replacement);
-        replacePlaceholder(text, "{" + key + "}", replacement);
+    const std::string* former = nullptr;
+    // Each key in the order of the table; those that the text doesn't refer to are passed over.
+    while (const std::string* key = nextReference(lowered(text), former)) {
+        const std::string& replacement = values.at(*key);
+        replacePlaceholder(text, "%" + *key + "%", replacement);
+        replacePlaceholder(text, "${" + *key + "}", replacement);
+        replacePlaceholder(text, "{" + *key + "}", replacement);
+        former = key;
     }
     return text;
+}
+
+const std::string* PathInfo::nextReference(const std::string& foldedText,
+                                           const std::string* former) const {
+    const std::string* next = nullptr;
+    for (const auto& [opening, closing] : {std::pair('%', '%'), std::pair('{', '}')}) {
+        std::size_t open = foldedText.find(opening);
+        std::size_t close = 0;
+        while (open != std::string::npos) {
+            if (close <= open) {
+                close = foldedText.find(closing, open + 1);
+            }
+            if (close == std::string::npos) {
+                break;
+            }
+            next = earliest(next, keyBetween(foldedText, open, close, former));
+            open = foldedText.find(opening, open + 1);
+        }
+    }
+    return next;
+}
+
+const std::string* PathInfo::keyBetween(const std::string& foldedText, std::size_t open,
+                                        std::size_t firstClose, const std::string* former) const {
+    const std::string* next = nullptr;
+    const std::string_view text = foldedText;
+    for (std::size_t close = firstClose; close != std::string::npos;
+         close = text.find(text[firstClose], close + 1)) {
+        // A key may hold the closing character, too.
+        const std::string_view candidate = text.substr(open + 1, close - open - 1);
+        const auto known = foldedKeys.lower_bound(candidate);
+        if (known == foldedKeys.end() || !known->first.starts_with(candidate)) {
+            break;
+        }
+        if (known->first.size() == candidate.size()) {
+            const std::set<std::string>& spellings = known->second.all;
+            const auto key = former == nullptr ? spellings.begin() : spellings.upper_bound(*former);
+            next = earliest(next, key == spellings.end() ? nullptr : &*key);
+        }
+    }
+    return next;
 }
 
 }  // namespace vek

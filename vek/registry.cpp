@@ -101,11 +101,15 @@ std::list<std::string> RegistryKey::listSubkeys() const {
     check(RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, nullptr, &longestName, nullptr, nullptr,
                            nullptr, nullptr, nullptr, nullptr),
           message);
+    // The length is one of characters, and names may grow meanwhile: the buffer grows as needed.
     std::vector<char> name(longestName + 1);
     std::list<std::string> names;
     for (DWORD index = 0;; ++index) {
-        const LSTATUS result =
-            RegEnumKeyA(key, index, name.data(), static_cast<DWORD>(name.size()));
+        LSTATUS result = ERROR_MORE_DATA;
+        while ((result = RegEnumKeyA(key, index, name.data(), static_cast<DWORD>(name.size()))) ==
+               ERROR_MORE_DATA) {
+            name.resize(2 * name.size());
+        }
         if (result == ERROR_NO_MORE_ITEMS) {
             return names;
         }
@@ -124,7 +128,7 @@ RegistryValueList RegistryKey::listValues(bool withData) const {
     std::vector<char> name(longestName + 1);
     std::vector<unsigned char> data(withData ? longestData + 1 : 0);
     RegistryValueList values;
-    for (DWORD index = 0;; ++index) {
+    for (DWORD index = 0;;) {
         DWORD nameLength = static_cast<DWORD>(name.size());
         DWORD dataSize = static_cast<DWORD>(data.size());
         DWORD type = REG_NONE;
@@ -134,10 +138,17 @@ RegistryValueList RegistryKey::listValues(bool withData) const {
         if (result == ERROR_NO_MORE_ITEMS) {
             return values;
         }
+        if (result == ERROR_MORE_DATA) {
+            // The system doesn't say which of the two is too small.
+            name.resize(2 * name.size());
+            data.resize(2 * data.size());
+            continue;
+        }
         check(result, message);
         values.emplace_back(
             std::string(name.data(), nameLength),
             withData ? RegistryValue::fromSystem(type, data.data(), dataSize) : RegistryValue());
+        ++index;
     }
 }
 
@@ -163,7 +174,7 @@ RegistryValue RegistryKey::readValue(const std::string& name) const {
             check(result, "Unable to read value '", name, "'");
             return RegistryValue::fromSystem(type, buffer.data(), size);
         }
-        // The size that the system has told is not relied on: the value may change until it is
+        // The size that the system reports is not used: the value may change until it is
         // read again.
         buffer.resize(2 * buffer.size());
     }
@@ -223,9 +234,9 @@ SystemInformation systemInformation() {
         found.manufacturer = key.readString("SystemManufacturer");
         found.product = key.readString("SystemProductName");
     } catch (const RegistryError&) {
-        // What was read stands.
+        // What was read is kept.
     } catch (const std::invalid_argument&) {
-        // A number that is too short stands where a text should.
+        // The value is a number that is too short, and no text.
     }
     return found;
 }

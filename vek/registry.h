@@ -1,11 +1,12 @@
-// The registry of the system: vek::RegistryKey, an open key, and readers that need none.
+// The system's registry: vek::RegistryKey, an open key, and static readers that open one
+// themselves.
 //
 //     const std::string path =
 //         vek::RegistryKey::readString(HKEY_LOCAL_MACHINE, "SOFTWARE\\tolmar", "Path", "C:\\", 0);
 //
-// Names and paths end at their first NUL. An empty value name stands for the key's default value.
-// Unless said otherwise a failed call throws RegistryOsError with the system's result and a text
-// that tells what was tried.
+// Names and paths end at their first NUL. An empty value name means the key's default value. Unless
+// said otherwise a failed call throws RegistryOsError with the system's result and a text that
+// names the operation.
 #pragma once
 
 #include <cstdint>
@@ -19,81 +20,92 @@
 
 namespace vek {
 
-// One object is not to be shared among threads while one of them writes.
+// Not thread-safe while one of the threads writes.
 class RegistryKey : public NoCopy {
   public:
-    // What a key is opened for; combined by |. Other bits mean nothing.
+    // The purpose of opening a key; combined by |. Other bits are ignored.
     enum Flags : int {
         READ = 1,
         WRITE = 2,
-        CREATE = 4,  // a key that is missing is made, with all keys above it
+        CREATE = 4,  // a missing key is created, with all its parents
     };
 
-    // Which of its two registries a 64-bit system is asked for; the first wins. Without one, the
-    // system decides.
+    // The view of a 64-bit system's registry; VIEW_32 takes precedence. Without one, the system
+    // decides: a 32-bit program gets the 32-bit view.
+    //
+    // Only the constructor, openSubkey and the static readers pass the view to the system. The
+    // calls behind createSubkey, deleteSubkey and deleteSubkeyRecursive take no view: below a key
+    // that has two views (such as HKEY_LOCAL_MACHINE\SOFTWARE) the system may act on its default
+    // view, whatever the view of this object. To create a subkey in a view, construct it with
+    // CREATE: RegistryKey(key.nativeHandle(), name, READ | WRITE | CREATE, VIEW_64). To delete one
+    // in a view, call RegDeleteKeyExA. The list functions and the values use the open key itself,
+    // so they stay in its view.
     enum View : int {
         VIEW_32 = 1,
         VIEW_64 = 2,
     };
 
-    // Opens the key `path` below `parent`, a predefined key or the nativeHandle of one that stays
-    // open during this call. An empty path opens `parent` once more. Stands on RegOpenKeyExA, with
-    // CREATE on RegCreateKeyExA. Throws RegistryOsError "Unable to open " and the path.
+    // Opens the key `path` below `parent`, a predefined key or the nativeHandle of an open one. An
+    // empty path opens `parent` again. Calls RegOpenKeyExA, with CREATE RegCreateKeyExA. Throws
+    // RegistryOsError "Unable to open " and the path.
     RegistryKey(HKEY parent, const std::string& path, int flags, int view);
 
-    // Closes. Stands on RegCloseKey.
+    // Calls RegCloseKey.
     ~RegistryKey();
 
-    // Opens the key `name`, which may be a path, below this one, in the view of this one. Keys
-    // opened so don't depend on this object. Throws UsageError if CREATE is the only flag,
-    // deliberately: with others it is let through. Otherwise as the constructor.
+    // Opens the key `name`, which may be a path, below this one, in the view of this one. The
+    // result doesn't depend on this object. Deliberately throws UsageError only if CREATE is the
+    // only flag: with others it is accepted. Otherwise throws as the constructor does.
     std::shared_ptr<RegistryKey> openSubkey(const std::string& name, int flags) const;
 
-    // Makes the key `name`, which may be a path, below this one, or opens it if it exists; with all
-    // rights that the user has. Stands on RegCreateKeyA.
+    // Creates the key `name`, which may be a path, below this one, or opens it if it exists, with
+    // all rights that the user has. The result has the view of this object, which its openSubkey
+    // uses; RegCreateKeyA, which is called, takes no view (see View).
     std::shared_ptr<RegistryKey> createSubkey(const std::string& name);
 
-    // Deletes the key `name`, which must have no subkeys. Who has it open is told that it is
-    // deleted. Stands on RegDeleteKeyA.
+    // Deletes the key `name`, which must have no subkeys. Operations on open handles of it fail
+    // afterwards. Calls RegDeleteKeyA, which takes no view (see View).
     void deleteSubkey(const std::string& name);
 
-    // Deletes the key `name` with all that is in it. An empty name empties this key and leaves it.
-    // Stands on RegDeleteTreeA.
+    // Deletes the key `name` with all its subkeys and values. An empty name deletes all subkeys and
+    // values of this key, but not the key. Calls RegDeleteTreeA, which takes no view (see View).
     void deleteSubkeyRecursive(const std::string& name);
 
-    // Deletes the value `name`. Stands on RegDeleteValueA.
+    // Deletes the value `name`. Calls RegDeleteValueA.
     void deleteValue(const std::string& name);
 
-    // The names of the subkeys, in the system's order. Throws RegistryOsError with ERROR_MORE_DATA
-    // if somebody has made one meanwhile with a name longer than all others; so does listValues,
-    // where a value was made longer. Stands on RegQueryInfoKeyA and RegEnumKeyA.
+    // Returns the names of the subkeys, in the system's order. Keys that others create or delete in
+    // the meantime may be missing or, after a deletion, make others be skipped. Calls
+    // RegQueryInfoKeyA and RegEnumKeyA, the latter again with a buffer of twice the size if a name
+    // doesn't fit.
     std::list<std::string> listSubkeys() const;
 
-    // The values with their names, in the system's order. Without `withData` each is a TYPE_NONE.
-    // Throws std::invalid_argument as readValue does. Stands on RegQueryInfoKeyA and RegEnumValueA.
+    // Returns the values with their names, in the system's order. Without `withData` each is a
+    // TYPE_NONE. Throws std::invalid_argument as readValue does. Calls RegQueryInfoKeyA and
+    // RegEnumValueA, the latter with growing buffers as above.
     //
     // A string that was stored without a terminator loses its last character here.
     RegistryValueList listValues(bool withData) const;
 
-    // The empty name of the key's default value, if that is set; no name of any other value,
-    // deliberately. listValues gives them all.
+    // Returns the empty name of the key's default value if that is set, and deliberately no name of
+    // any other value. For all names use listValues.
     std::list<std::string> listValueNames() const;
 
-    // Reads the value `name`, whatever its type and length, and also if somebody changes it
-    // meanwhile. Throws std::invalid_argument, which is no vek::Exception, for a REG_DWORD of fewer
-    // than 4 bytes and a REG_QWORD of fewer than 8. Stands on RegGetValueA.
+    // Reads the value `name`, whatever its type and length, also while others change it. Throws
+    // std::invalid_argument, which is no vek::Exception, for a REG_DWORD of fewer than 4 bytes and
+    // a REG_QWORD of fewer than 8. Calls RegGetValueA.
     RegistryValue readValue(const std::string& name) const;
 
-    // The same for a TYPE_DWORD and for a TYPE_STRING. Throw RegistryTypeError for other types.
+    // Read a TYPE_DWORD and a TYPE_STRING. Throw RegistryTypeError for other types.
     unsigned long readDword(const std::string& name) const;
     std::string readString(const std::string& name) const;
 
-    // Writes the value `name`, which is made if it is missing. TYPE_NONE and TYPE_UNKNOWN have no
-    // contents; a number that isn't a type is written as TYPE_UNKNOWN. Stands on RegSetKeyValueA.
+    // Writes the value `name`; creates it if it is missing. TYPE_NONE and TYPE_UNKNOWN have no
+    // contents; a number that isn't a type is written as TYPE_UNKNOWN. Calls RegSetKeyValueA.
     void writeValue(const std::string& name, const RegistryValue& value);
 
-    // The same readers for the key `path` below `parent`, which is opened for READ in `view` (0, or
-    // of View) and closed again. Safe from any thread.
+    // Open the key `path` below `parent` for READ in `view` (0 or a View), read, and close it.
+    // Thread-safe.
     static RegistryValue readValue(HKEY parent, const std::string& path, const std::string& name,
                                    int view);
     static unsigned long readDword(HKEY parent, const std::string& path, const std::string& name,
@@ -101,9 +113,8 @@ class RegistryKey : public NoCopy {
     static std::string readString(HKEY parent, const std::string& path, const std::string& name,
                                   int view);
 
-    // The same, with the result `fallback` where they would throw a RegistryError: the key or the
-    // value is missing, may not be read, or is of another type. std::invalid_argument is thrown all
-    // the same.
+    // The same, but return `fallback` instead of throwing a RegistryError: if the key or the value
+    // is missing, can't be read, or has another type. std::invalid_argument is still thrown.
     static RegistryValue readValue(HKEY parent, const std::string& path, const std::string& name,
                                    const RegistryValue& fallback, int view);
     static unsigned long readDword(HKEY parent, const std::string& path, const std::string& name,
@@ -111,13 +122,13 @@ class RegistryKey : public NoCopy {
     static std::string readString(HKEY parent, const std::string& path, const std::string& name,
                                   const std::string& fallback, int view);
 
-    // The rights that a key is opened with for `flags` and `view`.
+    // Returns the access mask with which a key is opened for `flags` and `view`.
     static std::uint32_t accessMask(int flags, int view);
 
-    // The handle, still owned by this object.
+    // The handle. Owned by this object.
     HKEY nativeHandle() const { return key; }
 
-    // What it was opened with, or the key that it was opened from.
+    // The view that was passed to the constructor, or that of the parent object.
     int viewFlags() const { return view; }
 
   private:
@@ -128,14 +139,14 @@ class RegistryKey : public NoCopy {
     int view;
 };
 
-// Who made this computer, and what it is called.
+// The manufacturer and the product name of this computer.
 struct SystemInformation {
     std::string manufacturer;
     std::string product;
 };
 
-// Reads both from the registry. What can't be read stays empty, and what stands behind it too.
-// Throws nothing but std::bad_alloc. Safe from any thread.
+// Reads both from the registry. If one can't be read, it and those after it are empty. Throws
+// nothing but std::bad_alloc. Thread-safe.
 SystemInformation systemInformation();
 
 }  // namespace vek

@@ -1,5 +1,5 @@
-// vek::RegistryValue: a value of the registry, of any type, in a form that can be looked at and
-// printed. vek/registry.h reads and writes it.
+// vek::RegistryValue: a registry value of any type, to be inspected and printed. It is read and
+// written by vek/registry.h.
 #pragma once
 
 #include <cstddef>
@@ -13,11 +13,11 @@
 
 namespace vek {
 
-// A plain value; one object is not to be changed while another thread uses it. Which field holds
-// the contents depends on the type; the others stay empty.
+// A plain value, thread-safe on separate objects. The type says which field has the contents; the
+// others are empty.
 struct RegistryValue {
     enum Type : int {
-        TYPE_UNKNOWN = -1,  // any type of the system's that isn't here; without contents
+        TYPE_UNKNOWN = -1,  // any other type of the system; without contents
         TYPE_NONE = 0,      // REG_NONE; without contents
         TYPE_DWORD = 1,
         TYPE_QWORD = 2,
@@ -46,32 +46,32 @@ struct RegistryValue {
     // among them.
     std::string asString() const;
 
-    // The value that the `size` bytes at `data` are, as the system keeps a value of its type
-    // `systemType` (REG_SZ and the like). Throws std::invalid_argument for a REG_DWORD of fewer
-    // than 4 bytes and a REG_QWORD of fewer than 8; what is behind these is left out.
+    // Converts the `size` bytes at `data`, the system's form of a value of the type `systemType`
+    // (such as REG_SZ). Throws std::invalid_argument for a REG_DWORD of fewer than 4 bytes and a
+    // REG_QWORD of fewer than 8; further bytes are ignored.
     //
-    // The last byte of a REG_SZ and a REG_EXPAND_SZ is taken for the terminator, whatever it is,
-    // deliberately. A REG_MULTI_SZ loses its empty elements, and what stands behind its last NUL.
+    // Deliberately, the last byte of a REG_SZ and a REG_EXPAND_SZ is dropped as the terminator,
+    // whatever it is. Of a REG_MULTI_SZ, empty elements and bytes after the last NUL are dropped.
     static RegistryValue fromSystem(std::uint32_t systemType, const unsigned char* data,
                                     std::size_t size);
 
-    // The number of this value's type in the system; 0xFFFFFFFF for TYPE_UNKNOWN and for a number
-    // that isn't a type.
+    // Returns the system's number of this value's type; 0xFFFFFFFF for TYPE_UNKNOWN and for a
+    // number that isn't a type.
     std::uint32_t systemType() const;
 
-    // The bytes that the system keeps for this value, the terminators of strings included. A string
-    // type without a string has the bytes of an empty one.
+    // Returns the system's form of this value, with the terminators of strings. A string type
+    // without a string gives an empty one.
     std::vector<unsigned char> systemData() const;
 };
 
 using RegistryValueList = std::list<std::pair<std::string, RegistryValue>>;
 
-// Prints the contents, and " [", the type's name and "]" behind them. Bytes are printed as
-// upper-case hexadecimal digits with blanks between, several strings with ", " between, and "?"
-// where a type has no contents. Leaves the stream's fill and flags alone.
+// Prints the contents, then " [", the type's name and "]". Bytes are printed as upper-case
+// hexadecimal digits separated by blanks, several strings separated by ", ", and "?" for a type
+// without contents. Doesn't change the stream's fill and flags.
 std::ostream& operator<<(std::ostream& stream, const RegistryValue& value);
 
-// Prints a line for each value: its name, ": ", and the value as above.
+// Prints one line per value: its name, ": ", and the value as above.
 std::ostream& operator<<(std::ostream& stream, const RegistryValueList& values);
 
 }  // namespace vek

@@ -1,9 +1,17 @@
 #include "vek/pathinfo.h"
 
+#include <chrono>
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "tests/vek/temporary_directory.h"
 #include "vek/base/host_name.h"
+#include "vek/base/text.h"
 #include "vek/fs/program_path.h"
 
 namespace {
@@ -44,7 +52,7 @@ TEST_F(PathInfoTest, BuiltInKeysStandWithoutAFile) {
     try {
         host = vek::hostName(0);
     } catch (const vek::OsError&) {
-        // A long name: the literal stands.
+        // A long name: the literal is used.
     }
     EXPECT_EQ(table.get("HOSTNAME", ""), host);
     EXPECT_EQ(table.get("COMPUTERNAME", ""), host);
@@ -73,7 +81,7 @@ TEST_F(PathInfoTest, ReferencesToEarlierLinesAreExpandedAndToLaterOnesAreNot) {
 }
 
 TEST_F(PathInfoTest, InsertedTextIsOpenToKeysLaterInByteOrderOnly) {
-    // While c is set, a holds "{x}" and x is set: a comes ahead of x.
+    // While c is set, a holds "{x}" and x is set: a comes before x.
     EXPECT_EQ(valueOf("a={x}\nx=1\nc={a}\n", "c"), "1");
     // y comes behind x, so what it brings in stays.
     EXPECT_EQ(valueOf("y={x}\nx=1\nc={y}\n", "c"), "{x}");
@@ -103,7 +111,7 @@ TEST_F(PathInfoTest, OldSpellingIsLeftForExpansionOnly) {
     table.set("Key", "old");
     table.set("KEY", "new");
     EXPECT_EQ(table.get("key", ""), "new");
-    // "KEY" comes ahead of "Key" in byte order and matches first, in any case.
+    // "KEY" comes before "Key" in byte order and matches first, in any case.
     table.set("user", "{key}");
     EXPECT_EQ(table.get("user", ""), "new");
     // The other way round the old value is what a reference brings in.
@@ -179,6 +187,117 @@ TEST_F(PathInfoTest, SingletonIsMadeOnceAndStandsAfterAFailedLoad) {
     EXPECT_NE(errorOf([] { PathInfo::instance(); }), "nothing thrown");
     PathInfo::destroy();
     PathInfo::destroy();
+}
+
+// The table as its description says it, in the simplest form.
+class SimpleTable {
+  public:
+    void set(const std::string& key, const std::string& value) {
+        std::string expanded = value;
+        for (const auto& [known, replacement] : values) {
+            for (const std::string& form :
+                 {"%" + known + "%", "${" + known + "}", "{" + known + "}"}) {
+                replaceAnyCase(expanded, form, replacement);
+            }
+        }
+        if (!expanded.empty() && (expanded.back() == '/' || expanded.back() == '\\')) {
+            expanded.pop_back();
+        }
+        values[key] = expanded;
+        spelled[lowered(key)] = key;
+    }
+
+    const std::string& get(const std::string& key) const {
+        return values.at(spelled.at(lowered(key)));
+    }
+
+  private:
+    static std::string lowered(std::string text) { return vek::toLower(text); }
+
+    static void replaceAnyCase(std::string& text, const std::string& form, const std::string& by) {
+        std::size_t at = 0;
+        while ((at = lowered(text).find(lowered(form), at)) != std::string::npos) {
+            text.replace(at, form.size(), by);
+            at += by.size();
+        }
+    }
+
+    std::map<std::string, std::string> values;
+    std::map<std::string, std::string> spelled;
+};
+
+TEST_F(PathInfoTest, ValuesAreThoseOfTheSimpleWay) {
+    std::minstd_rand random(1);
+    const auto below = [&](unsigned end) { return static_cast<unsigned>(random() % end); };
+    const std::vector<std::string> keys = {"a",  "A",  "b", "aB",  "AB", "ab",  "a%b",
+                                           "{a", "a}", "$", "x y", "%",  "a}b", "{}"};
+    const std::vector<std::string> pieces = {"%",   "{",    "}",    "${",  "/",    "\\", "x",
+                                             "%a%", "{aB}", "${b}", "{a}", "%ab%", "{A}"};
+    int expanded = 0;
+    for (int round = 0; round < 500; ++round) {
+        PathInfo table;
+        SimpleTable simple;
+        for (const char* builtIn : {"HOSTNAME", "COMPUTERNAME", "SystemRoot", "WINDIR"}) {
+            simple.set(builtIn, table.get(builtIn, ""));
+        }
+        std::set<std::string> used;
+        for (int line = 0; line < 20; ++line) {
+            const std::string& key = keys[below(static_cast<unsigned>(keys.size()))];
+            std::string value;
+            for (unsigned left = below(7); left > 0; --left) {
+                value += below(3) == 0 ? keys[below(static_cast<unsigned>(keys.size()))]
+                                       : pieces[below(static_cast<unsigned>(pieces.size()))];
+            }
+            table.set(key, value);
+            simple.set(key, value);
+            used.insert(key);
+            ASSERT_EQ(table.get(key, ""), simple.get(key)) << value;
+            expanded += simple.get(key) != value ? 1 : 0;
+            if (simple.get(key).size() > 1000) {
+                // Values that refer to each other double with each line.
+                break;
+            }
+        }
+        for (const std::string& key : used) {
+            ASSERT_EQ(table.get(key, ""), simple.get(key)) << key;
+        }
+    }
+    EXPECT_GT(expanded, 1000);
+}
+
+TEST_F(PathInfoTest, ThousandsOfKeysTakeNoTime) {
+    std::string content = "key0=C:\\base\n";
+    for (int i = 1; i < 4000; ++i) {
+        const std::string number = std::to_string(i);
+        content += "key" + number + (i % 2 == 0 ? "=%WINDIR%\\" : "={key0}\\") + number + "\n";
+    }
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(valueOf(content, "key3999"), "C:\\base\\3999");
+    // It took 13 seconds when each value was searched for each key.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(PathInfoTest, HostileValuesTakeNoTime) {
+    const auto start = std::chrono::steady_clock::now();
+    const std::string many(20000, '{');
+    EXPECT_EQ(valueOf("a=1\nb=" + many + "}\n", "b"), many + "}");
+    const std::string signs(20000, '%');
+    EXPECT_EQ(valueOf("a=1\nb=" + signs + "\n", "b"), signs);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(PathInfoTest, Utf16FileIsReportedAsSuch) {
+    writeFile("pathinfo.ini", std::string("\xFF\xFE"
+                                          "a\0=\0b\0",
+                                          8));
+    EXPECT_EQ(errorOf([&] { PathInfo table(path("pathinfo.ini")); }),
+              "PathInfo Error: failed to load config file: File system error at location: \"" +
+                  path("pathinfo.ini") +
+                  "\": The file is in UTF-16. Save it in the system's ANSI code page.");
+}
+
+TEST_F(PathInfoTest, ByteOrderMarkOfUtf8DoesNotHideTheFirstKey) {
+    EXPECT_EQ(valueOf("\xEF\xBB\xBFQadDataDir=D:\\data\n", "QadDataDir"), "D:\\data");
 }
 
 }  // namespace

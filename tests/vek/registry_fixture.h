@@ -11,7 +11,7 @@
 
 namespace vek::test {
 
-// Made ahead of the test below HKEY_CURRENT_USER\Software, and removed with all that is in it
+// Made before the test below HKEY_CURRENT_USER\Software, and removed with all that is in it
 // afterwards. Its own calls are the system's, so that they prove RegistryKey instead of leaning on
 // it.
 class RegistryTest : public testing::Test {

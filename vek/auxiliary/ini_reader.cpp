@@ -1,5 +1,6 @@
 #include "vek/auxiliary/ini_reader.h"
 
+#include <utility>
 #include <vector>
 
 #include "vek/base/text.h"
@@ -19,17 +20,13 @@ bool IniReader::processLine(const std::string& line) {
     const std::string& key = fields[0];
     std::string folded = key;
     toLower(folded);
-    const auto known = foldedKeys.find(folded);
-    if (known != foldedKeys.end()) {
-        removeEntry(known->second);
+    const auto entry = entryList.emplace(entryList.end(), key, fields[1]);
+    const auto [known, isNew] = foldedKeys.try_emplace(std::move(folded), entry);
+    if (!isNew) {
+        entryList.erase(known->second);
+        known->second = entry;
     }
-    foldedKeys[folded] = key;
-    entryList.emplace_back(key, fields[1]);
     return true;
-}
-
-void IniReader::removeEntry(const std::string& key) {
-    entryList.remove_if([&key](const Entries::value_type& entry) { return entry.first == key; });
 }
 
 }  // namespace vek::aux

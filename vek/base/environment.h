@@ -1,30 +1,33 @@
-// The environment of this process, as the system keeps it. The C runtime has a copy of its own,
-// which doesn't follow these.
+// The system's environment of this process. The C runtime has its own copy, which these functions
+// don't change.
 //
-// Names and values end at their first zero byte. Safe from any thread: the system protects its
-// environment. A failed call throws OsError with GetLastError().
+// Names and values end at their first zero byte. Thread-safe: the system protects its environment.
+// A failed call throws OsError with GetLastError().
 #pragma once
 
 #include <string>
 
 namespace vek {
 
-// Reads the variable `name` into `out`. The result is false, with `out` emptied, if there is none.
-// Stands on GetEnvironmentVariableA.
+// Reads the variable `name` into `out`. Returns false and clears `out` if there is no such
+// variable. Calls GetEnvironmentVariableA twice, for the size and for the value; a value that
+// another thread makes longer in between is read again.
 //
-// A variable that exists with an empty value throws OsError, deliberately: the system reports it as
-// it reports a failure, with an error number of 0. Who only wants to know whether a variable is
-// there asks hasEnv.
+// Deliberately throws OsError in two cases that are no failures: with the number 0 for a variable
+// that exists with an empty value, which the system reports like a failure; and with
+// ERROR_ENVVAR_NOT_FOUND (203) if another thread removes the variable between the two calls. To
+// learn only whether a variable exists, use hasEnv.
 bool getEnv(const std::string& name, std::string& out);
 
-// Whether the variable `name` exists, also with an empty value. Stands on GetEnvironmentVariableA.
+// Returns whether the variable `name` exists, also with an empty value. Calls
+// GetEnvironmentVariableA.
 bool hasEnv(const std::string& name);
 
-// Sets the variable `name` for this process and the children that it starts from now on. Stands on
+// Sets the variable `name` for this process and the children that it starts from now on. Calls
 // SetEnvironmentVariableA.
 void setEnv(const std::string& name, const std::string& value);
 
-// Removes the variable `name`. Stands on SetEnvironmentVariableA.
+// Removes the variable `name`. Calls SetEnvironmentVariableA.
 void unsetEnv(const std::string& name);
 
 }  // namespace vek

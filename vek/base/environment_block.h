@@ -6,27 +6,25 @@
 namespace vek {
 
 // Owns the block that the system made. Its entries, "NAME=value", follow each other, each ended by
-// a zero byte, and an empty entry ends the block. They are gone through by their lengths:
+// a zero byte, and an empty entry ends the block. To iterate:
 //
 //     for (const char* entry = block.begin(); entry != block.end(); entry += strlen(entry) + 1)
 //
-// The block doesn't follow later changes. Safe from any thread once it is constructed.
+// The block doesn't show later changes. Thread-safe once it is constructed.
 class EnvironmentBlock : public NoCopy {
   public:
-    // Equal to every pointer to an empty entry.
+    // Compares equal to every pointer to an empty entry.
     struct EndMarker {
         friend bool operator==(const char* entry, EndMarker) { return *entry == '\0'; }
     };
 
-    // Throws OsError with GetLastError() if the system gives no block. Stands on
-    // GetEnvironmentStrings.
+    // Calls GetEnvironmentStrings. Throws OsError with GetLastError() on failure.
     EnvironmentBlock();
 
-    // Throws nothing: if the system doesn't take the block back, that is reported on std::cerr.
-    // Stands on FreeEnvironmentStringsA.
+    // Calls FreeEnvironmentStringsA. Throws nothing: a failure is reported on std::cerr.
     ~EnvironmentBlock();
 
-    // The first entry. The pointer lives as long as this object.
+    // The first entry. The pointer is valid as long as this object lives.
     const char* begin() const { return block; }
     EndMarker end() const { return {}; }
 

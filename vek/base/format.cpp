@@ -11,8 +11,10 @@ namespace vek {
 
 namespace {
 
-// A text that fits into this costs one pass and no allocation beyond that of the result.
-constexpr std::size_t firstSize = 128;
+// A text that fits into this costs one pass and no allocation beyond that of the result. A longer
+// one costs two, or three if its arguments are numbered out of order: the runtime's function for
+// these doesn't report the length of a text that doesn't fit.
+constexpr std::size_t firstSize = 1024;
 // With room for this much an error is taken for final.
 constexpr std::size_t sizeLimit = 32768;
 
@@ -36,8 +38,8 @@ int printPositional(char* buffer, std::size_t room, const char* pattern, std::va
     va_copy(copy, arguments);
     int length = _vsprintf_p(buffer, room, pattern, copy);
     va_end(copy);
-    // Either an error or a text that is too long; only the count can tell. For a padded character
-    // that doesn't fit, the runtime may give the length before it, with no end there.
+    // Either an error or a text that is too long; only the count shows which. For a padded
+    // character that doesn't fit, the runtime may give the length before it, with no end there.
     if (length < 0 || (static_cast<std::size_t>(length) < room && buffer[length] != '\0')) {
         va_copy(copy, arguments);
         length = _vscprintf_p(pattern, copy);
@@ -59,7 +61,7 @@ const char* skipDigits(const char* text) {
     return text;
 }
 
-// Whether the plain conversion at `pattern`, which stands behind its '%', is one that all runtimes
+// Whether the plain conversion at `pattern`, which points behind the '%', is one that all runtimes
 // print alike: the common integers and narrow texts, without the rarer flags, and without a
 // precision where they don't agree on it (beside leading zeros, for a character). `pattern` is
 // moved behind it.
@@ -97,7 +99,7 @@ bool skipCommonConversion(const char*& pattern) {
 // How the arguments of a pattern are named.
 enum class Form { plain, numberedInOrder, other };
 
-// `other` also stands for patterns with conversions other than those above. The search is written
+// `other` also means patterns with conversions other than those above. The search is written
 // out, as the functions of the runtime would take longer than the formatting.
 Form formOf(const char* pattern) {
     int conversions = 0;
@@ -139,7 +141,7 @@ void copyWithoutNumbers(const char* pattern, char* plain) {
     }
 }
 
-// The ways of formatting come down to two. vsnprintf is several times faster and reports the length
+// There are two ways of formatting. vsnprintf is several times faster and reports the length
 // of a long text at once, so it gets what it can print just alike: plain patterns, and those whose
 // numbers say no more than their order does. All others go to the runtime's numbered form.
 class Formatter {

@@ -4,19 +4,22 @@
 #include <cstdarg>
 #include <string>
 
+#include "vek/base/compiler.h"
+
 namespace vek {
 
-// The text of `pattern`, which is a printf format of the C runtime, either plain ("%s %d") or with
-// numbered arguments ("%2$s %1$d"; then all must be numbered, and no number be left out). A text
-// may have any length and may hold zero bytes (by "%c").
+// Returns the text of `pattern`, a printf format of the C runtime, either plain ("%s %d") or with
+// numbered arguments ("%2$s %1$d"; then all must be numbered, without gaps). The text may have any
+// length and may contain zero bytes (by "%c").
 //
-// An argument that the runtime can't encode, and a format that it refuses, give the empty string;
-// so does a null `pattern`. The arguments must be of the types that the format names. Throws
-// nothing but std::bad_alloc. Safe from any thread. Stands on vsnprintf and _vsprintf_p.
-std::string format(const char* pattern, ...);
+// Returns the empty string for an argument that the runtime can't encode, for a format that it
+// refuses, and for a null `pattern`. The arguments must have the types that the format names; the
+// compiler checks this for literal patterns. Throws nothing but std::bad_alloc. Thread-safe. Calls
+// vsnprintf and _vsprintf_p.
+VEK_PRINTF(1, 2) std::string format(const char* pattern, ...);
 
 // The same with the arguments of a caller that has its own "...". `arguments` can be used again
-// afterwards; the caller ends it.
-std::string formatv(const char* pattern, std::va_list arguments);
+// afterwards; the caller calls va_end.
+VEK_PRINTF(1, 0) std::string formatv(const char* pattern, std::va_list arguments);
 
 }  // namespace vek

@@ -2,9 +2,40 @@
 
 #include <cstdlib>
 
-#include "vek/base/text.h"
-
 namespace vek {
+
+namespace {
+
+// 16 for what isn't a digit.
+unsigned digitValue(char digit) {
+    if (digit >= '0' && digit <= '9') {
+        return static_cast<unsigned>(digit - '0');
+    }
+    // Lower case, if it is a letter.
+    const char letter = static_cast<char>(digit | 0x20);
+    return letter >= 'a' && letter <= 'f' ? static_cast<unsigned>(letter - 'a') + 10 : 16;
+}
+
+// Appends the byte for two characters. Returns false if they are no byte.
+bool appendPair(std::string& bytes, char first, char second) {
+    const unsigned high = digitValue(first);
+    const unsigned low = digitValue(second);
+    if (high < 16 && low < 16) {
+        bytes += static_cast<char>(high << 4 | low);
+        return true;
+    }
+    // Perhaps a sign or a blank before a digit.
+    const char pair[] = {first, second, '\0'};
+    char* end = nullptr;
+    const long value = std::strtol(pair, &end, 16);
+    if (end != pair + 2) {
+        return false;
+    }
+    bytes += static_cast<char>(value);
+    return true;
+}
+
+}  // namespace
 
 std::string hexEncode(const void* data, std::size_t length, char separator, bool upper) {
     if (length == 0) {
@@ -31,24 +62,22 @@ std::string hexEncode(const void* data, std::size_t length, char separator, bool
 }
 
 std::string hexDecode(const std::string& text) {
-    std::string digits = text;
-    toLower(digits);
-    replaceAnyOf(digits, ": \t\n", "");
-    if (digits.size() % 2 != 0) {
-        return {};
-    }
     std::string result;
-    result.reserve(digits.size() / 2);
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        const char pair[] = {digits[i], digits[i + 1], '\0'};
-        char* end = nullptr;
-        const long value = std::strtol(pair, &end, 16);
-        if (end != pair + 2) {
+    result.reserve(text.size() / 2);
+    bool haveFirst = false;
+    char first = '\0';
+    for (const char ch : text) {
+        if (ch == ':' || ch == ' ' || ch == '\t' || ch == '\n') {
+            continue;
+        }
+        if (!haveFirst) {
+            first = ch;
+        } else if (!appendPair(result, first, ch)) {
             return {};
         }
-        result += static_cast<char>(value);
+        haveFirst = !haveFirst;
     }
-    return result;
+    return haveFirst ? std::string() : result;
 }
 
 }  // namespace vek

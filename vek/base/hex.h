@@ -1,4 +1,5 @@
-// Bytes as hexadecimal digits, and back. Safe from any thread; throw nothing but std::bad_alloc.
+// Bytes as hexadecimal digits, and back. The functions throw nothing but std::bad_alloc and are
+// thread-safe.
 #pragma once
 
 #include <cstddef>
@@ -6,15 +7,16 @@
 
 namespace vek {
 
-// Two digits for each of the `length` bytes at `data`, with `separator` between the bytes unless it
-// is 0. Without bytes the result is empty; for a null `data` with a `length` it is "<null>".
+// Returns two digits for each of the `length` bytes at `data`, with `separator` between the bytes
+// unless it is 0. Returns an empty text for a `length` of 0, and "<null>" for a null `data` with a
+// `length`.
 std::string hexEncode(const void* data, std::size_t length, char separator, bool upper);
 
-// The bytes that the digits of `text` stand for, in either case. Blanks, tabs, line feeds and
-// colons are left out wherever they stand. Text that isn't made of pairs of digits gives an empty
-// result, which can't be told from that of an empty text.
+// Returns the bytes for the digits of `text`, in upper or lower case. Blanks, tabs, line feeds and
+// colons are skipped. Any other text than pairs of digits gives an empty result, as an empty text
+// does.
 //
-// A pair is read as strtol reads it, deliberately: "+a" and other white space before a digit give
+// Deliberately, a pair is read as strtol reads it: "+a" and other white space before a digit give
 // that digit's value, "-1" gives 0xFF.
 std::string hexDecode(const std::string& text);
 

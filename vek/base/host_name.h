@@ -5,11 +5,11 @@
 
 namespace vek {
 
-// `type` 0 is the DNS host name, 1 the fully qualified DNS name, 2 the NetBIOS name. Another type
-// throws UsageError.
+// Returns the DNS host name for the `type` 0, the fully qualified DNS name for 1, the NetBIOS name
+// for 2. Throws UsageError for another type.
 //
-// The name is asked for with room for 15 characters, deliberately: a longer one throws OsError with
-// ERROR_MORE_DATA. Stands on GetComputerNameExA. Safe from any thread.
+// The buffer deliberately has room for 15 characters: for a longer name OsError with
+// ERROR_MORE_DATA (234) is thrown. Calls GetComputerNameExA. Thread-safe.
 std::string hostName(int type);
 
 }  // namespace vek

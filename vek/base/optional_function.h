@@ -1,4 +1,4 @@
-// Typed look-up of functions that a system may lack.
+// Typed look-up of functions that older systems don't have.
 #pragma once
 
 #include <atomic>
@@ -11,8 +11,8 @@
 
 namespace vek {
 
-// The function `symbol` of `library`, as a pointer of the type `Function`, which is best taken from
-// the system's own declaration:
+// Returns the function `symbol` of `library`, as a pointer of the type `Function`. Take the type
+// from the system's own declaration:
 //
 //     resolveFunction<decltype(&::GetTickCount64)>(kernel32Library(), "GetTickCount64")
 //
@@ -23,19 +23,19 @@ Function resolveFunction(const SharedLib& library, const std::string& symbol) {
     return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(library.resolve(symbol)));
 }
 
-// A set of functions that are of use only together, looked up once per process. `Functions` is a
-// struct of function pointers. An object of this class is process-wide.
+// A set of functions that are used only together, looked up once per process. `Functions` is a
+// struct of function pointers. An object of this class has static storage duration.
 //
-// A look-up that has begun is not waited for: a thread that asks meanwhile is told that the
-// functions are missing.
+// A thread doesn't wait for a look-up that another thread has begun: until that is finished, `get`
+// returns null.
 template <class Functions>
 class OptionalFunctions : public NoCopy {
   public:
     constexpr OptionalFunctions() = default;
 
-    // Unless it was done before, calls `lookUp`, which gives back `Functions` or throws. A
-    // vek::Exception from it means that the functions are missing, and is swallowed. Safe from any
-    // thread: one of them does the look-up.
+    // Calls `lookUp`, which returns `Functions` or throws, unless this was done before. A
+    // vek::Exception from it means that the functions are missing, and is swallowed. Thread-safe:
+    // one thread does the look-up.
     template <class LookUp>
     void resolve(LookUp lookUp) {
         if (counter != 0 || counter.fetch_add(1) != 0) {
@@ -50,15 +50,15 @@ class OptionalFunctions : public NoCopy {
         }
     }
 
-    // Forgets the functions, so that the next `resolve` looks them up anew. Not to be called while
-    // another thread resolves or asks.
+    // Forgets the functions, so that the next `resolve` looks them up again. No other thread may
+    // call `resolve` or `get` at the same time.
     void reset() {
         found = false;
         functions = {};
         counter = 0;
     }
 
-    // The functions, or null if they are missing or were not looked up.
+    // Returns the functions, or null if they are missing or were not looked up.
     const Functions* get() const { return found ? &functions : nullptr; }
 
   private:

@@ -1,4 +1,4 @@
-// The system's words for one of its error numbers.
+// The system's text for an error number.
 #pragma once
 
 #include <cstdint>
@@ -6,11 +6,11 @@
 
 namespace vek {
 
-// The text of the system error `code`, in the language of the machine, without its line end. Stands
-// on FormatMessageA.
+// Returns the text of the system error `code`, in the language of the machine, without its line
+// end. Calls FormatMessageA.
 //
-// For a number that the system has no text for, the result is "<unknown-error>", and a line on
-// std::cerr says so. Throws nothing but std::bad_alloc. Safe from any thread.
+// If the system has no text for the number, reports that on std::cerr and returns
+// "<unknown-error>". Throws nothing but std::bad_alloc. Thread-safe.
 std::string osErrorText(std::uint32_t code);
 
 }  // namespace vek

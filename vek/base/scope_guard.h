@@ -8,18 +8,18 @@
 
 namespace vek {
 
-// Owned by one scope of one thread.
+// Not thread-safe: a local object of one scope.
 template <class Object>
 class ScopeGuard : public NoCopy {
   public:
     using Release = void (*)(Object*);
 
-    // `object` is not owned, and has to live as long as the guard.
+    // `guarded` is not owned and must live as long as the guard.
     ScopeGuard(Object* guarded, Release releaseGuarded)
         : object(guarded), release(releaseGuarded) {}
 
-    // Calls `release` with the object, unless dismissed. A vek::Exception from it doesn't leave the
-    // guard: it is reported on std::cerr. Any other exception ends the process.
+    // Calls `release` with the object, unless dismissed. A vek::Exception from it is reported on
+    // std::cerr. Any other exception ends the process.
     ~ScopeGuard() {
         if (dismissed) {
             return;
@@ -30,10 +30,9 @@ class ScopeGuard : public NoCopy {
             std::cerr << "Exception caught while destroying scope guard:\n"
                       << error.printableText() << "\n";
         }
-        dismissed = true;
     }
 
-    // Nothing is released at the end of the scope.
+    // Makes the destructor do nothing.
     void dismiss() { dismissed = true; }
 
   private:

@@ -1,7 +1,7 @@
-// vek::SharedLib: a shared library, loaded and asked for its symbols.
+// vek::SharedLib: loads a shared library and looks up its symbols.
 //
-// Its steady use is the look-up of system functions that older systems lack. Whoever looks up such
-// a function catches SharedLibError as a vek::Exception and goes on without it.
+// Its main use is the look-up of system functions that older systems don't have: the caller catches
+// SharedLibError as a vek::Exception and goes on without the function.
 #pragma once
 
 #include <cstdint>
@@ -13,14 +13,14 @@
 
 namespace vek {
 
-// A failure of the system's library calls.
+// A failed library call of the system.
 //
-// Its text is put together at the first call of `description`: "Dynamic linker error encountered.
-// ", then, if a symbol was named, the symbol and ": ", then the system's text, or "<no error set>"
-// if the system had none.
+// The text is built at the first call of `description`: "Dynamic linker error encountered. ", then,
+// if a symbol was named, the symbol and ": ", then the system's text, or "<no error set>" if that
+// is empty.
 class SharedLibError : public ExceptionOf<SharedLibError> {
   public:
-    // Takes the error from GetLastError, so it is to be built right behind the failed call.
+    // Takes the error from GetLastError: construct it right after the failed call.
     SharedLibError();
     // The same, for the symbol that wasn't found.
     explicit SharedLibError(const std::string& symbol);
@@ -32,41 +32,41 @@ class SharedLibError : public ExceptionOf<SharedLibError> {
     std::string symbolName;
 };
 
-// One object is not to be loaded or closed while another thread uses it; `resolve` on a loaded one
-// is safe from any thread.
+// `resolve` on a loaded object is thread-safe. An object must not be loaded or closed while another
+// thread uses it.
 class SharedLib : public NoCopy {
   public:
     // Nothing is loaded yet.
     SharedLib() = default;
 
-    // As `close`, but throws nothing: a failure is reported on std::cerr by a line that begins
+    // Like `close`, but throws nothing: a failure is reported on std::cerr in a line that begins
     // "Error closing shared library:".
     ~SharedLib();
 
-    // Loads `name`, a path or a name that the system searches for. `flags` isn't used: the system
-    // gets 0. Throws SharedLibError if the system can't load it, and UsageError if a library is
-    // loaded already, which stays loaded then. Stands on LoadLibraryExA.
+    // Loads `name`, a path or a name that the system searches for. Calls LoadLibraryExA with the
+    // flags 0; `flags` is ignored. Throws SharedLibError on failure, and UsageError if a library is
+    // loaded already, which stays loaded then.
     void load(const std::string& name, std::uint32_t flags);
 
-    // The address of `symbol`, never null; it is valid while the library stays loaded. Throws
-    // SharedLibError if the library has no such symbol, and UsageError if none is loaded. Stands on
-    // GetProcAddress. See resolveFunction for one that knows the symbol's type.
+    // Returns the address of `symbol`, never null, valid while the library is loaded. Throws
+    // SharedLibError if the library has no such symbol, and UsageError if no library is loaded.
+    // Calls GetProcAddress. For a typed result see resolveFunction.
     FARPROC resolve(const std::string& symbol) const;
 
-    // Lets the library go; does nothing if none is loaded. The object is free for another `load`
-    // afterwards, also after a failure, which throws SharedLibError. Stands on FreeLibrary.
+    // Releases the library; does nothing if none is loaded. Calls FreeLibrary. Throws
+    // SharedLibError on failure. `load` may be called again afterwards, also after a failure.
     void close();
 
-    // The path of the file that the loaded module `handle` came from; null stands for the program.
-    // A path of 260 bytes or more is cut. Throws SharedLibError. Stands on GetModuleFileNameA.
+    // Returns the path of the file of the loaded module `handle`; null means the program. A path of
+    // 260 bytes or more is truncated. Calls GetModuleFileNameA. Throws SharedLibError on failure.
     static std::string modulePath(HMODULE handle);
 
   private:
     HMODULE module = nullptr;
 };
 
-// The one library that the framework looks up optional system functions in: "kernel32". Loaded at
-// the first call and let go at the end of the process. Safe from any thread. Throws SharedLibError.
+// Returns the library in which the framework looks up optional system functions: "kernel32". Loaded
+// at the first call and released at the end of the process. Thread-safe. Throws SharedLibError.
 const SharedLib& kernel32Library();
 
 }  // namespace vek

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
 #include <utility>
 
 namespace vek {
@@ -32,6 +33,52 @@ std::size_t replaceEach(std::string& text, std::size_t length, const std::string
     }
     result.append(text, position, std::string::npos);
     text = std::move(result);
+    return count;
+}
+
+// Whether a key of `values` begins with `prefix`.
+bool hasKeyWith(const std::map<std::string, std::string>& values, const std::string& prefix) {
+    const auto first = values.lower_bound(prefix);
+    return first != values.end() && first->first.starts_with(prefix);
+}
+
+// Expands a text in one pass if that has the same result as one key after the other. If braces
+// nest, or a key or an inserted value contains one, the order of the keys matters: then nothing is
+// changed, and there is no result.
+std::optional<std::size_t> expandAtOnce(std::string& text,
+                                        const std::map<std::string, std::string>& values) {
+    constexpr char braces[] = "{}";
+    std::size_t count = 0;
+    std::size_t copied = 0;
+    std::string result;
+    std::string key;
+    for (std::size_t open = text.find('{'); open != std::string::npos;) {
+        const std::size_t close = text.find_first_of(braces, open + 1);
+        if (close == std::string::npos) {
+            break;
+        }
+        // A key that continues with the brace would match text behind it, too.
+        key.assign(text, open + 1, close - open);
+        if (text[close] == '{' || hasKeyWith(values, key)) {
+            return std::nullopt;
+        }
+        key.pop_back();
+        const auto found = values.find(key);
+        if (found != values.end()) {
+            if (found->second.find_first_of(braces) != std::string::npos) {
+                return std::nullopt;
+            }
+            result.append(text, copied, open - copied);
+            result += found->second;
+            copied = close + 1;
+            ++count;
+        }
+        open = text.find('{', close + 1);
+    }
+    if (count != 0) {
+        result.append(text, copied, std::string::npos);
+        text = std::move(result);
+    }
     return count;
 }
 
@@ -114,6 +161,12 @@ std::size_t replaceAnyOf(std::string& text, const std::string& set,
 }
 
 std::size_t expandVariables(std::string& text, const std::map<std::string, std::string>& values) {
+    if (text.find('{') == std::string::npos) {
+        return 0;
+    }
+    if (const std::optional<std::size_t> expanded = expandAtOnce(text, values)) {
+        return *expanded;
+    }
     std::size_t count = 0;
     for (const auto& [key, value] : values) {
         count += replaceAll(text, "{" + key + "}", value);

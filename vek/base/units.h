@@ -1,7 +1,7 @@
-// Durations and file sizes with their units, and their reading from text.
+// Durations and file sizes with their units, and parsing them.
 //
-// The two tables are the source of truth: each unit's names, what one of it is worth, and whether
-// it can be printed. Counts are unsigned and wrap around at 64 bits, deliberately without a check.
+// The two tables define each unit: its names, its value in the base unit, and whether it can be
+// printed. Counts are unsigned and deliberately wrap at 64 bits without a check.
 #pragma once
 
 #include <array>
@@ -13,16 +13,16 @@
 
 namespace vek {
 
-// A row of a unit table. A count of the unit makes count * multiplier / divisor of the family's
-// base unit, which is the millisecond or the byte.
+// A row of a unit table. A count of the unit is count * multiplier / divisor of the family's base
+// unit, the millisecond or the byte.
 struct UnitRow {
     std::string_view shortForm;
     std::string_view longForm;
     std::uint64_t multiplier;
     std::uint64_t divisor;
-    std::string_view printedAs;  // what stands behind a printed value; empty: it isn't printed
+    std::string_view printedAs;  // printed after the value; empty: can't be printed
 
-    // Whether `text` is one of the two forms, which are in lower case.
+    // Returns whether `text` is one of the two forms, which are in lower case.
     constexpr bool isForm(std::string_view text) const {
         return text == shortForm || text == longForm;
     }
@@ -62,8 +62,7 @@ class UnitValue {
   public:
     constexpr explicit UnitValue(std::uint64_t ownCount) : ownCountValue(ownCount) {}
 
-    // The same amount in this unit, by way of the base unit: what is less than one of either is cut
-    // off.
+    // Converts by way of the base unit; both steps truncate.
     template <std::size_t otherIndex>
     constexpr explicit UnitValue(const UnitValue<table, otherIndex>& other)
         : ownCountValue(row.fromBase(other.toBase())) {}
@@ -107,13 +106,13 @@ using Megabytes = UnitValue<fileSizeUnits, 2>;
 using Gigabytes = UnitValue<fileSizeUnits, 3>;
 using Terabytes = UnitValue<fileSizeUnits, 4>;
 
-// Read a decimal number from 0 to 2^63 - 1 and a unit in either form and any case, such as "10 MB"
-// or "1500us". White space in front of both is skipped; what stands behind the unit is ignored.
+// Parse a decimal number from 0 to 2^63 - 1 and a unit in either form and any case, such as "10 MB"
+// or "1500us". White space before both is skipped; text after the unit is ignored.
 //
 // Throw ParseError with the text if there is no such number ("no positive integer could be parsed",
-// though 0 is one) or no unit ("Couldn't find unit specification after value"); with the unit in
-// lower case if it is unknown ("couldn't deduce file size unit", "couldn't deduce time unit").
-// Safe from any thread.
+// though 0 is accepted) or no unit ("Couldn't find unit specification after value"); with the unit
+// in lower case if it is unknown ("couldn't deduce file size unit", "couldn't deduce time unit").
+// Thread-safe.
 std::uint64_t parseFileSize(const std::string& text);  // bytes
 std::uint64_t parseDuration(const std::string& text);  // milliseconds
 

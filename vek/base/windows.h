@@ -1,5 +1,5 @@
-// The one way into <windows.h>: lean, without its min and max macros, and with Winsock 2 first,
-// which would otherwise clash with the old Winsock that <windows.h> brings along.
+// Includes <windows.h>: lean, without its min and max macros, and after Winsock 2, which otherwise
+// clashes with the old Winsock that <windows.h> includes. No other file includes it directly.
 #pragma once
 
 #ifndef WIN32_LEAN_AND_MEAN

@@ -43,9 +43,11 @@ int breakDownTime(std::int64_t seconds, CalendarTime* time) {
         rest += secondsPerDay;
         --days;
     }
-    // At most a year too early: no year is longer than 366 days.
-    std::int64_t year = (days - daysBeforeYear(0)) / 366;
-    while (daysBeforeYear(year + 1) <= days) {
+    const std::int64_t daysFromYear0 = days - daysBeforeYear(0);
+    // At most one year too early: 400 years of 366 days are less than a year longer than a cycle.
+    std::int64_t year =
+        daysFromYear0 / daysPerCycle * yearsPerCycle + daysFromYear0 % daysPerCycle / 366;
+    if (daysBeforeYear(year + 1) <= days) {
         ++year;
     }
     int month = 12;

@@ -1,12 +1,20 @@
-// Calendar arithmetic: seconds since 1970 and dates of the Gregorian calendar, which is taken to
-// have been in force at all times. Time zones and leap seconds have no part in it.
+// Calendar arithmetic: seconds since 1970 and dates of the Gregorian calendar, which is applied to
+// all years. Time zones and leap seconds are not considered.
 //
-// The functions throw nothing and are safe from any thread.
+// The functions throw nothing and are thread-safe.
 #pragma once
 
 #include <cstdint>
 
 namespace vek::os {
+
+// A FILETIME counts ticks from the beginning of 1601, UTC.
+inline constexpr std::int64_t secondsFrom1601To1970 = 11644473600;
+inline constexpr std::uint64_t fileTimeTicksPerSecond = 10000000;
+
+// The calendar repeats itself after 400 years.
+inline constexpr std::int64_t yearsPerCycle = 400;
+inline constexpr std::int64_t daysPerCycle = 146097;
 
 // Laid out like the system's SYSTEMTIME.
 struct CalendarTime {
@@ -20,17 +28,17 @@ struct CalendarTime {
     std::uint16_t milliseconds;
 };
 
-// Splits `seconds` since 1970, which are negative before that, into the fields of `*time`, its
-// milliseconds being 0. The result is 1. It is 0, and nothing is stored, if `time` is null or the
-// year isn't one from 0 to 65535.
+// Splits `seconds` since 1970 (negative before that) into the fields of `*time` and sets its
+// milliseconds to 0. Returns 1; returns 0 and stores nothing if `time` is null or the year is not
+// from 0 to 65535.
 int breakDownTime(std::int64_t seconds, CalendarTime* time);
 
-// The reverse. `dayOfWeek` and `milliseconds` don't count; days, hours, minutes and seconds beyond
-// their usual range carry over (February 30 is March 1 or 2). The result is -1 if `time` is null or
-// has no month from 1 to 12.
+// The reverse. `dayOfWeek` and `milliseconds` are ignored; days, hours, minutes and seconds beyond
+// their usual range carry over (February 30 is March 1 or 2). Returns -1 if `time` is null or its
+// month is not from 1 to 12.
 std::int64_t calendarSeconds(const CalendarTime* time);
 
-// 1 if `year` has a February 29, 0 if not.
+// Returns 1 if `year` has a February 29, else 0.
 int isLeapYear(int year);
 
 }  // namespace vek::os

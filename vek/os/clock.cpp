@@ -1,6 +1,6 @@
 #include "vek/os/clock.h"
 
-#include <ctime>
+#include <time.h>
 
 #include "vek/base/windows.h"
 
@@ -8,8 +8,8 @@ namespace vek::os {
 
 namespace {
 
-// 0 ahead of the first call.
-std::time_t startTime = 0;
+// 0 before the first call. 64 bits: a time_t of 32 bits ends in 2038.
+__time64_t startTime = 0;
 
 }  // namespace
 
@@ -17,11 +17,11 @@ std::int64_t secondsSinceStart() {
     if (startTime == 0) {
         startSeconds();
     }
-    return static_cast<std::int64_t>(std::difftime(std::time(nullptr), startTime));
+    return static_cast<std::int64_t>(_difftime64(_time64(nullptr), startTime));
 }
 
 void startSeconds() {
-    startTime = std::time(nullptr);
+    startTime = _time64(nullptr);
 }
 
 void sleepMilliseconds(std::uint32_t milliseconds) {

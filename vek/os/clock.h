@@ -1,19 +1,20 @@
-// Flat functions over the process's running time and pauses. They throw nothing.
+// Flat functions for the process's running time and for pauses. They throw nothing.
 #pragma once
 
 #include <cstdint>
 
 namespace vek::os {
 
-// Whole seconds since the first call of this function, or since the last of startSeconds. They are
-// those of the calendar clock: they jump when it is set. The start is unguarded: threads that call
-// the two for the first time at once may take different starts. Stands on time.
+// Returns the whole seconds since the first call of this function, or since the last call of
+// startSeconds. It uses the calendar clock, so the count jumps when that is set. Seconds have 64
+// bits. The start is unguarded: threads that make the first call at the same time may see different
+// starts. Calls _time64, the 64-bit form of time.
 std::int64_t secondsSinceStart();
 
 // Makes now the start from which secondsSinceStart counts.
 void startSeconds();
 
-// Pauses the calling thread for `milliseconds`, or for good (INFINITE). Stands on Sleep.
+// Blocks the calling thread for `milliseconds`, or forever (INFINITE). Calls Sleep.
 void sleepMilliseconds(std::uint32_t milliseconds);
 
 }  // namespace vek::os

@@ -8,6 +8,7 @@
 #include <sys/utime.h>
 
 #include "vek/os/bounded_text.h"
+#include "vek/os/calendar.h"
 
 namespace vek::os {
 
@@ -23,11 +24,10 @@ bool statusOf(const char* path, struct _stat64& status) {
 
 // -1 if the seconds don't fit.
 std::int32_t secondsSince1970(const FILETIME& fileTime) {
-    constexpr std::int64_t ticksPerSecond = 10000000;
-    constexpr std::int64_t secondsFrom1601To1970 = 11644473600;
     const auto ticks = static_cast<std::uint64_t>(fileTime.dwHighDateTime) << 32 |
                        static_cast<std::uint64_t>(fileTime.dwLowDateTime);
-    const auto seconds = static_cast<std::int64_t>(ticks / ticksPerSecond) - secondsFrom1601To1970;
+    const auto seconds =
+        static_cast<std::int64_t>(ticks / fileTimeTicksPerSecond) - secondsFrom1601To1970;
     if (seconds < std::numeric_limits<std::int32_t>::min() ||
         seconds > std::numeric_limits<std::int32_t>::max()) {
         return -1;

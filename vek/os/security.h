@@ -1,4 +1,4 @@
-// Who may open the named objects that processes of several users share.
+// The security of named objects that processes of several users share.
 #pragma once
 
 #include <cstdint>
@@ -11,18 +11,18 @@ namespace vek::os {
 // default security.
 inline constexpr std::uint32_t useSharedSecurity = 1;
 
-// The security for objects that all processes of the product share: guests and anonymous users are
-// denied everything, authenticated users and administrators may do everything. Handles made with it
-// are not inherited.
+// Returns the security for objects that all processes of the product share: guests and anonymous
+// users are denied everything, authenticated users and administrators are allowed everything.
+// Handles made with it are not inherited.
 //
-// The result is the same record at each call, owned by this function; null if there was no memory
-// for it. Each call makes the record's descriptor anew and leaks the former one, which another
-// thread may just be using. If the system can't make one, the record is given back without it and
-// stands for the default security. Throws nothing. Safe from any thread. Stands on
+// The result is the same record at each call, owned by this function; null if the allocation
+// failed. Each call makes the record's descriptor anew and leaks the previous one, which another
+// thread may be using. If the system can't make a descriptor, the record has none, which means the
+// default security. Throws nothing. Thread-safe. Calls
 // ConvertStringSecurityDescriptorToSecurityDescriptorA.
 SECURITY_ATTRIBUTES* sharedSecurityAttributes();
 
-// The attributes that `flags` ask for: the shared ones or, as null, the default ones.
+// Returns the shared attributes if `flags` has bit 0, else null, which means the default security.
 SECURITY_ATTRIBUTES* securityAttributesFor(std::uint32_t flags);
 
 }  // namespace vek::os

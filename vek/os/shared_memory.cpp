@@ -33,7 +33,8 @@ bool openBacking(SharedMemory& record, const char* fileName, SECURITY_ATTRIBUTES
         record.lastError = GetLastError();
         return false;
     }
-    record.created = 1;
+    // Another process may have created it since the first attempt.
+    record.created = GetLastError() != ERROR_ALREADY_EXISTS ? 1 : 0;
     return true;
 }
 
@@ -71,6 +72,10 @@ int createSharedMemory(SharedMemory* record, std::uint32_t size, const char* fil
             record->file = INVALID_HANDLE_VALUE;
             record->created = 0;
             return 0;
+        }
+        // Another process may have created memory of the page file since the attempt to open it.
+        if (record->file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_ALREADY_EXISTS) {
+            record->created = 0;
         }
     }
     record->size = size;

@@ -50,7 +50,7 @@ int waitThreadFlag(std::uintptr_t /*id*/, ThreadFlag* flag, std::uint32_t rounds
     if (flag == nullptr) {
         return 0;
     }
-    // The thread may come to its end, and show it, at any moment.
+    // The thread may end, and set the flag, at any moment.
     int value = *flag;
     do {
         if (value == threadIdle) {

@@ -30,7 +30,7 @@ int nameThread(const char* name) {
         return 0;
     }
     // A debugger sees the exception before any handler does. Without one, the exception would end
-    // the process, so it is raised only with a handler in place that goes on behind it. A vectored
+    // the process, so it is raised only with a handler in place that continues after it. A vectored
     // handler is what compilers without a __try of their own can use.
     void* handler = AddVectoredExceptionHandler(1, ignoreNaming);
     if (handler == nullptr) {

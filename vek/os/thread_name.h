@@ -3,10 +3,9 @@
 
 namespace vek::os {
 
-// Tells a debugger that is attached to this process that the calling thread is called `name`.
-// Without a debugger nothing happens. The result is 1; it is 0 for a null name or if the system
-// gives no handler, and nothing is told then. Throws nothing. Safe from any thread. Stands on
-// RaiseException.
+// Reports `name` as the name of the calling thread to an attached debugger. Without a debugger
+// nothing happens. Returns 1; returns 0 and reports nothing for a null name or if no exception
+// handler can be added. Throws nothing. Thread-safe. Calls RaiseException.
 int nameThread(const char* name);
 
 }  // namespace vek::os

@@ -52,8 +52,8 @@ bool Condition::waitUntil(const time::MonotonicClock& deadline) {
     return true;
 }
 
-// Gives the error number of a failed sleep, which leaves the depth of the mutex at that of a mutex
-// that isn't held.
+// Returns the error number of a failed sleep, or ERROR_SUCCESS. After a failure the depth of the
+// mutex is that of a mutex that isn't held.
 std::uint32_t Condition::sleep(Native& native, std::uint32_t timeoutMs) {
     --mutex.depth;
     if (native.functions.sleep(&native.variable, &mutex.section, timeoutMs) == 0) {

@@ -1,8 +1,8 @@
 // vek::thread::Condition: a condition variable and its mutex.
 //
-// It uses the system's condition variables where there are any (see condition_functions.h) and a
-// ConditionEmulation otherwise; which, is settled when it is made. An emulated one doesn't do what
-// a native one does: read condition_emulation.h for what a woken waiter gets there.
+// Uses the system's condition variables if there are any (see condition_functions.h), otherwise a
+// ConditionEmulation; the constructor decides. An emulated condition differs from a native one: see
+// condition_emulation.h for what happens to a woken waiter.
 #pragma once
 
 #include <cstdint>
@@ -20,39 +20,39 @@
 
 namespace vek::thread {
 
-// Safe from any thread. It has to outlive its waiters.
+// Thread-safe. Must outlive its waiters.
 class Condition : public NoCopy {
   public:
-    // Makes a mutex of its own, which checks re-entry. Throws OsError if there is nothing to sleep
-    // on, which can't happen on a system with condition variables.
+    // Makes its own mutex, which checks re-entry. Throws OsError if an emulation can't be made; on
+    // a system with condition variables this can't happen.
     Condition();
 
-    // Uses `sharedMutex`, which isn't owned and has to outlive the condition. A recursive one is to
-    // be held once only when waiting. Throws as above.
+    // Uses `sharedMutex`, which isn't owned and must outlive the condition. A recursive mutex must
+    // be held only once when waiting. Throws as above.
     explicit Condition(Mutex& sharedMutex);
 
-    // To be called with the mutex held. Leaves it, sleeps until a wake-up, and returns with the
-    // mutex held. The system may wake a waiter without a wake-up. Throws OsError if the system
-    // fails: the mutex is held then, but if it checks re-entry, a native wait has lost count of one
-    // locking. Stands on SleepConditionVariableCS.
+    // The caller holds the mutex. Releases it, blocks until a wake-up, and returns with the mutex
+    // held. Spurious wake-ups are possible. Throws OsError if the system call fails: the mutex is
+    // held then, but if it checks re-entry, the count of a native wait is one locking short. Calls
+    // SleepConditionVariableCS.
     void wait();
 
-    // The same, but not beyond `deadline`. True on a wake-up, false on time-out; a deadline in the
-    // past still lets others have the mutex for a moment. The time left is taken at the call and
-    // cut to 32 bits (see deadline.h).
+    // The same, but returns at `deadline` at the latest. Returns true on a wake-up, false on
+    // time-out. With a deadline in the past the mutex is still released for a moment. The remaining
+    // time is computed at the call and truncated to 32 bits (see deadline.h).
     bool waitUntil(const time::MonotonicClock& deadline);
 
-    // Wake one waiter, or all; without one nothing happens. The mutex may be held or not. A native
-    // condition throws nothing, an emulated one OsError if the system fails. Stand on
+    // Wake one waiter, or all; without waiters nothing happens. The mutex may be held or not. A
+    // native condition throws nothing, an emulated one OsError if the system call fails. Call
     // WakeConditionVariable and WakeAllConditionVariable.
     void wakeOne();
     void wakeAll();
 
-    // The mutex that goes with the condition. ScopeGuard takes the condition itself.
+    // The mutex of the condition. To lock it, construct a ScopeGuard on the condition.
     Mutex& getMutex() { return mutex; }
 
   private:
-    // Holds its functions, so that it survives their being forgotten at the end of the program.
+    // Has a copy of the functions, so that it works after resetConditionFunctions.
     struct Native {
         ConditionFunctions functions;
         CONDITION_VARIABLE variable;
@@ -67,10 +67,9 @@ class Condition : public NoCopy {
     Mutex& mutex;
 };
 
-// Runs `wait`, a function that waits on `condition` with its mutex held by `guard`, and gives back
-// its result. If the wait throws with the mutex not held, as it does for a woken waiter of an
-// emulated condition, `guard` is dismissed: a section must not be left by a thread that isn't in
-// it.
+// Calls `wait`, a function that waits on `condition` while `guard` holds the mutex, and returns its
+// result. If the wait throws and the mutex isn't held, as for a woken waiter of an emulated
+// condition, dismisses `guard`: a thread must not leave a critical section that it isn't in.
 template <class Wait>
 auto sleepUnder(ScopeGuard& guard, Condition& condition, Wait wait) {
     try {

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "vek/exception.h"
+#include "vek/os/objects.h"
 #include "vek/thread/deadline.h"
 #include "vek/thread/scope_guard.h"
 
@@ -15,7 +16,7 @@ ConditionEmulation::ConditionEmulation() : event(CreateEventA(nullptr, TRUE, FAL
 }
 
 ConditionEmulation::~ConditionEmulation() {
-    if (CloseHandle(event) == 0) {
+    if (os::closeObject(event) == 0) {
         std::cerr << "error closing event!\n";
     }
 }
@@ -59,12 +60,12 @@ void ConditionEmulation::wakeAll() {
 }
 
 void ConditionEmulation::signal() {
-    if (SetEvent(event) == 0) {
+    if (os::setEvent(event) == 0) {
         throw OsError(GetLastError());
     }
 }
 
-// Gives true for a wake-up and false for a time-out.
+// Returns true for a wake-up and false for a time-out.
 bool ConditionEmulation::sleep(Mutex& mutex, std::uint32_t timeoutMs) {
     std::uint32_t ticket = 0;
     {
@@ -74,20 +75,21 @@ bool ConditionEmulation::sleep(Mutex& mutex, std::uint32_t timeoutMs) {
     }
     mutex.unlock();
     do {
-        const DWORD waited = WaitForSingleObject(event, timeoutMs);
-        if (waited != WAIT_OBJECT_0) {
-            const OsError error(GetLastError());
+        // The error number after a failure.
+        std::uint32_t waited = 0;
+        const bool failed = os::waitObject(event, timeoutMs, &waited) == 0;
+        if (failed || waited != WAIT_OBJECT_0) {
             giveUp(ticket, mutex);
-            if (waited == WAIT_TIMEOUT) {
+            if (!failed) {
                 return false;
             }
-            throw error;
+            throw OsError(waited);
         }
     } while (!leaveIfReleased(ticket, mutex));
     return true;
 }
 
-// Gives false if the event was signalled for another waiter.
+// Returns false if the event was signalled for another waiter.
 bool ConditionEmulation::leaveIfReleased(std::uint32_t ticket, Mutex& mutex) {
     ScopeGuard guard(lock);
     if (releaseCount == 0 || ticket > releasedUpTo) {
@@ -95,7 +97,7 @@ bool ConditionEmulation::leaveIfReleased(std::uint32_t ticket, Mutex& mutex) {
     }
     --waiterCount;
     --releaseCount;
-    if (releaseCount == 0 && ResetEvent(event) == 0) {
+    if (releaseCount == 0 && os::resetEvent(event) == 0) {
         const OsError error(GetLastError());
         guard.dismiss();
         lock.unlock();
@@ -103,7 +105,7 @@ bool ConditionEmulation::leaveIfReleased(std::uint32_t ticket, Mutex& mutex) {
         throw error;
     }
     guard.dismiss();
-    // Deliberately the own lock and not `mutex`: this throws, as the header tells.
+    // Deliberately `lock` and not `mutex`: this throws, as the header says.
     lock.lock();
     return true;
 }

@@ -1,23 +1,23 @@
 // vek::thread::ConditionEmulation: a condition variable made of an event and a mutex, for systems
-// that have none of their own.
+// without condition variables.
 //
-// Waiters take tickets. A wake-up raises the highest ticket released; all sleepers wake at the
-// event, and those whose ticket is covered leave, so that waiters leave in the order in which they
+// Waiters take tickets. A wake-up raises the highest ticket released; the event wakes all waiters,
+// and those whose ticket is released return, so that waiters return in the order in which they
 // came. The tickets of waiters that gave up are skipped.
 //
-// What a woken waiter gets, deliberately: not a return, but OsError with code 1131
-// (ERROR_POSSIBLE_DEADLOCK). Its last step locks the emulation's own lock, which it holds already,
-// where the caller's mutex would be expected. At that moment
-//   - the caller's mutex is NOT held: a guard on it has to be dismissed (see sleepUnder);
-//   - the emulation's own lock is held twice by the woken thread. Until that thread has left it
-//     twice (`getLock().unlock()`), every operation of other threads on this emulation blocks, and
-//     every one of its own throws the same error once more. A thread that ends without that leaves
-//     the emulation unusable but for its destruction.
-// Ways out by time-out or failure hold the caller's mutex and leave the own lock free.
+// Deliberately, a woken waiter doesn't return: it throws OsError with code 1131
+// (ERROR_POSSIBLE_DEADLOCK), because its last step locks the emulation's internal lock, which it
+// holds already, instead of the caller's mutex. When it throws,
+//   - the caller's mutex is NOT held: a guard on it must be dismissed (see sleepUnder);
+//   - the woken thread holds the internal lock twice. Until it has unlocked it twice
+//     (`getLock().unlock()`), every operation of other threads on this emulation blocks, and every
+//     operation of its own throws the same error again. If the thread ends without that, the
+//     emulation can only be destroyed.
+// After a time-out or a failure the caller's mutex is held and the internal lock is free.
 //
-// Two more things stand as they are: a waiter that gives up in the very moment in which it is
-// released leaves that release behind, as do waiters that give up in another order than they came.
-// The next wake-up may then reach nobody.
+// Two more deliberate limits: a waiter that gives up at the moment of its release leaves that
+// release behind, and so do waiters that give up in another order than they came. The next wake-up
+// may then wake no thread.
 #pragma once
 
 #include <cstdint>
@@ -30,33 +30,31 @@
 
 namespace vek::thread {
 
-// Safe from any thread; `mutex` is to be the same for all waiters. It has to outlive its waiters.
+// Thread-safe; all waiters must pass the same `mutex`. Must outlive its waiters.
 class ConditionEmulation : public NoCopy {
   public:
-    // Throws OsError if there is no event to be had. Stands on CreateEventA.
+    // Calls CreateEventA. Throws OsError on failure.
     ConditionEmulation();
 
-    // An event that can't be closed is reported on std::cerr: "error closing event!". Throws
-    // nothing.
+    // If the event can't be closed, reports "error closing event!" on std::cerr. Throws nothing.
     ~ConditionEmulation();
 
-    // Leaves `mutex`, which the caller holds once, and sleeps until a wake-up reaches this waiter,
-    // which is told as said above. Throws OsError, with `mutex` held, if the system fails. Stands
-    // on WaitForSingleObject.
+    // Releases `mutex`, which the caller holds once, and blocks until this waiter is woken, which
+    // throws as said above. Throws OsError, with `mutex` held, if the system call fails. Calls
+    // WaitForSingleObject.
     void wait(Mutex& mutex);
 
-    // The same, but gives false, with `mutex` held, if no wake-up came in time. The time left until
-    // `deadline` is taken once, at the call, and deliberately used whole for each of the waits that
-    // other waiters' wake-ups may make of this one.
+    // The same, but returns false, with `mutex` held, on time-out. The remaining time until
+    // `deadline` is computed once, at the call, and deliberately used in full again each time a
+    // wake-up of another waiter interrupts the wait.
     bool waitUntil(Mutex& mutex, const time::MonotonicClock& deadline);
 
-    // Releases the waiter that came first, or all; does nothing if there is none that isn't
-    // released already. Throws OsError if the system fails; the waiters count as released then.
-    // Stand on SetEvent.
+    // Release the first waiter, or all; do nothing if all are released already. Call SetEvent.
+    // Throw OsError if that fails; the waiters count as released then.
     void wakeOne();
     void wakeAll();
 
-    // The emulation's own lock, for a woken waiter to leave.
+    // The internal lock, for a woken waiter to unlock.
     Mutex& getLock() { return lock; }
 
   private:
@@ -65,17 +63,17 @@ class ConditionEmulation : public NoCopy {
     void giveUp(std::uint32_t ticket, Mutex& mutex);
     void signal();
 
-    // Waiters that are released and not yet gone.
+    // Waiters that are released but haven't returned yet.
     std::uint32_t releaseCount = 0;
     std::uint32_t waiterCount = 0;
     std::uint32_t nextTicket = 1;
     // The highest ticket that is released.
     std::uint32_t releasedUpTo = 0;
-    // The tickets of waiters that gave up, as they left.
+    // The tickets of waiters that gave up, in the order in which they left.
     std::deque<std::uint32_t> abandoned;
-    // Where all waiters sleep; signalled while any is released and not yet gone.
+    // All waiters wait for it; signalled while a released waiter hasn't returned yet.
     HANDLE event;
-    // Guards the above, and is the innermost lock of all.
+    // Guards the members above. The innermost lock of all.
     Mutex lock{true};
 };
 

@@ -1,4 +1,4 @@
-// The system's condition variables, which older systems lack.
+// The system's condition variables, which older systems don't have.
 #pragma once
 
 #include "vek/base/shared_lib.h"
@@ -13,21 +13,21 @@ struct ConditionFunctions {
     decltype(&::SleepConditionVariableCS) sleep;
 };
 
-// Looks the functions up, once per process; a later call does nothing. All of them have to be found
-// for any to be used. The start-up object calls this, and otherwise the first Condition. Throws
-// nothing that is a vek::Exception. Safe from any thread, but a second one doesn't wait for the
-// look-up of the first: it finds the functions missing meanwhile.
+// Looks the functions up, once per process; later calls do nothing. They are used only if all of
+// them are found. Called by the start-up object, otherwise by the first Condition. Throws no
+// vek::Exception. Thread-safe, but a second thread doesn't wait for the look-up of the first: until
+// that is finished, nativeConditions returns null.
 void resolveConditionFunctions();
 
-// The same look-up in another library than kernel32. A process that calls this first, with a
-// library that lacks the functions, has all of its conditions emulated.
+// The same look-up in another library than kernel32. If a process calls this first, with a library
+// that doesn't have the functions, all its conditions are emulated.
 void resolveConditionFunctions(const SharedLib& library);
 
-// Forgets the functions, so that the next look-up is done anew. Conditions that exist keep on
-// working as they do. To be called when no other thread makes a condition.
+// Forgets the functions, so that the next call looks them up again. Existing conditions are not
+// affected. No other thread may construct a condition at the same time.
 void resetConditionFunctions();
 
-// The functions, or null if the system lacks them or they were not looked up.
+// Returns the functions, or null if the system doesn't have them or they were not looked up.
 const ConditionFunctions* nativeConditions();
 
 }  // namespace vek::thread

@@ -6,8 +6,8 @@ namespace vek::thread {
 
 namespace {
 
-// How often a thread looks whether the lock is free ahead of going to sleep for it. A lock is
-// mostly held for a fraction of what going to sleep and waking up costs.
+// How often a thread tries to get the lock before it sleeps. A lock is mostly held for a fraction
+// of the time that sleeping and waking up takes.
 constexpr DWORD spinCount = 300;
 
 }  // namespace
@@ -36,7 +36,7 @@ void Mutex::unlock() {
 }
 
 bool Mutex::isHeldByCaller() const {
-    // Whoever else comes and goes meanwhile, only the caller can put its own id there.
+    // Other threads may enter and leave meanwhile, but only the caller stores its own id.
     const HANDLE volatile& owner = section.OwningThread;
     return owner == ULongToHandle(GetCurrentThreadId());
 }

@@ -1,4 +1,4 @@
-// vek::thread::Mutex: a critical section that can notice when its owner locks it again.
+// vek::thread::Mutex: a critical section that can detect a second lock by its owner.
 #pragma once
 
 #include <cstdint>
@@ -10,32 +10,31 @@ namespace vek::thread {
 
 class Mutex : public NoCopy {
   public:
-    // With `checkReentry` a second lock by the owner throws; without it, locking nests.
+    // With `checkReentry` a second lock by the owner throws; without it, the mutex is recursive.
     explicit Mutex(bool checkReentry);
     ~Mutex();
 
-    // Waits without bound until the mutex is free, and takes it. Stands on EnterCriticalSection.
+    // Blocks until the mutex is free, and locks it. Calls EnterCriticalSection.
     //
-    // A second lock by its owner throws OsError with code 1131 (ERROR_POSSIBLE_DEADLOCK) if
-    // re-entry is checked. The section is left entered once more then, deliberately: whoever
-    // catches this owes one more `unlock`.
+    // If re-entry is checked, a second lock by the owner throws OsError with code 1131
+    // (ERROR_POSSIBLE_DEADLOCK). Deliberately, the section stays entered once more then: the caller
+    // must call `unlock` once more.
     void lock();
 
-    // Counts down and leaves the section. To be called by the owner. Stands on
-    // LeaveCriticalSection. Throws nothing.
+    // Unlocks once. Only the owner may call this. Calls LeaveCriticalSection. Throws nothing.
     void unlock();
 
-    // The calling thread is in the section. Throws nothing.
+    // Returns whether the calling thread holds the mutex. Throws nothing.
     bool isHeldByCaller() const;
 
   private:
-    // Sleeps on the section.
+    // Waits with the section.
     friend class Condition;
 
     CRITICAL_SECTION section;
     const bool recursive;
-    // Touched only with the section held; counted up while `recursive` is false, and always counted
-    // down.
+    // Accessed only with the section held. Incremented only if `recursive` is false, always
+    // decremented.
     std::uint32_t depth = 0;
 };
 

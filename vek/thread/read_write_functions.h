@@ -1,4 +1,4 @@
-// The system's slim reader/writer locks, which older systems lack.
+// The system's slim reader/writer locks, which older systems don't have.
 #pragma once
 
 #include "vek/base/shared_lib.h"
@@ -14,8 +14,7 @@ struct ReadWriteFunctions {
     decltype(&::ReleaseSRWLockShared) releaseShared;
 };
 
-// These four are to reader/writer locks what those of condition_functions.h are to conditions. The
-// two look-ups are independent of each other.
+// These work like the functions of condition_functions.h. The two look-ups are independent.
 void resolveReadWriteFunctions();
 void resolveReadWriteFunctions(const SharedLib& library);
 void resetReadWriteFunctions();

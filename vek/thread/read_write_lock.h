@@ -1,8 +1,8 @@
 // vek::thread::ReadWriteLock: many readers or one writer.
 //
-// It uses the system's slim locks where there are any (see read_write_functions.h) and a
-// ReadWriteEmulation otherwise; which, is settled when it is made. A native lock prefers nobody, an
-// emulated one the writers; read read_write_emulation.h for what else is different there.
+// Uses the system's slim locks if there are any (see read_write_functions.h), otherwise a
+// ReadWriteEmulation; the constructor decides. In a native lock no side takes precedence, in an
+// emulated one the writers do; for the other differences see read_write_emulation.h.
 #pragma once
 
 #include <atomic>
@@ -16,31 +16,31 @@
 
 namespace vek::thread {
 
-// Safe from any thread. It must not be locked by a thread that holds it, in either way.
+// Thread-safe. A thread that holds it, in either way, must not lock it.
 class ReadWriteLock : public NoCopy {
   public:
-    // Throws OsError if there is nothing to sleep on, which can't happen natively.
+    // Throws OsError if an emulation can't be made; natively this can't happen.
     ReadWriteLock();
 
-    // Wait without bound, and take the lock together with other readers, or alone. A native lock
-    // throws nothing, an emulated one as ReadWriteEmulation does. Stand on AcquireSRWLockShared and
-    // AcquireSRWLockExclusive.
+    // Block until the lock is free for it, and lock it together with other readers, or exclusively.
+    // A native lock throws nothing, an emulated one as ReadWriteEmulation does. Call
+    // AcquireSRWLockShared and AcquireSRWLockExclusive.
     void lockShared();
     void lockExclusive();
 
-    // Gives back what the caller holds. A lock that nobody holds must not be unlocked. Throws as
-    // above. Stands on ReleaseSRWLockShared and ReleaseSRWLockExclusive.
+    // Unlocks what the caller holds. A free lock must not be unlocked. Throws as above. Calls
+    // ReleaseSRWLockShared or ReleaseSRWLockExclusive.
     void unlock();
 
   private:
-    // Holds its functions, so that it survives their being forgotten at the end of the program.
+    // Has a copy of the functions, so that it works after resetReadWriteFunctions.
     struct Native {
         ReadWriteFunctions functions;
         SRWLOCK lock;
     };
 
     std::variant<Native, std::unique_ptr<ReadWriteEmulation>> state;
-    // Of a native lock: those that hold it now are readers. All readers write it, hence atomic.
+    // Of a native lock: the present holders are readers. All readers write it, hence atomic.
     std::atomic<bool> sharedHeld = false;
 };
 

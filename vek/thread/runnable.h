@@ -1,11 +1,11 @@
-// vek::thread::Runnable: anything that can be the body of a thread.
+// vek::thread::Runnable: the body of a thread.
 #pragma once
 
 namespace vek::thread {
 
 class Runnable {
   public:
-    // The body, on a thread of its own.
+    // The body. Called on the new thread.
     virtual void run() = 0;
     virtual ~Runnable() = default;
 

@@ -1,4 +1,4 @@
-// vek::thread::ScopeGuard: holds a mutex, or that of a condition, for a scope.
+// vek::thread::ScopeGuard: holds a mutex, or the mutex of a condition, for a scope.
 #pragma once
 
 #include "vek/base/scope_guard.h"
@@ -11,11 +11,11 @@ class Condition;
 // Unlocks at the end of the scope, unless dismissed; see vek::ScopeGuard for the rest.
 class ScopeGuard : public vek::ScopeGuard<Mutex> {
   public:
-    // Locks `mutex`. Throws as Mutex::lock does; nothing is unlocked then, so that whoever catches
-    // a re-entry owes the unlock that Mutex::lock tells of.
+    // Locks `mutex`. Throws as Mutex::lock does. Nothing is unlocked then: after a re-entry the
+    // caller must call the additional `unlock` (see Mutex::lock).
     explicit ScopeGuard(Mutex& mutex);
 
-    // The same for the mutex of `condition`, to be used around its operations.
+    // The same for the mutex of `condition`.
     explicit ScopeGuard(Condition& condition);
 };
 

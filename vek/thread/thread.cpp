@@ -8,6 +8,7 @@
 #include <process.h>
 
 #include "vek/exception.h"
+#include "vek/os/objects.h"
 #include "vek/os/thread_name.h"
 #include "vek/thread/scope_guard.h"
 #include "vek/time/clock.h"
@@ -108,10 +109,11 @@ void Thread::join() {
     if (id == currentId()) {
         throwSystemError(std::errc::resource_deadlock_would_occur);
     }
-    if (WaitForSingleObject(handle, INFINITE) != WAIT_OBJECT_0) {
+    std::uint32_t waited = 0;
+    if (os::waitObject(handle, INFINITE, &waited) == 0 || waited != WAIT_OBJECT_0) {
         throwSystemError(std::errc::no_such_process);
     }
-    CloseHandle(handle);
+    os::closeObject(handle);
     handle = nullptr;
     id = 0;
 }

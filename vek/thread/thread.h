@@ -1,7 +1,7 @@
-// vek::thread::Thread: a worker thread that can be told to sleep, be woken and stop.
+// vek::thread::Thread: a worker thread that can sleep, be woken and be stopped.
 //
-// The body is a Runnable, or `run` overridden by a derived class. It loops on `wait` and leaves
-// when that gives false:
+// The body is a Runnable, or `run` overridden by a derived class. It loops on `wait` and returns
+// when that returns false:
 //
 //     void Collector::run() {
 //         while (thread.wait(500)) {
@@ -9,14 +9,13 @@
 //         }
 //     }
 //
-// Being asked to terminate interrupts nothing else that the body does.
+// A termination request interrupts nothing but `wait`.
 //
-// On a system without condition variables a sleep is good for one wake-up. One that ends by
-// time-out is as it should be, but one that `wakeup` or `terminate` ends doesn't return: it throws
-// OsError with code 1131 (see condition_emulation.h), and so ends the worker unless the body
-// catches it. If it does, then until that worker has ended, `terminate` and a `wakeup` of another
-// sleep block for good, and the worker with them. A worker that is started anew blocks for good in
-// its first sleep.
+// On a system without condition variables, a time-out of `wait` works, but a `wait` that `wakeup`
+// or `terminate` ends doesn't return: it throws OsError with code 1131 (see condition_emulation.h),
+// and so ends the worker unless the body catches it. If the body catches it, `terminate` and a
+// `wakeup` of another `wait` block forever until that worker has ended, and the worker with them. A
+// worker that is started again blocks forever in its first `wait`.
 #pragma once
 
 #include <atomic>
@@ -31,65 +30,63 @@
 
 namespace vek::thread {
 
-// One thread at a time, the owner, starts, joins and destroys it. The worker alone may wait. The
-// rest is safe from any thread.
+// Only one thread at a time, the owner, may start, join and destroy it, and only the worker may
+// wait. The rest is thread-safe.
 class Thread : public Runnable, public NoCopy {
   public:
     enum State : std::uint32_t {
         CREATED = 0,      // not started yet
-        RUNNING = 1,      //
+        RUNNING = 1,      // the body runs
         WAITING = 2,      // in `wait`, may be woken
         TERMINATING = 3,  // asked to end
         ENDED = 4         // the body has ended
     };
 
-    // A thread that is to run `target`, which isn't owned and has to live until `join`. Starts
-    // nothing. `threadName` is told to a debugger and in reports; it may be empty. Throws OsError
-    // as Condition's constructor does.
+    // A thread that runs `target` when it is started. `target` isn't owned and must live until
+    // `join`. `threadName` is shown by debuggers and in reports; it may be empty. Throws OsError as
+    // Condition's constructor does.
     Thread(const std::string& threadName, Runnable& target);
 
-    // The body; not to be called from elsewhere.
+    // The body. Called by the new thread only.
     void run() override;
 
-    // A thread that was started has to be joined first: otherwise std::terminate is called.
+    // A thread that was started must be joined first: otherwise std::terminate is called.
     ~Thread() override;
 
-    // Starts the system's thread. A joined thread may be started anew. Throws UsageError if it is
-    // started already, and std::system_error (resource unavailable) if the system gives no thread,
-    // after which it may be tried again. Stands on _beginthreadex.
+    // Starts the system's thread. A joined thread may be started again. Calls _beginthreadex.
+    // Throws UsageError if it is started already, and std::system_error (resource unavailable) if
+    // the system can't start a thread; it may be tried again then.
     //
-    // The worker may call everything that is open to it at once, before this has returned.
+    // The worker may call all its operations at once, before `start` has returned.
     //
     // An exception that leaves the body ends the worker and nothing else. It is reported on
-    // std::cerr.
+    // std::cerr, with the thread's id in plain decimal.
     void start();
 
-    // Waits without bound until the body has ended. Throws UsageError if the thread isn't active,
-    // and std::system_error if the worker itself calls this (resource deadlock would occur) or the
-    // wait fails (no such process), after which the thread still counts as active. Stands on
-    // WaitForSingleObject.
+    // Blocks until the body has ended. Calls WaitForSingleObject. Throws UsageError if the thread
+    // isn't active, and std::system_error if the worker itself calls this (resource deadlock would
+    // occur) or the wait fails (no such process); after that the thread still counts as active.
     void join();
 
-    // Asks the worker to end, and wakes it; doesn't wait for it. Does nothing to one that was asked
-    // before or has ended. Throws UsageError if the thread isn't active.
+    // Asks the worker to end, and wakes it; doesn't wait for its end. Does nothing if the worker
+    // was asked before or has ended. Throws UsageError if the thread isn't active.
     void terminate();
 
-    // Wakes the worker if it sleeps, and gives true. Otherwise nothing is changed, nor kept for the
-    // next sleep, and the result is false. Throws UsageError if the thread isn't active.
+    // Wakes the worker if it is in `wait`, and returns true. Otherwise changes nothing, also for
+    // the next `wait`, and returns false. Throws UsageError if the thread isn't active.
     bool wakeup();
 
-    // Worker only. Sleeps until woken, and gives true; gives false, without a sleep, once
-    // termination was requested. Throws UsageError on any other thread.
+    // Worker only. Blocks until woken, and returns true; once termination was requested, returns
+    // false without blocking. Throws UsageError on any other thread.
     //
-    // The system may in theory end a sleep by itself: that gives false too, as does every `wait`
-    // from then on.
+    // After a spurious wake-up of the system it returns false too, as does every later `wait`.
     bool wait();
 
-    // The same, with a sleep of `duration` milliseconds at most; a time-out gives true, like a
-    // wake-up. A negative duration gives up the processor for a moment. Cut as deadline.h tells.
+    // The same, but blocks at most `duration` milliseconds; a time-out returns true, like a
+    // wake-up. A negative duration counts as 0. Truncated as said in deadline.h.
     bool wait(std::int64_t duration);
 
-    // The system's id of the thread, from `start` to `join`; otherwise 0.
+    // The thread's system id between `start` and `join`, else 0.
     std::uint32_t getId() const { return id; }
 
     State getState() const;
@@ -97,17 +94,16 @@ class Thread : public Runnable, public NoCopy {
     // The system's id of the calling thread.
     static std::uint32_t currentId();
 
-    // The number of bodies that are running in this process, of all threads of this class.
+    // The number of thread bodies of this class that are running in this process.
     static std::uint32_t liveCount();
 
   protected:
-    // For a derived class that overrides `run`. It has to join before its own destructor ends.
+    // For a derived class that overrides `run`. It must join before its own destructor ends.
     explicit Thread(const std::string& threadName);
 
   private:
-    // The bridge to the object that runs here, so that a class can have a Thread as a member and be
-    // run by it.
-    // The name, though reserved to the language's implementation, is what the system's users know.
+    // Calls the Runnable, so that a class can have a Thread as a member and be run by it. The name
+    // is reserved to the language's implementation, but users of this system know it.
     class _Run_Interface : public Runnable {
       public:
         explicit _Run_Interface(Runnable& toRun) : target(toRun) {}
@@ -128,11 +124,11 @@ class Thread : public Runnable, public NoCopy {
 
     HANDLE handle = nullptr;
     std::atomic<std::uint32_t> id = 0;
-    // As the thread itself sees it.
+    // Set by the thread itself.
     std::atomic<std::uint32_t> ownId = 0;
     const std::string name;
     const std::unique_ptr<_Run_Interface> runInterface;
-    // Guards `state`, and is where the worker sleeps.
+    // Guards `state`; the worker waits on it.
     mutable Condition condition;
     State state = CREATED;
 };

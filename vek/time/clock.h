@@ -1,22 +1,22 @@
-// The clocks. A clock is a stamp: it holds the time that it read when it was last refreshed, in
-// milliseconds. Time-outs are worked out on stamps:
+// The clocks. A clock is a time stamp: it holds the time of its last refresh, in milliseconds.
+// Time-outs are computed from stamps:
 //
 //     MonotonicClock deadline(true);
 //     deadline += 500;
 //     ...
 //     const std::int64_t left = deadline - MonotonicClock(true);
 //
-// A duration is a plain std::int64_t of milliseconds. Each user has clocks of its own: one object
-// is not to be used by two threads at once.
+// A duration is a plain std::int64_t of milliseconds. Clock objects are not thread-safe: each user
+// has its own.
 //
-// See clock_source.h for the sources, and for what a clock reads before start-up.
+// See clock_source.h for the sources, and for the time before start-up.
 #pragma once
 
 #include <cstdint>
 
 namespace vek::time {
 
-// Anything whose time can be read anew.
+// Anything that can be refreshed from the system's time.
 class OsClock {
   public:
     virtual void refresh() = 0;
@@ -28,7 +28,7 @@ class OsClock {
     ~OsClock() = default;
 };
 
-// Which time a clock reads.
+// The time that a clock reads.
 namespace clock_kind {
 inline constexpr std::uint32_t REALTIME = 0;
 inline constexpr std::uint32_t MONOTONIC = 1;
@@ -37,15 +37,15 @@ inline constexpr std::uint32_t INIT = 2;
 
 class ClockBase : public OsClock {
   public:
-    // Reads the system's time for the clock's kind. A clock of another kind than those above keeps
-    // its value. Throws OsError if the performance counter can't be read; the value is kept then.
+    // Reads the system's time for the clock's kind. A clock of any other kind than those above is
+    // not changed. Throws OsError if the performance counter can't be read; the value is kept then.
     void refresh() override;
 
-    // The time read last, moved by the operators below; 0 if it was never read.
+    // The time of the last refresh, plus what the operators below have added; starts at 0.
     std::int64_t getValue() const { return value; }
     std::uint32_t getKind() const { return kind; }
 
-    // Moves the clock by a duration. A result beyond 64 bits wraps.
+    // Add or subtract a duration. A result beyond 64 bits wraps.
     ClockBase& operator+=(std::int64_t duration);
     ClockBase& operator-=(std::int64_t duration);
 
@@ -61,17 +61,17 @@ class ClockBase : public OsClock {
     std::int64_t value = 0;
 };
 
-// The duration from `earlier` to `later`, which have to be of one kind. Wraps like the above.
+// Returns the duration from `earlier` to `later`, which must be of the same kind. Wraps as above.
 std::int64_t operator-(const ClockBase& later, const ClockBase& earlier);
 
-// Milliseconds since 1970-01-01 00:00 UTC: for stamps that users see.
+// Milliseconds since 1970-01-01 00:00 UTC: for time stamps that users see.
 class RealtimeClock final : public ClockBase {
   public:
     // Reads the time, or leaves the value at 0.
     explicit RealtimeClock(bool readNow);
 };
 
-// Milliseconds of the monotonic source, from an arbitrary start: for intervals and deadlines.
+// Milliseconds of the monotonic source, from an arbitrary origin: for intervals and deadlines.
 class MonotonicClock final : public ClockBase {
   public:
     // As above. Throws OsError as `refresh` does.

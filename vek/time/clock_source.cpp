@@ -3,14 +3,14 @@
 #include "vek/base/optional_function.h"
 #include "vek/base/shared_lib.h"
 #include "vek/exception.h"
+#include "vek/os/calendar.h"
 
 namespace vek::time {
 
 namespace {
 
-// From 1601, where file times begin, to 1970.
-constexpr std::int64_t fileTimeToUnixMs = 11644473600000;
-constexpr std::uint64_t fileTimeUnitsPerMs = 10000;
+constexpr std::int64_t fileTimeToUnixMs = os::secondsFrom1601To1970 * 1000;
+constexpr std::uint64_t fileTimeUnitsPerMs = os::fileTimeTicksPerSecond / 1000;
 
 ClockState state;
 

@@ -1,12 +1,12 @@
-// Where the clocks take their time from: the system's sources, and the process-wide state that
-// tells which of them there are. All times are milliseconds in signed 64 bits.
+// The time sources of the clocks, and the process-wide state that says which of them exist. All
+// times are milliseconds in signed 64 bits.
 //
-// The state is written by initClocks and initClockOrigin, before other threads exist, and only read
-// later; everything else here is safe from any thread.
+// initClocks and initClockOrigin write the state before other threads exist; later it is only read.
+// Everything else here is thread-safe.
 //
-// Before initClocks the state is all zero, so that the monotonic source is GetTickCount, and the
-// time since start-up is the same. Stamps from before and after initClocks don't belong together:
-// the sources have different origins.
+// Before initClocks the state is all zero: the monotonic source is GetTickCount, and the time since
+// start-up is the same. Don't compare time stamps from before and after initClocks: the sources
+// have different origins.
 #pragma once
 
 #include <cstdint>
@@ -20,46 +20,46 @@ struct ClockState {
     bool performanceCounterAvailable = false;
     // The counter's frequency divided by 1000.
     std::uint64_t ticksPerMillisecond = 0;
-    // Null if the system lacks it.
+    // Null if the system doesn't have it.
     decltype(&::GetTickCount64) getTickCount64 = nullptr;
     // The monotonic time at start-up.
     std::int64_t clockOrigin = 0;
 };
 
-// Finds out which monotonic sources there are. Throws nothing: a system without the performance
-// counter is asked for its ticks. Stands on QueryPerformanceFrequency and the look-up of
-// GetTickCount64.
+// Finds out which monotonic sources exist. Throws nothing: without a performance counter the tick
+// count is used. Calls QueryPerformanceFrequency and looks up GetTickCount64.
 void initClocks();
 
-// Makes this moment the one that the time since start-up counts from. To be called behind
-// initClocks. Throws as monotonicMilliseconds does.
+// Makes now the origin of the time since start-up. Call it after initClocks. Throws as
+// monotonicMilliseconds does.
 void initClockOrigin();
 
 const ClockState& clockState();
 
-// Milliseconds since 1970-01-01 00:00 UTC. Throws nothing. Stands on GetSystemTimeAsFileTime.
+// Returns the milliseconds since 1970-01-01 00:00 UTC. Throws nothing. Calls
+// GetSystemTimeAsFileTime.
 std::int64_t realtimeMilliseconds();
 
-// The monotonic source, from an arbitrary start: performanceMilliseconds if there is a counter,
-// otherwise tickMilliseconds. Throws as they do.
+// Returns the monotonic time, from an arbitrary origin: performanceMilliseconds if there is a
+// counter, otherwise tickMilliseconds. Throws as they do.
 std::int64_t monotonicMilliseconds();
 
-// The performance counter, in milliseconds. Throws OsError if the counter can't be read.
+// Returns the performance counter in milliseconds. Calls QueryPerformanceCounter. Throws OsError if
+// that fails.
 //
-// Deliberately unguarded: with ticksPerMillisecond at 0, as before initClocks or with a counter of
-// less than 1000 Hz, this divides by zero, which ends the process. Stands on
-// QueryPerformanceCounter.
+// Deliberately unguarded: if ticksPerMillisecond is 0, as before initClocks or with a counter of
+// less than 1000 Hz, this divides by zero, which ends the process.
 std::int64_t performanceMilliseconds();
 
-// Milliseconds since the system was started. Throws nothing. Stands on GetTickCount64 where the
-// system has it (known after initClocks), otherwise on GetTickCount, which starts anew after 49.7
+// Returns the milliseconds since the system was started. Throws nothing. Calls GetTickCount64 if
+// the system has it (known after initClocks), otherwise GetTickCount, which wraps to 0 after 49.7
 // days; nothing corrects for that.
 std::int64_t tickMilliseconds();
 
-// A file time as milliseconds since 1970-01-01 00:00 UTC, cut to whole ones. Throws nothing.
+// Converts a file time to milliseconds since 1970-01-01 00:00 UTC, truncated. Throws nothing.
 std::int64_t fileTimeToUnix(const FILETIME& fileTime);
 
-// The reverse. A file time begins in 1601 and ends in 60055; a value outside of that wraps.
+// The reverse. File times range from 1601 to 60055; a value outside of that wraps. Throws nothing.
 FILETIME unixToFileTime(std::int64_t milliseconds);
 
 }  // namespace vek::time

@@ -8,8 +8,8 @@
 
 namespace vek::time {
 
-// A plain value, safe from any thread on separate objects. Nothing checks the fields: whoever sets
-// them answers for them. No operation throws anything but std::bad_alloc.
+// A plain value, thread-safe on separate objects. The fields are not checked. No operation throws
+// anything but std::bad_alloc.
 class DateTime {
   public:
     // The fields, in the order of the system's SYSTEMTIME.
@@ -24,44 +24,46 @@ class DateTime {
     // The fields are UTC, not local time.
     bool utc = false;
 
-    // Takes the present time, local or UTC, and sets `utc` accordingly. Stand on GetLocalTime and
+    // Set the current time, local or UTC, and set `utc` accordingly. Call GetLocalTime and
     // GetSystemTime.
     void setLocalNow();
     void setUtcNow();
 
-    // Takes the local time of the moment `seconds` after 1970-01-01 00:00 UTC and clears `utc`. A
-    // moment that the system can't convert leaves the object as it is. Stands on
-    // FileTimeToSystemTime and SystemTimeToTzSpecificLocalTime with the machine's time zone.
+    // Sets the local time `seconds` after 1970-01-01 00:00 UTC and clears `utc`. The object isn't
+    // changed if the system can't convert the time, which it can from 1601 to 30827. Seconds that
+    // are no file time (before 1601 or after 60055, INT64_MAX among them) wrap first: some give
+    // another date instead of none. Calls FileTimeToSystemTime and SystemTimeToTzSpecificLocalTime
+    // with the machine's time zone.
     void setLocalFromSeconds(std::int64_t seconds);
 
-    // Seconds since 1970-01-01 00:00 UTC, cut to whole ones; 0 for a date that the system can't
-    // convert. Stands on TzSpecificLocalTimeToSystemTime, unless `utc`, and SystemTimeToFileTime.
+    // Returns the seconds since 1970-01-01 00:00 UTC, truncated; 0 for a date that the system can't
+    // convert. Calls TzSpecificLocalTimeToSystemTime, unless `utc`, and SystemTimeToFileTime.
     std::int64_t toSeconds() const;
 
-    // Puts the day of the week right. A bad date stays as it is, and so does one in UTC. Stands on
+    // Corrects the day of the week. An invalid date isn't changed, nor is one in UTC. Calls
     // SystemTimeToFileTime and FileTimeToSystemTime.
     void normalise();
 
-    // Fills `broken` but for its tm_yday, and its tm_isdst unless `utc`, which makes that 0.
+    // Fills `broken`, except tm_yday. Sets tm_isdst to 0 if `utc`, else doesn't change it.
     void toTm(std::tm& broken) const;
-    // Takes all fields but `milliseconds` and `utc`, which stay, from `broken`.
+    // Sets all fields but `milliseconds` and `utc` from `broken`.
     void fromTm(const std::tm& broken);
 
-    // The normalised date, formatted by strftime with `format`. A result that doesn't fit into 256
-    // characters with its end gives an empty string. The day of the year isn't known: "%j" gives
-    // "001".
+    // Normalises a copy and formats it by strftime with `format`. Returns an empty string if the
+    // result and its terminator take more than 256 characters, and for a format or fields that the
+    // runtime refuses. The day of the year isn't known: "%j" gives "001".
     std::string format(const char* format) const;
     // The same with "%c".
     std::string toString() const;
 
-    // The year is one of the Gregorian calendar with a 29th of February.
+    // Returns whether `year` has a February 29, by the Gregorian rule.
     bool isLeapYear() const;
 
-    // All of the fields of SYSTEMTIME are 0.
+    // Returns whether all fields of SYSTEMTIME are 0.
     bool isNull() const;
 };
 
-// Writes what toString gives.
+// Writes the result of toString.
 std::ostream& operator<<(std::ostream& stream, const DateTime& date);
 
 }  // namespace vek::time

@@ -2,6 +2,8 @@
 #include <array>
 #include <ostream>
 
+#include "vek/base/compiler.h"
+#include "vek/os/calendar.h"
 #include "vek/time/date_time.h"
 
 namespace vek::time {
@@ -42,6 +44,8 @@ std::string DateTime::format(const char* format) const {
     std::tm broken = {};
     date.toTm(broken);
     std::array<char, maxFormatted> buffer;
+    // The runtime may refuse the format, or fields that are out of range.
+    const QuietRuntimeErrors quiet;
     return std::string(buffer.data(), std::strftime(buffer.data(), buffer.size(), format, &broken));
 }
 
@@ -50,7 +54,7 @@ std::string DateTime::toString() const {
 }
 
 bool DateTime::isLeapYear() const {
-    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+    return os::isLeapYear(year) != 0;
 }
 
 bool DateTime::isNull() const {

@@ -22,6 +22,21 @@ std::locale environmentLocale() {
     }
 }
 
+// Appended to the text, so that the format doesn't match an incomplete text. At the end of a
+// stream, some runtimes would accept the text as complete.
+constexpr char textEnd = '\0';
+
+constexpr char space[] = " \t\n\v\f\r";
+
+bool isBlank(const std::string& text) {
+    return text.find_first_not_of(space) == std::string::npos;
+}
+
+// White space in a format matches none, too, also at its end.
+std::string withoutTrailingSpace(const std::string& format) {
+    return format.substr(0, format.find_last_not_of(space) + 1);
+}
+
 // Only for what it does to `broken`.
 void bringIntoRange(std::tm& broken) {
 #ifdef _WIN32
@@ -35,10 +50,10 @@ void bringIntoRange(std::tm& broken) {
 }  // namespace
 
 DateTime parseTime(const char* format, const std::string& text) {
-    std::istringstream stream(text);
+    std::istringstream stream(isBlank(text) ? text : text + textEnd);
     stream.imbue(environmentLocale());
     std::tm broken = {};
-    stream >> std::get_time(&broken, format);
+    stream >> std::get_time(&broken, withoutTrailingSpace(format).c_str());
     if (stream.fail()) {
         throw ParseError(text,
                          std::string("Could not parse time using format string '") + format + "'");

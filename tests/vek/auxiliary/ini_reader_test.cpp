@@ -1,8 +1,12 @@
 #include "vek/auxiliary/ini_reader.h"
 
+#include <chrono>
+#include <random>
+
 #include <gtest/gtest.h>
 
 #include "tests/vek/temporary_directory.h"
+#include "vek/base/text.h"
 #include "vek/exception.h"
 
 namespace {
@@ -73,6 +77,46 @@ TEST_F(IniReaderFile, MissingFileThrowsAndKeepsWhatWasRead) {
     reader.processLine("a=1");
     EXPECT_THROW(reader.read(path("none.ini")), vek::NoSuchFileError);
     EXPECT_EQ(reader.entries(), (Entries{{"a", "1"}}));
+}
+
+// What the reader promises of keys that come again, in its simplest form.
+void setOneByOne(Entries& entries, const std::string& key, const std::string& value) {
+    const auto folded = [](std::string text) { return vek::toLower(text); };
+    entries.remove_if([&](const auto& entry) { return folded(entry.first) == folded(key); });
+    entries.emplace_back(key, value);
+}
+
+TEST(IniReader, KeepsTheOrderThatTheSimpleWayGives) {
+    std::minstd_rand random(1);
+    const auto below = [&](unsigned end) { return static_cast<unsigned>(random() % end); };
+    for (int round = 0; round < 2000; ++round) {
+        IniReader reader;
+        Entries expected;
+        for (unsigned line = below(40); line > 0; --line) {
+            std::string key;
+            for (unsigned left = below(2) + 1; left > 0; --left) {
+                key += "aAbB"[below(4)];
+            }
+            const std::string value = std::to_string(line);
+            reader.processLine(key + "=" + value);
+            setOneByOne(expected, key, value);
+        }
+        ASSERT_EQ(reader.entries(), expected) << round;
+    }
+}
+
+TEST(IniReader, ReadsManyRepeatedKeysInNoTime) {
+    const auto start = std::chrono::steady_clock::now();
+    IniReader reader;
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 20000; ++i) {
+            reader.processLine("key" + std::to_string(i) + "=" + std::to_string(round));
+        }
+    }
+    EXPECT_EQ(reader.entries().size(), 20000u);
+    EXPECT_EQ(reader.entries().front().second, "1");
+    // It took more than ten seconds when each line went through all entries.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 }  // namespace

@@ -155,4 +155,46 @@ TEST_F(LineParserTest, ExceptionOfTheCallbackPasses) {
     EXPECT_THROW(parser.parse(path("x.txt"), thrower), vek::RuntimeError);
 }
 
+TEST_F(LineParserTest, ByteOrderMarkOfUtf8IsSkipped) {
+    EXPECT_EQ(parse("\xEF\xBB\xBF"
+                    "a=1\nb=2\n"),
+              (Lines{"<start>", "a=1", "b=2", "<end>"}));
+    EXPECT_EQ(parse("\xEF\xBB\xBF"), (Lines{"<start>", "<end>"}));
+    EXPECT_EQ(parse("\xEF\xBB\xBF\n"), (Lines{"<start>", "", "<end>"}));
+}
+
+TEST_F(LineParserTest, MarkElsewhereAndPartOfOneAreText) {
+    EXPECT_EQ(parse("a\n\xEF\xBB\xBF"
+                    "b\n"),
+              (Lines{"<start>", "a",
+                     "\xEF\xBB\xBF"
+                     "b",
+                     "<end>"}));
+    EXPECT_EQ(parse("\xEF\xBB"), (Lines{"<start>", "\xEF\xBB", "<end>"}));
+    EXPECT_EQ(parse("\xFF"), (Lines{"<start>", "\xFF", "<end>"}));
+    EXPECT_EQ(parse("a\n\xFF\xFE"), (Lines{"<start>", "a", "\xFF\xFE", "<end>"}));
+}
+
+TEST_F(LineParserTest, Utf16IsAnErrorThatSaysSo) {
+    for (const std::string& content : {std::string("\xFF\xFE"),
+                                       std::string("\xFF\xFE"
+                                                   "a\0=\0b\0\n\0",
+                                                   10),
+                                       std::string("\xFE\xFF\0a\0=\0b\0\n", 10)}) {
+        writeFile("x.txt", content);
+        recorder.calls.clear();
+        try {
+            parser.parse(path("x.txt"), recorder);
+            ADD_FAILURE();
+        } catch (const vek::FsError& error) {
+            EXPECT_EQ(std::string(error.what()),
+                      "File system error at location: \"" + path("x.txt") +
+                          "\": The file is in UTF-16. Save it in the system's ANSI code page.");
+            EXPECT_EQ(error.osError().code(), 1113u);
+            EXPECT_THROW(error.raise(), vek::aux::FileEncodingError);
+        }
+        EXPECT_EQ(recorder.calls, Lines{"<start>"});
+    }
+}
+
 }  // namespace

@@ -14,7 +14,7 @@ namespace {
 
 using vek::osErrorText;
 
-// Runs `f` and gives back what it wrote to std::cerr.
+// Runs `f` and returns what it wrote to std::cerr.
 template <class F>
 std::string errorOutputOf(F f) {
     testing::internal::CaptureStderr();

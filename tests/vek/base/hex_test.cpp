@@ -1,6 +1,10 @@
 #include "vek/base/hex.h"
 
+#include <cstdlib>
+
 #include <gtest/gtest.h>
+
+#include "vek/base/text.h"
 
 namespace {
 
@@ -92,6 +96,37 @@ TEST(HexDecode, GivesBackWhatHexEncodeWrote) {
     EXPECT_EQ(hexDecode(hexEncode(everyByte.data(), everyByte.size(), ':', false)), everyByte);
     const std::string megabyte(1 << 20, '\xA5');
     EXPECT_EQ(hexDecode(hexEncode(megabyte.data(), megabyte.size(), ' ', false)), megabyte);
+}
+
+// What hexDecode promises, in its simplest form.
+std::string decodeByStrtol(std::string digits) {
+    vek::toLower(digits);
+    vek::replaceAnyOf(digits, ": \t\n", "");
+    if (digits.size() % 2 != 0) {
+        return {};
+    }
+    std::string bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        const std::string pair = digits.substr(i, 2);
+        char* end = nullptr;
+        const long value = std::strtol(pair.c_str(), &end, 16);
+        if (end != pair.c_str() + 2) {
+            return {};
+        }
+        bytes += static_cast<char>(value);
+    }
+    return bytes;
+}
+
+TEST(HexDecode, GivesForEachPairOfCharactersWhatStrtolGives) {
+    for (int first = 0; first < 256; ++first) {
+        for (int second = 0; second < 256; ++second) {
+            const std::string pair = {static_cast<char>(first), static_cast<char>(second)};
+            ASSERT_EQ(hexDecode(pair), decodeByStrtol(pair)) << first << ' ' << second;
+            ASSERT_EQ(hexDecode("4" + pair + "1"), decodeByStrtol("4" + pair + "1"))
+                << first << ' ' << second;
+        }
+    }
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ std::string textOf(F f) {
     return "(nothing was thrown)";
 }
 
-// A loaded object whose module has been let go behind its back.
+// A loaded object whose module somebody else has released.
 std::unique_ptr<SharedLib> libraryThatCannotBeClosed() {
     auto library = std::make_unique<SharedLib>();
     library->load(spareLibrary, 0);

@@ -1,5 +1,8 @@
 #include "vek/base/text.h"
 
+#include <clocale>
+#include <random>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -243,6 +246,56 @@ TEST(ExpandVariables, EmptyKeyStandsForEmptyBraces) {
     EXPECT_EQ(vek::expandVariables(text, Values{{"", "-"}}), 1u);
     EXPECT_EQ(text, "a-b");
     EXPECT_EQ(vek::expandVariables(text, Values{}), 0u);
+}
+
+// What expandVariables promises, in its simplest form.
+std::size_t expandOneByOne(std::string& text, const Values& values) {
+    std::size_t count = 0;
+    for (const auto& [key, value] : values) {
+        count += vek::replaceAll(text, "{" + key + "}", value);
+    }
+    return count;
+}
+
+TEST(ExpandVariables, GivesWhatOneKeyAfterTheOtherGives) {
+    std::minstd_rand random(1);
+    const auto below = [&](unsigned end) { return static_cast<unsigned>(random() % end); };
+    const std::vector<std::string> pieces = {"{", "}",   "{",   "}",    "a",
+                                             "b", "{a}", "{b}", "{ab}", "x"};
+    const auto textOf = [&](unsigned most) {
+        std::string text;
+        for (unsigned left = below(most + 1); left > 0; --left) {
+            text += pieces[below(static_cast<unsigned>(pieces.size()))];
+        }
+        return text;
+    };
+    int expanded = 0;
+    for (int round = 0; round < 100000; ++round) {
+        Values values;
+        for (unsigned left = below(4); left > 0; --left) {
+            values[textOf(2)] = textOf(3);
+        }
+        const std::string text = textOf(8);
+        std::string expected = text;
+        const std::size_t expectedCount = expandOneByOne(expected, values);
+        std::string result = text;
+        ASSERT_EQ(vek::expandVariables(result, values), expectedCount) << text;
+        ASSERT_EQ(result, expected) << text;
+        expanded += expectedCount != 0 ? 1 : 0;
+    }
+    EXPECT_GT(expanded, 5000);
+}
+
+TEST(Case, FollowsTheLocaleOfTheRuntime) {
+    // The runtime's other locales are those of Windows.
+    const char* german = std::setlocale(LC_CTYPE, "German_Germany.1252");
+    if (german == nullptr) {
+        GTEST_SKIP() << "the runtime knows the C locale alone";
+    }
+    std::string text = "\xC4";
+    EXPECT_EQ(vek::toLower(text), "\xE4");
+    std::setlocale(LC_CTYPE, "C");
+    EXPECT_EQ(vek::toLower(text = "\xC4"), "\xC4");
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <cstring>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -317,6 +319,45 @@ TEST_F(SharedMemoryTest, LeavesNoHandleOpen) {
         openAndClose();
     }
     EXPECT_EQ(vek::test::handlesOfThisProcess(), handles);
+}
+
+// The number of `threads` concurrent creators whose record says that they created the memory.
+int creatorsAmong(int threads, const char* fileName, const std::string& name) {
+    const OwnedHandle go(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    std::vector<SharedMemory> memories(static_cast<std::size_t>(threads));
+    std::vector<std::thread> creators;
+    for (SharedMemory& memory : memories) {
+        creators.emplace_back([&] {
+            WaitForSingleObject(go.get(), INFINITE);
+            createSharedMemory(&memory, 100, fileName, name.c_str(), 0);
+        });
+    }
+    SetEvent(go.get());
+    for (std::thread& creator : creators) {
+        creator.join();
+    }
+    int created = 0;
+    for (SharedMemory& memory : memories) {
+        EXPECT_NE(memory.view, nullptr);
+        created += memory.created;
+        closeSharedMemory(&memory);
+    }
+    return created;
+}
+
+TEST_F(SharedMemoryTest, OfConcurrentCreatorsExactlyOneHasCreatedIt) {
+    for (int round = 0; round < 100; ++round) {
+        EXPECT_EQ(creatorsAmong(8, nullptr, name), 1) << round;
+    }
+}
+
+// Wine may report to several creators that they made the file.
+TEST_F(SharedMemoryTest, OfConcurrentCreatorsWithAFileOneHasCreatedIt) {
+    for (int round = 0; round < 50; ++round) {
+        const std::string file = path("file" + std::to_string(round));
+        EXPECT_GE(creatorsAmong(8, file.c_str(), name), 1) << round;
+        EXPECT_EQ(creatorsAmong(8, file.c_str(), name), 0) << "the file exists";
+    }
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ class OwnedHandle {
     HANDLE handle = nullptr;
 };
 
-// The command line that runs the support program os_child.exe, which stands beside the test.
+// The command line that runs the support program os_child.exe, which is beside the test.
 inline std::string childCommand(const std::string& arguments) {
     std::array<char, MAX_PATH> path = {};
     GetModuleFileNameA(nullptr, path.data(), path.size());

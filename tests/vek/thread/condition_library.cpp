@@ -1,5 +1,5 @@
 // The system's condition functions by way of a library of their own, which counts the sleepers and
-// can make sleeping fail. The names under which they are exported stand in the .def files.
+// can make sleeping fail. The .def files have the names under which they are exported.
 #include <atomic>
 
 #include "vek/base/windows.h"
@@ -27,7 +27,7 @@ void WINAPI wakeAll(CONDITION_VARIABLE* variable) {
 
 BOOL WINAPI sleepOnCondition(CONDITION_VARIABLE* variable, CRITICAL_SECTION* section,
                              DWORD timeoutMs) {
-    // With the section held, so that whoever gets that after seeing the count finds a sleeper.
+    // With the section held, so that a thread that locks it after seeing the count finds a sleeper.
     ++sleeps;
     if (sleepError != 0) {
         SetLastError(sleepError);

@@ -286,7 +286,7 @@ std::uint32_t errorOfAWokenWaiter(Condition& condition, bool withDeadline, bool 
     });
     EXPECT_TRUE(about.wait());
     {
-        // Once the mutex is to be had, the waiter has taken its ticket.
+        // Once the mutex is free, the waiter has taken its ticket.
         const ScopeGuard guard(condition);
         if (wakeAll) {
             condition.wakeAll();

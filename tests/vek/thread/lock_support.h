@@ -85,7 +85,7 @@ bool becomesTrue(Condition condition) {
     return true;
 }
 
-// Lets `count` threads pass together, again and again. It stands on nothing but atomics: the
+// Lets `count` threads pass together, again and again. It uses nothing but atomics: the
 // runtime's own one is built on what is tested here, and less reliable.
 class Barrier {
   public:

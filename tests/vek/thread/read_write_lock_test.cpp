@@ -18,7 +18,7 @@ using vek_test::osErrorOf;
 using vek_test::Signal;
 using vek_test::watchedLibrary;
 
-// --- what native and emulated locks have in common; the latter stand on native conditions ---
+// --- what native and emulated locks have in common; the latter on native conditions ---
 
 class EitherLock : public testing::TestWithParam<const char*> {
   protected:
@@ -311,8 +311,8 @@ TEST_F(EmulatedLockOnEmulatedConditions, WorksWithoutContention) {
 }
 
 // Holds a lock in one way while another thread takes it in another way, and lets go when that
-// thread has had the time to fall asleep. Gives the number of the OsError that the other one gets;
-// 0 if it came too late to sleep.
+// thread has had the time to fall asleep. Returns the number of the OsError that the other one
+// gets; 0 if it came too late to sleep.
 std::uint32_t errorOfAWaiter(ReadWriteLock& lock, bool holdExclusive, bool waitExclusive) {
     if (holdExclusive) {
         lock.lockExclusive();

@@ -317,4 +317,25 @@ TEST(DateTime, KnowsLeapYears) {
     }
 }
 
+TEST(DateTime, FormatThatTheRuntimeRefusesEndsNothing) {
+    for (const char* format : {"%", "%Q", "%#", "100%", "%Y%"}) {
+        EXPECT_LE(date(2000, 1, 1).format(format).size(), 16u) << format;
+    }
+    DateTime hostile = date(65535, 65535, 65535);
+    hostile.dayOfWeek = 65535;
+    hostile.hour = 65535;
+    for (const char* format : {"%a", "%b", "%c", "%p", "%U", "%Z"}) {
+        EXPECT_LT(hostile.format(format).size(), 256u) << format;
+    }
+}
+
+TEST(DateTime, SecondsBeyondTheRangeOfMillisecondsWrap) {
+    DateTime wrapped;
+    DateTime expected;
+    // 2^61 seconds are 1000 * 2^61 milliseconds, a multiple of 2^64.
+    wrapped.setLocalFromSeconds((std::int64_t{1} << 61) + 1000000000);
+    expected.setLocalFromSeconds(1000000000);
+    EXPECT_EQ(wrapped.toString(), expected.toString());
+}
+
 }  // namespace

@@ -110,4 +110,40 @@ TEST(ParseTime, LocaleThatTheRuntimeLacksIsReplacedByTheClassicOne) {
     EXPECT_THROW(parseTime(isoFormat, "yesterday"), ParseError);
 }
 
+TEST(ParseTime, IncompleteTextThrows) {
+    for (const char* text : {"2024", "2024-", "2024-02", "2024-02-"}) {
+        EXPECT_THROW(parseTime("%Y-%m-%d", text), ParseError) << text;
+    }
+    EXPECT_THROW(parseTime(isoFormat, "2000-02-29"), ParseError);
+    EXPECT_THROW(parseTime(isoFormat, "2000-02-29 12:10"), ParseError);
+    EXPECT_THROW(parseTime("%Y literal", "2024 lit"), ParseError);
+    EXPECT_THROW(parseTime("%d %B", "3"), ParseError);
+}
+
+TEST(ParseTime, ErrorOfAnIncompleteTextNamesTheText) {
+    try {
+        parseTime("%Y-%m-%d", "2024-02");
+        FAIL();
+    } catch (const ParseError& error) {
+        EXPECT_EQ(error.input(), "2024-02");
+    }
+}
+
+TEST(ParseTime, NumberAtTheEndMayBeShort) {
+    EXPECT_EQ(parseTime("%Y-%m-%d", "2024-2-1").format("%Y-%m-%d"), "2024-02-01");
+    EXPECT_EQ(parseTime("%H:%M", "7:5").minute, 5);
+}
+
+TEST(ParseTime, SpaceAtTheEndOfTheFormatMayBeMissing) {
+    EXPECT_EQ(parseTime("%Y-%m-%d ", "2024-02-03").day, 3);
+    EXPECT_EQ(parseTime("%Y-%m-%d \n", "2024-02-03 ").day, 3);
+}
+
+TEST(ParseTime, BlankTextThrows) {
+    for (const char* format : {"%Y", "%d", "", " "}) {
+        EXPECT_THROW(parseTime(format, ""), ParseError) << format;
+        EXPECT_THROW(parseTime(format, "  "), ParseError) << format;
+    }
+}
+
 }  // namespace
