@@ -4,9 +4,9 @@
 //
 // The last two figures compare bare loops: appending with writing at the handle's own position,
 // which would overwrite the lines of other processes, and with moving to the end before each write,
-// as the C runtime does in append mode, during which another process can write to the same place.
-// On Windows an append costs as much as a write at a position. Wine asks the host for the file's
-// end before each append.
+// as the C runtime does in append mode; between the two calls another process can write to the same
+// place. On Windows an append costs as much as a write at a position. Wine asks the host for the
+// file's end and moves the position, in two more system calls of the host.
 #include <cstdio>
 #include <string>
 
@@ -97,11 +97,11 @@ void measureAppending() {
     const HANDLE appending = openBare(FILE_APPEND_DATA);
     const HANDLE positioned = openBare(GENERIC_WRITE);
     compare(
-        "bare appending, beside a position of its own", rounds, lines,
+        "bare appending, compared with a position of its own", rounds, lines,
         [&] { writeAll(appending, line); }, [&] { writeAll(positioned, line); });
     const HANDLE moved = openBare(GENERIC_WRITE);
     compare(
-        "bare appending, beside a move to the end before each write", rounds, lines,
+        "bare appending, compared with a move to the end before each write", rounds, lines,
         [&] { writeAll(appending, line); }, [&] { writeAllAtEnd(moved, line); });
     CloseHandle(appending);
     CloseHandle(positioned);

@@ -217,9 +217,9 @@ void measureRoundTrip(const net::IP4Address& service) {
         std::size_t watched;
         double target;
     } rows[] = {
-        {"get-default-scope, beside a blocking echo", 0, 0},
-        {"get-default-scope, beside a select for 1 socket and an echo", 1, 1.3},
-        {"get-default-scope, beside a select for 4 sockets and an echo", 4, 1.3},
+        {"get-default-scope, compared with a blocking echo", 0, 0},
+        {"get-default-scope, compared with a select for 1 socket and an echo", 1, 1.3},
+        {"get-default-scope, compared with a select for 4 sockets and an echo", 4, 1.3},
     };
     for (const auto& row : rows) {
         BareConnection bare;

@@ -1,6 +1,6 @@
 // Shared by the measuring programs: their command line, the timing, and the report of a figure.
 //
-// Two things that are compared are measured in turns, so that a disturbance of the machine hits
+// The two sides of a comparison are measured alternately, so that a disturbance of the machine hits
 // both.
 #pragma once
 
@@ -75,7 +75,7 @@ double nanoseconds(Work work) {
            static_cast<double>(frequency.QuadPart);
 }
 
-// Calls `work` and `bare` in turns, `rounds` times each (once with --smoke), and reports the
+// Calls `work` and `bare` alternately, `rounds` times each (once with --smoke), and reports the
 // medians of the time of one operation. Each call does its operation `perCall` times.
 template <class Work, class Bare>
 void compare(const std::string& what, int rounds, int perCall, Work work, Bare bare,

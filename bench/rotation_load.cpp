@@ -199,7 +199,7 @@ void row(const char* what, const std::vector<double>& times, double reference, d
                        .higherIsBetter = true});
 }
 
-// The folder of gzip.exe, which the build puts beside this program's own.
+// The folder of gzip.exe, which the build puts next to this program.
 std::string gzipFolder() {
     char program[MAX_PATH] = {};
     GetModuleFileNameA(nullptr, program, sizeof program);

@@ -11,6 +11,8 @@ TICKS_A_SECOND = os.sysconf("SC_CLK_TCK")
 # Other processes may use this share of one core; a measurement with more is called disturbed.
 QUIET_SHARE = 0.05
 SAMPLE_SECONDS = 2.0
+# The parent of the kernel's threads, which work for the measurement too.
+KERNEL_THREADS = 2
 
 
 def _read(path):
@@ -39,12 +41,13 @@ def _stolen():
 class Watch:
     """Measures the processor time of processes that don't belong to the measurement.
 
-    Those that belong to it are this process, its parents and its children, and the processes of the Wine prefix.
+    Those that belong to it are this process, its parents and its children, the processes of the Wine prefix, and the
+    kernel's threads.
     Use as a context manager; `share` and `busiest` are valid afterwards.
     """
 
     def __init__(self, prefix, interval=SAMPLE_SECONDS):
-        self.mark = b"WINEPREFIX=" + os.fsencode(prefix or "\0none")
+        self.mark = b"WINEPREFIX=" + os.fsencode(prefix or "none") + b"\0"
         self.interval = interval
         self.own = set()
         self.others = {}  # pid: [name, seconds at the first sight, seconds now]
@@ -94,7 +97,7 @@ class Watch:
             name, parent, seconds = process
             if pid not in self.others:
                 # A process that started after the last sample has used all of its time since.
-                if parent == os.getpid() or self.mark in _read(f"/proc/{pid}/environ"):
+                if parent in (os.getpid(), KERNEL_THREADS) or pid == KERNEL_THREADS or self.mark in _read(f"/proc/{pid}/environ"):
                     self.own.add(pid)
                     continue
                 self.others[pid] = [name, seconds if first else 0.0, seconds]

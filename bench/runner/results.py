@@ -5,6 +5,8 @@ import statistics
 
 # A spread needs this many repetitions.
 LEAST_REPETITIONS = 3
+# What the figures of the logging libraries hold in addition.
+PEER_KEYS = {"contestant": str, "mode": str, "threads": int, "appending": bool, "flushed": bool, "figure": str}
 
 
 class ResultsError(Exception):
@@ -18,7 +20,7 @@ def spread(values):
 
 
 def compared_values(figure):
-    """What tells two runs apart: the ratios to the other side, which the machine affects less, or the values."""
+    """The values to compare two runs by: the ratios to the other side, which the machine affects less, or the values."""
     if figure.get("other"):
         return [own / other for own, other in zip(figure["own"], figure["other"])]
     return figure["own"]
@@ -51,7 +53,7 @@ class Results:
         return list(dict.fromkeys(f["benchmark"] for f in self.data["figures"]))
 
     def save(self, path):
-        """One line for each figure, so that two files can be told apart line by line."""
+        """One line for each figure, so that a diff of two files is readable."""
         head = {key: value for key, value in self.data.items() if key != "figures"}
         with open(path, "w", encoding="utf-8") as file:
             file.write(json.dumps(head, indent=1)[:-2] + ',\n "figures": [\n')
@@ -68,13 +70,21 @@ def load(path):
             for key in ("benchmark", "name", "unit", "better"):
                 if not isinstance(figure[key], str):
                     raise ValueError(f"{key} is no text")
+            if figure["benchmark"] == "peers":
+                for key, kind in PEER_KEYS.items():
+                    if not isinstance(figure[key], kind):
+                        raise ValueError(f"{key} of '{figure['name']}' is wrong")
             series = [figure["own"]] + ([figure["other"]] if "other" in figure else [])
             for values in series:
                 if not values or not all(isinstance(v, (int, float)) and v >= 0 for v in values):
                     raise ValueError(f"figure '{figure['name']}' has no values")
             if len(series) == 2 and (len(series[0]) != len(series[1]) or 0 in series[1]):
                 raise ValueError(f"figure '{figure['name']}' can't be compared with its other side")
-        return Results({"machine": {}, "repetitions": 0, "disturbed": [], **data})
+        data = {"machine": {}, "repetitions": 0, "disturbed": [], **data}
+        if not (isinstance(data["machine"], dict) and isinstance(data["repetitions"], int) and
+                isinstance(data["disturbed"], list)):
+            raise ValueError("what describes the run is wrong")
+        return Results(data)
     except OSError as error:
         raise ResultsError(f"{path}: {error.strerror}") from error
     except (ValueError, KeyError, TypeError, AttributeError) as error:

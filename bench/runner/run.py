@@ -133,7 +133,9 @@ class Run:
             for benchmark, steps in plan.items():
                 count = f" ({repetition + 1} of {self.options.repeat})" if self.options.repeat > 1 else ""
                 print(f"== {benchmark}{count}", flush=True)
-                for step in steps:
+                for number, step in enumerate(steps, 1):
+                    if len(steps) > 1:
+                        print(f"   {step.title()} ({number} of {len(steps)})", flush=True)
                     self.take(step)
                 if repetition == self.options.repeat - 1:
                     print("\n".join(tables.benchmark_lines(self.results, benchmark)), flush=True)

@@ -18,6 +18,7 @@ sys.path.insert(0, runner)
 sys.dont_write_bytecode = True
 # pylint: disable=wrong-import-position
 import machine
+import publish
 import results
 import run
 import tables
@@ -192,7 +193,8 @@ class Comparison(Folder):
 
     def test_bad_files_are_refused_with_their_name(self):
         good = self.results_file("good", own=[1, 2, 3])
-        bad = ["", "[]", "{}", '{"figures": 5}', '{"figures": [{}]}', "\0", '{"figures": [null]}']
+        bad = ["", "[]", "{}", '{"figures": [], "machine": 5}', '{"figures": [], "disturbed": {}}',
+               '{"figures": [{"benchmark": "peers", "name": "a", "unit": "ns", "better": "lower", "own": [1]}]}', '{"figures": 5}', '{"figures": [{}]}', "\0", '{"figures": [null]}']
         for text in bad:
             with open(self.path("bad"), "w", encoding="utf-8") as file:
                 file.write(text)
@@ -269,6 +271,76 @@ class PeerTable(unittest.TestCase):
         self.assertEqual(ways, {("own", False), ("spdlog", False), ("spdlog", True)})
         rates = {step.more["threads"] for step in steps if step.more["mode"] == "throughput" and step.more["flushed"]}
         self.assertEqual(rates, {1, 2, 4, 8})
+
+
+class Publishing(Folder):
+    DOCUMENT = "before\n<!-- peers -->\nold\n<!-- end of peers -->\nafter\n"
+
+    def publish(self, *arguments):
+        out = io.StringIO()
+        with contextlib.redirect_stderr(out):
+            return publish.main(list(arguments)), out.getvalue()
+
+    def document(self, text):
+        with open(self.path("document.md"), "w", encoding="utf-8") as file:
+            file.write(text)
+        return self.path("document.md")
+
+    def peers_file(self, disturbed=()):
+        data = results.Results()
+        data.data.update(machine={"date": "2026-01-02", "cores": 2}, repetitions=3, disturbed=list(disturbed))
+        for contestant in ("own", "spdlog"):
+            for step in run.peer_steps([contestant]):
+                names = {"statement": ["p50", "p90", "p99", "mean"], "off": ["off"], "throughput": ["throughput"]}
+                for name in names[step.more["mode"]]:
+                    data.add("peers", {"name": step.prefix + name, "unit": "ns", "better": "lower", "own": 1500},
+                             **step.more, figure=name)
+        data.save(self.path("peers.json"))
+        return self.path("peers.json")
+
+    def test_the_marked_lines_become_the_day_and_the_table(self):
+        lines = publish.section(results.load(self.peers_file()))
+        text = publish.with_section(self.DOCUMENT, lines)
+        self.assertTrue(text.startswith("before\n<!-- peers -->\nMeasured on 2026-01-02"))
+        self.assertTrue(text.endswith("|\n<!-- end of peers -->\nafter\n"))
+        self.assertIn("medians of 3 repetitions", text)
+        self.assertIn("| ours | 1.50 / 1.50 |", text)
+        self.assertIn("| spdlog, appending | 1.50 / 1.50 |", text)
+        self.assertNotIn("old", text)
+        self.assertNotIn("busy", text)
+
+    def test_figures_of_a_busy_machine_are_marked(self):
+        lines = publish.section(results.load(self.peers_file([{"step": "x", "share": 1, "busiest": "y"}])))
+        self.assertIn("The machine was busy in 1 of the steps", lines[0])
+
+    def test_check_finds_a_table_that_is_not_the_files(self):
+        source, target = self.peers_file(), self.document(self.DOCUMENT)
+        code, words = self.publish("--check", source, target)
+        self.assertEqual(code, 1)
+        self.assertIn("scripts/bench --publish", words)
+        text = publish.with_section(self.DOCUMENT, publish.section(results.load(source)))
+        self.assertEqual(self.publish("--check", source, self.document(text))[0], 0)
+
+    def test_a_document_without_marks_is_refused(self):
+        code, words = self.publish("--check", self.peers_file(), self.document("no marks\n"))
+        self.assertEqual(code, 2)
+        self.assertIn("marks", words)
+
+    def test_charts_have_a_curve_for_each_library(self):
+        data = results.load(self.peers_file())
+        statement = publish.statement_chart(data, "x.svg")
+        self.assertEqual(statement.count("plot '-'"), 2)
+        self.assertEqual(statement.count('title "spdlog"'), 2)
+        # 50, 90 and 99 percent, for 2 libraries and for 1 and 4 threads, in microseconds.
+        self.assertEqual(statement.count(" 1.5\n"), 12)
+        throughput = publish.throughput_chart(data, "x.svg")
+        self.assertEqual(throughput.count('title "ours"'), 2)
+        for threads in (1, 2, 4, 8):
+            self.assertEqual(throughput.count(f"\n{threads} 1.5\n"), 4)
+
+    def test_a_file_without_peers_has_no_chart(self):
+        with self.assertRaises(results.ResultsError):
+            publish.statement_chart(results.Results(), "x.svg")
 
 
 unittest.main(verbosity=0)
