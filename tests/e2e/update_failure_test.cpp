@@ -148,6 +148,24 @@ TEST_F(FailingUpdate, WithoutPathInfoIniTellsWhyAndLeavesTheExecutableMovedAside
     recover();
 }
 
+TEST_F(FailingUpdate, WithAPathInfoIniInUtf16SaysSoAndLeavesTheExecutableMovedAside) {
+    std::string text = "\xFF\xFE";
+    for (const char byte : "QadDataDir = " + freshDirectory + "\r\n") {
+        text += {byte, '\0'};
+    }
+    support::writeFile(pathInfo(), text);
+    runService();
+    const Outcome outcome = runHelper(installedDirectory);
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_EQ(
+        outcome.errorText,
+        "PathInfo Error: failed to load config file: File system error at location: \"" +
+            helperDirectory +
+            "/pathinfo.ini\": The file is in UTF-16. Save it in the system's ANSI code page.");
+    EXPECT_EQ(endState(), movedAside);
+    recover();
+}
+
 TEST_F(FailingUpdate, WithoutTheKeyTellsWhyAndLeavesTheExecutableMovedAside) {
     support::writeFile(pathInfo(), "AnotherDir = " + freshDirectory + "\n");
     runService();

@@ -74,6 +74,13 @@ TEST_F(Update, FindsTheNewExecutableThroughPlaceholdersAndInAnyCaseOfTheKey) {
     EXPECT_EQ(endState(), updated);
 }
 
+TEST_F(Update, SkipsAByteOrderMarkAheadOfTheFirstKey) {
+    support::writeFile(pathInfo(), "\xEF\xBB\xBFQadDataDir = " + freshDirectory + "\r\n");
+    runService();
+    expectGoodUpdate(runHelper(installedDirectory), waits::goodUpdate);
+    EXPECT_EQ(endState(), updated);
+}
+
 // The prefix that switches off the limit on a path's length.
 TEST_F(Update, IsDoneByAHelperThatIsStartedByAPathWithAPrefix) {
     runService();
