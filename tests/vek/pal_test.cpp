@@ -1,6 +1,7 @@
 #include "vek/pal.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <exception>
@@ -347,10 +348,14 @@ TEST(VekPal, EndLetsThreadsInWaitLeaveWithAnException) {
         waitedFor.setArguments({vek::programDirectory() + "\\proc_child.exe", "wait", name, "0"},
                                true);
         waitedFor.start();
-        vek::proc::Child last;
-        last.setArguments({vek::programDirectory() + "\\proc_child.exe", "sleep", "300", "0"},
-                          true);
-        last.start();
+        // The first exit after the request to stop lets the end return.
+        std::array<vek::proc::Child, 3> last;
+        for (std::size_t i = 0; i < last.size(); ++i) {
+            const std::string delayMs[] = {"300", "2000", "8000"};
+            last[i].setArguments(
+                {vek::programDirectory() + "\\proc_child.exe", "sleep", delayMs[i], "0"}, true);
+            last[i].start();
+        }
         std::string text;
         std::thread waiting([&] {
             vek::proc::ExitStatus status;
@@ -366,8 +371,10 @@ TEST(VekPal, EndLetsThreadsInWaitLeaveWithAnException) {
         EXPECT_EQ(text, "The shepherd of this child is gone");
         SetEvent(end);
         CloseHandle(end);
-        CloseHandle(last.getProcess().hProcess);
-        CloseHandle(last.getProcess().hThread);
+        for (const vek::proc::Child& child : last) {
+            CloseHandle(child.getProcess().hProcess);
+            CloseHandle(child.getProcess().hThread);
+        }
     }
 }
 

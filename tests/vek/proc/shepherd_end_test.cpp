@@ -3,6 +3,7 @@
 #include <atomic>
 #include <thread>
 
+#include "tests/support/files.h"
 #include "tests/vek/proc/proc_test.h"
 #include "vek/base/shared_lib.h"
 #include "vek/proc/shepherd.h"
@@ -25,25 +26,45 @@ class ShepherdEnd : public vek::test::ProcTest {
         child.start();
     }
 
-    // Shuts the shepherd down. The child that waits for `endOfLast` exits meanwhile: otherwise this
-    // would block while children run.
-    static void shutDown(const NamedEvent& endOfLast) {
-        std::thread stopping(vek::proc::shutdownShepherd);
-        endOfLast.set();
-        stopping.join();
-    }
+    // Children whose exits let a shutdown return while others run.
+    class LastChildren {
+      public:
+        LastChildren() {
+            for (std::size_t i = 0; i < children.size(); ++i) {
+                startWaiting(children[i], ends[i], "3");
+            }
+        }
+
+        // Shuts the shepherd down. One exit is enough, unless it is noticed before the request to
+        // stop.
+        void shutDown() {
+            std::atomic<bool> isDown = false;
+            std::thread stopping([&isDown] {
+                vek::proc::shutdownShepherd();
+                isDown = true;
+            });
+            for (const NamedEvent& end : ends) {
+                end.set();
+                support::waitUntil([&isDown] { return isDown.load(); }, 3000);
+            }
+            stopping.join();
+        }
+
+        std::array<Child, 4> children;
+
+      private:
+        std::array<NamedEvent, 4> ends;
+    };
 };
 
 TEST_F(ShepherdEnd, ChildOfAFormerShepherdCannotBeWaitedForThoughANewOneExists) {
     const NamedEvent end;
-    const NamedEvent endOfLast;
     Child unlimited;
     Child limited;
-    Child last;
+    LastChildren last;
     startWaiting(unlimited, end, "1");
     startWaiting(limited, end, "2");
-    startWaiting(last, endOfLast, "3");
-    shutDown(endOfLast);
+    last.shutDown();
     vek::proc::ensureShepherd();
     const vek::time::MonotonicClock begun(true);
     EXPECT_EQ(thrown<RuntimeError>([&] { waited(unlimited); }), gone);
@@ -51,7 +72,7 @@ TEST_F(ShepherdEnd, ChildOfAFormerShepherdCannotBeWaitedForThoughANewOneExists) 
     EXPECT_LT(vek::time::MonotonicClock(true) - begun, 5000);
     EXPECT_EQ(unlimited.getProcess().dwProcessId, 0u);
     EXPECT_EQ(limited.getProcess().dwProcessId, 0u);
-    EXPECT_THROW(waited(last), RuntimeError);
+    EXPECT_THROW(waited(last.children[0]), RuntimeError);
     end.set();
 }
 
@@ -85,14 +106,12 @@ TEST_F(ShepherdEnd, NewShepherdWatchesLikeTheFormer) {
 TEST_F(ShepherdEnd, ThreadsInWaitLeaveWithAnExceptionBeforeItIsDeleted) {
     for (int round = 0; round < 5; ++round) {
         const NamedEvent end;
-        const NamedEvent endOfLast;
+        LastChildren last;
         constexpr int count = 6;
         std::array<Child, count> children;
         for (Child& child : children) {
             startWaiting(child, end, "1");
         }
-        Child last;
-        startWaiting(last, endOfLast, "2");
         std::atomic<int> left = 0;
         std::vector<std::thread> threads;
         for (int i = 0; i < count; ++i) {
@@ -110,7 +129,7 @@ TEST_F(ShepherdEnd, ThreadsInWaitLeaveWithAnExceptionBeforeItIsDeleted) {
             });
         }
         Sleep(round % 2 == 0 ? 50 : 0);
-        shutDown(endOfLast);
+        last.shutDown();
         EXPECT_EQ(currentShepherd(), nullptr);
         for (std::thread& thread : threads) {
             thread.join();
@@ -131,7 +150,9 @@ TEST_F(ShepherdEnd, ResultThatCameInTimeIsHandedOutAtTheEnd) {
     std::uint32_t code = 0;
     std::thread waiting([&] { code = waited(child).code; });
     Sleep(50);
-    shutDown(end);
+    std::thread stopping(vek::proc::shutdownShepherd);
+    end.set();
+    stopping.join();
     waiting.join();
     EXPECT_EQ(code, 5u);
 }
