@@ -138,7 +138,8 @@ class Run:
                         print(f"   {step.title()} ({number} of {len(steps)})", flush=True)
                     self.take(step)
                 if repetition == self.options.repeat - 1:
-                    print("\n".join(tables.benchmark_lines(self.results, benchmark)), flush=True)
+                    for line in tables.benchmark_lines(self.results, benchmark):
+                        print(line, flush=True)
 
     def summary(self):
         """Prints what the figures are worth. Returns the exit code."""
