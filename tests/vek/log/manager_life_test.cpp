@@ -328,7 +328,7 @@ TEST(ManyThreads, StatementInTheMidstOfAShutdownDoesNoHarm) {
     manager.shutdown();
     goOn.open();
     late.join();
-    // It has missed the sinks, and the next one doesn't pass the level of the old logger.
+    // It has missed the sinks, and the next one finds the logger muted.
     bool evaluated = false;
     VEK_LOG(logger, ERR, (evaluated = true));
     EXPECT_FALSE(evaluated);
