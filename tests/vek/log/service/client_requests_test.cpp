@@ -259,6 +259,27 @@ TEST_F(ClientRequests, NetworkSinkIsToldWithItsPeer) {
         << sinks[0];
 }
 
+TEST_F(ClientRequests, NetworkSinkOfAClientThatWasResetIsToldWithThePeerThatItHad) {
+    std::string peer;
+    {
+        const auto streaming = streamingClient();
+        std::ostringstream text;
+        text << streaming->address();
+        peer = text.str();
+        const linger reset = {1, 0};
+        streaming->socket.setOption(SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+    }
+    // The reset may be on its way, and the system then still knows the peer.
+    for (int i = 0; i < 10; ++i) {
+        ServiceClient client(port);
+        const std::vector<std::string> sinks = client.sinks();
+        ASSERT_EQ(sinks.size(), 1u);
+        EXPECT_TRUE(sinks[0].ends_with("\x1Fpeer=" + peer)) << sinks[0];
+        EXPECT_EQ(client.ask("get-default-scope:"), "default-scope:scope=WARN");
+        Sleep(20);
+    }
+}
+
 TEST_F(ClientRequests, NoMessageIsDispatchedDuringTheReplyAboutSinks) {
     // A sink that is busy holds the reply up.
     vek_test::Door door;
