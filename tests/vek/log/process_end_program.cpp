@@ -63,7 +63,7 @@ void logMessages(int count) {
     std::abort();
 }
 
-// Made ahead of the manager, and so destroyed behind it.
+// Constructed before the manager, and so destroyed after it.
 struct ToldLast {
     ~ToldLast() { std::fprintf(stderr, "statics end\n"); }
 };

@@ -14,6 +14,7 @@ namespace {
 
 using namespace vek::log;
 using vek_test::Door;
+using vek_test::HeldMessage;
 using vek_test::LogCapture;
 using vek_test::ScopedThread;
 using Texts = std::vector<std::string>;
@@ -27,12 +28,12 @@ Texts ownLevelsOf(const Manager& manager) {
     return levels;
 }
 
-// A manager whose shutdown waits for a sink, until `finish`.
+// A manager whose queue drains until `finish`.
 class DrainingManager : public testing::Test {
   protected:
     DrainingManager() {
         manager.setLoggerLevel("x", DEBUG);
-        x.emit(ERR, "first");
+        manager.submit(new HeldMessage(door));
         manager.start();
     }
     ~DrainingManager() override { finish(); }
@@ -55,7 +56,7 @@ class DrainingManager : public testing::Test {
 
     Door door;
     Manager manager;
-    LogCapture capture{manager, INVALID, [this](const Message&) { door.pass(); }};
+    LogCapture capture{manager};
     Logger& x = *manager.getLogger("x");
     Logger& y = *manager.getLogger("y");
     std::unique_ptr<ScopedThread> stopper;
@@ -72,7 +73,7 @@ TEST_F(DrainingManager, WritesNoStatementsButKeepsTheLevelsThatWereSet) {
     EXPECT_EQ(manager.listLoggers(), (std::vector<Logger*>{&x, &y}));
     EXPECT_EQ(ownLevelsOf(manager), Texts{"x=DEBUG"});
     finish();
-    EXPECT_EQ(capture.texts(), Texts{"first"});
+    EXPECT_EQ(capture.texts(), Texts{"held"});
 }
 
 TEST_F(DrainingManager, TakesNewLevelsWithoutWritingStatements) {
@@ -116,7 +117,7 @@ TEST_F(DrainingManager, HasNoLevelsAndTakesNoSinksOnceTheyAreGone) {
     manager.removeSink(late.getSink());
     EXPECT_FALSE(manager.addSinkUnlessShutDown(late.getSink()));
     EXPECT_TRUE(manager.withSinks([](const auto& sinks, std::uint32_t) { return sinks.empty(); }));
-    // It isn't saved, but is there for who asks for it.
+    // It exists again, but its level can't be saved.
     EXPECT_EQ(manager.getLogger("x")->level(), INFO);
     EXPECT_THROW(manager.ownLevels(), vek::RuntimeError);
 }

@@ -15,6 +15,7 @@ namespace {
 
 using namespace vek::log;
 using vek_test::Door;
+using vek_test::HeldMessage;
 using vek_test::LogCapture;
 using vek_test::ScopedThread;
 using Texts = std::vector<std::string>;
@@ -53,7 +54,7 @@ TEST_F(ConfiguratorTest, StartsTheManagerAndShutsItDown) {
     EXPECT_EQ(capture->texts(), (Texts{"ahead of configure", "behind it"}));
 }
 
-// With a file of its own, while a sink holds up a shutdown.
+// With a file of its own, and a shutdown that lasts until `finish`.
 class SavingConfigurator : public vek::test::TemporaryDirectoryTest {
   protected:
     SavingConfigurator() {
@@ -65,7 +66,7 @@ class SavingConfigurator : public vek::test::TemporaryDirectoryTest {
     }
 
     void beginShutdown() {
-        a.emit(ERR, "held");
+        manager().submit(new HeldMessage(door));
         stopper = std::make_unique<ScopedThread>([this] { configurator.stop(); });
         ASSERT_TRUE(vek_test::becomesTrue([this] { return !a.passes(ERR); }));
     }
@@ -79,7 +80,6 @@ class SavingConfigurator : public vek::test::TemporaryDirectoryTest {
     TCLAP::CmdLine commandLine{"test"};
     Configurator configurator{&commandLine};
     Door door;
-    LogCapture capture{manager(), INVALID, [this](const Message&) { door.pass(); }};
     Logger& a = *manager().getLogger("a");
     std::unique_ptr<ScopedThread> stopper;
 };

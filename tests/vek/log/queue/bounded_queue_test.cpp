@@ -104,7 +104,7 @@ struct Fragile {
     std::atomic<int>* movesToFailure;
 };
 
-// With a library that tells who sleeps.
+// With a library that counts sleeping threads.
 class WatchedQueue : public testing::Test {
   protected:
     unsigned sleeps() const { return sleepCount(); }

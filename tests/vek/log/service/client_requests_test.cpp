@@ -38,7 +38,7 @@ class ClientRequests : public LogServiceTest {
 
 TEST_F(ClientRequests, DefaultLevelIsToldByName) {
     EXPECT_EQ(ask("get-default-scope:"), "default-scope:scope=WARN");
-    // Whatever stands behind the colon.
+    // Whatever follows the colon.
     EXPECT_EQ(ask("get-default-scope:a=1\x1Fscope=TRACE"), "default-scope:scope=WARN");
     EXPECT_EQ(errors.text(), "");
 }
@@ -110,7 +110,7 @@ TEST_F(ClientRequests, LevelsOfLoggersAreChangedOneByOne) {
               "change-scope:ack");
     EXPECT_EQ(levelOf("a"), log::TRACE);
     EXPECT_EQ(levelOf("b"), log::OFF);
-    // Of several for one logger the last stands.
+    // Of several for one logger the last counts.
     EXPECT_EQ(ask("change-scope:a=ERR\x1F"
                   "a=DEBUG"),
               "change-scope:ack");
@@ -174,7 +174,7 @@ TEST_F(ClientRequests, LoggersAreListedWithTheirLevelsOrAsDefault) {
     EXPECT_EQ(ask("agent-list:"),
               "agent-list:a=INFO\x1F"
               "b=default");
-    // Upper case first; a level of its own that is the default's is told as such.
+    // Upper case first. A level of its own that equals the default is reported as such.
     manager.getLogger("Z");
     EXPECT_EQ(ask("change-scope:b=WARN"), "change-scope:ack");
     EXPECT_EQ(ask("agent-list:x=1"),

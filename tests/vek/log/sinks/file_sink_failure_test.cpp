@@ -29,7 +29,7 @@ class FileSinkFailureTest : public vek::test::FileSinkTest {
         return settings();
     }
 
-    // What stands in `x.log` ahead of the lines of the tests.
+    // What `x.log` contains before the lines of the tests.
     static std::string ahead() { return std::string(1023, 'x') + "\n"; }
 
     // The report of a rotation that failed for a move from `from` to `to` in the directory.

@@ -36,7 +36,7 @@ class FileSinkRotationTest : public vek::test::FileSinkTest {
         sink.rotate();
     }
 
-    // The names in the directory, each with the content of its file behind it.
+    // The names in the directory, each followed by the content of its file.
     Names contents() const {
         Names found;
         for (const std::string& name : names()) {
