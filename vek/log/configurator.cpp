@@ -22,7 +22,7 @@ namespace vek::log {
 
 namespace {
 
-// What the sinks of a console and of the debugger show unless they are told otherwise.
+// The defaults of the console's and the debugger's sinks.
 SinkConfig bareConfig() {
     SinkConfig config;
     config.print_pids = false;
@@ -65,7 +65,7 @@ Configurator::Configurator(TCLAP::CmdLineInterface* cmd)
       syslogConfig(initialSyslogConfig()),
       options(waitLogApplication, stdoutConfig.print_tids, stdoutConfig.print_time),
       manager(Manager::instance()) {
-    // Deliberately never stepped back on a way out of this constructor.
+    // Deliberately not decremented if this constructor throws.
     if (instances.fetch_add(1) != 0) {
         throw UsageError("Attempted to create more than one instance of the Configurator object");
     }
@@ -84,7 +84,7 @@ Configurator::Configurator(TCLAP::CmdLineInterface* cmd)
 Configurator::~Configurator() {
     reportFailure([this] {
         manager.shutdown();
-        // A manager that was never started has kept it.
+        // A manager that was never started still has it.
         manager.setConfigurator(nullptr);
     });
     reportFailure([this] { server.stop(); });
@@ -115,7 +115,8 @@ void Configurator::setLoggerLevel(const std::string& name, Level level) {
         const thread::ScopeGuard guard(levelsLock);
         loggerLevels[name] = level;
     }
-    // Behind the lock: the manager takes its own, and asks for levels while it holds that.
+    // After unlocking: the manager locks its own mutex, and calls applyConfiguredLevel with that
+    // mutex held.
     manager.setLoggerLevel(name, level);
 }
 
@@ -157,7 +158,7 @@ void Configurator::applyCommandLine() {
     }
 }
 
-// NAME=LEVEL; of several for one name the last one stands.
+// NAME=LEVEL. Of several for one name the last one counts.
 void Configurator::applyCategory(const std::string& setting) {
     const std::size_t separator = setting.find('=');
     if (separator == std::string::npos) {
@@ -184,7 +185,7 @@ void Configurator::createSinks() {
         manager.addSink(new DebuggerSink(debuggerConfig));
     }
     for (const auto& [path, config] : fileSinks) {
-        // One without a path was reported when it was read.
+        // A missing path was reported when the file was read.
         if (!path.empty()) {
             addFileSink(config);
         }
@@ -192,7 +193,7 @@ void Configurator::createSinks() {
     applyLevels();
 }
 
-// Also for a record that isn't enabled: that makes a sink without a file, which stays silent.
+// Also for a record that isn't enabled: its sink opens no file and writes nothing.
 void Configurator::addFileSink(const FileSinkConfig& config) {
     auto sink = std::make_unique<FileSink>(config);
     if (!sink->isGood()) {
@@ -202,7 +203,7 @@ void Configurator::addFileSink(const FileSinkConfig& config) {
     sink.release();
 }
 
-// For the loggers that exist. Those that come get theirs by applyConfiguredLevel.
+// For existing loggers. New ones get their level by applyConfiguredLevel.
 void Configurator::applyLevels() {
     manager.setDefaultLevel(defaultLevel);
     for (const auto& [name, level] : loggerLevels) {

@@ -1,30 +1,32 @@
-// vek::log::Configurator: brings the logging of a program up and down. A local of the entry point,
-// made right behind vek::VekPal and destroyed right ahead of it.
+// vek::log::Configurator: starts and ends the logging of a program. A local variable of the entry
+// point, constructed right after vek::VekPal and destroyed right before it.
 //
-// It gathers the settings from four sources, turns them into sinks and levels of the manager, and
-// starts the manager's thread and the log server. From the weakest to the strongest the sources
-// are:
+// It collects the settings from four sources, makes sinks and sets levels of the manager
+// accordingly, and starts the manager's thread and the log server. From the weakest to the
+// strongest the sources are:
 //
 //     built-in defaults
 //     the environment (read by the constructor)
 //     logging.conf: first its group `defaults`, then that of this process
-//     the options of the command line, where a program hands over its parser
+//     the options of the command line, if the program passes its parser
 //
 // docs/configuration.md lists every setting, variable and option.
 //
-// What is wrong with a setting is told on std::cerr, since no sink can be relied on yet, and the
-// program goes on: only what is said below to be thrown leaves this class.
+// Errors in settings are reported on std::cerr, since there may be no sink yet, and the program
+// goes on. Only the exceptions named below leave this class.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "vek/base/no_copy.h"
 #include "vek/log/config/options.h"
 #include "vek/log/level.h"
 #include "vek/log/level_source.h"
+#include "vek/log/manager.h"
 #include "vek/log/server.h"
 #include "vek/log/service/served_settings.h"
 #include "vek/log/sink.h"
@@ -40,79 +42,78 @@ class Setting;
 namespace vek::log {
 
 class Logger;
-class Manager;
 
-// One at a time in a process. The constructor, `configure`, `stop` and the destructor are for the
-// thread of the entry point; which thread calls the others is said there.
+// One at a time in a process. Call the constructor, `configure`, `stop` and the destructor on the
+// thread of the entry point. The other operations name their threads.
 class Configurator final : public IForkHandler,
                            public LevelSource,
                            public ServedSettings,
                            public NoCopy {
   public:
-    // Builds everything, adds the options to `cmd`, which may be null and has to outlive this
-    // object otherwise, and reads the environment. Afterwards loggers can be had, at the levels
-    // that the environment gives them.
+    // Adds the options to `cmd`, which may be null and must otherwise outlive this object, and
+    // reads the environment. From then on loggers have the levels of the environment.
     //
     // Throws UsageError, "Attempted to create more than one instance of the Configurator object",
     // while there is another one, and "log manager: bad default level value" if the environment
-    // gives DEFAULT as the default level. Deliberately either counts as an object that lives for
-    // ever: no other can be made in this process from then on. Throws besides OsError if the system
-    // gives no environment, NetError if the server gets no sockets, as without a vek::VekPal, what
-    // TCLAP's CmdLineInterface::add throws, and std::bad_alloc.
+    // sets DEFAULT as the default level. Deliberately, no other object can be made in this process
+    // after either. Throws also OsError if the environment can't be read, NetError if the server
+    // can't open its sockets, as without a vek::VekPal, what TCLAP's CmdLineInterface::add throws,
+    // and std::bad_alloc.
     explicit Configurator(TCLAP::CmdLineInterface* cmd);
 
-    // Shuts the manager down, so that what was logged has reached the sinks when this returns, and
-    // stops the server. Throws nothing; a failure is reported on std::cerr.
+    // Shuts the manager down, so that all messages have reached the sinks when this returns, and
+    // stops the server. Throws nothing; failures are reported on std::cerr.
     ~Configurator();
 
-    // Applies the settings of the process `name`, or of the executable's file name without its
-    // extension if that is empty, and starts the manager and the server. To be called once, behind
-    // the parsing of the command line. If the settings ask for it, waits here, without bound, until
-    // a client has asked for the messages.
+    // Applies the settings of the process `name`, which defaults to the executable's file name
+    // without its extension if it is empty, and starts the manager and the server. Call it once,
+    // after the command line has been parsed. If the settings say so, it then blocks, without a
+    // time-out, until a client has asked for messages.
     //
-    // Throws UsageError, "log manager: bad default level value", if a setting gives DEFAULT as the
+    // Throws UsageError, "log manager: bad default level value", if a setting sets DEFAULT as the
     // default level; libconfig::FileIOException if logging.conf was found, or named, and can't be
-    // opened; FsError if it can't be looked for; OsError for an executable whose path is too long,
-    // and where colours are on and the standard error is no console; and what Manager::start and
-    // the server's start throw. What was added to the manager by then stays there.
+    // opened; FsError if the search for it fails; OsError if the executable's path is too long, and
+    // if colours are on and the standard error is no console; and what Manager::start and
+    // Server::start throw. Sinks that were added by then stay.
     void configure(const std::string& name);
 
-    // Writes the levels that are in force into logging.conf, as told at `writeConfig`. Called by
-    // the server, on its thread. Throws vek::Exception: those of `writeConfig` as they are,
-    // RuntimeError with its what() in the place of any other.
+    // Copies logging.conf to logging.conf.bak and writes the current levels into it, in the group
+    // of this process. Called by the server, on its thread. While the manager shuts down, the
+    // levels are those that were set; after that it throws RuntimeError, "The log has been shut
+    // down.", and touches no file. Throws a vek::Exception also if the file can't be read, parsed
+    // or written, and RuntimeError with its what() instead of any other exception.
     void persistConfig() override;
 
-    // Gives the logger `name` a level, also if it is made only later; with DEFAULT a logger that
-    // exists follows the default level. Safe from any thread.
+    // Sets the level of the logger `name`, also for one that is made later. DEFAULT makes an
+    // existing logger follow the default level. Thread-safe.
     void setLoggerLevel(const std::string& name, Level level) override;
 
-    // Changes the default level. Throws UsageError, and changes nothing, as
-    // Manager::setDefaultLevel does. Called by the server, on its thread.
+    // Sets the default level. Throws UsageError, and changes nothing, as Manager::setDefaultLevel
+    // does. Called by the server, on its thread.
     void setDefaultLevel(Level level) override;
 
-    // The default level. For the thread of `setDefaultLevel`; no lock guards it.
+    // The default level. Not thread-safe: for the thread of `setDefaultLevel`.
     Level getDefaultLevel() const override { return defaultLevel; }
 
-    // The two steps that open the destructor. Throws what they throw.
+    // Shuts the manager down and stops the server, as the destructor does. Throws what they throw.
     void stop();
 
-    // The name of this process among those of logging.conf; empty ahead of `configure`, which is
-    // the only one to change it.
+    // The name of this process in logging.conf. Empty before `configure`, which sets it.
     const std::string& getInstanceName() const override { return instanceName; }
 
-    // Called by the manager, with its mutex held, for each new logger: gives it the level that was
-    // set for its name, if there is one, as a level of its own. Deliberately as it stands: DEFAULT
-    // isn't translated here.
+    // Gives `logger` the level that was set for its name, if there is one, as a level of its own.
+    // Deliberately doesn't treat DEFAULT specially. Called by the manager, with its mutex held, for
+    // each new logger.
     void applyConfiguredLevel(Logger& logger) override;
 
-    // Has the manager renew the process id. Never called: this system has no fork.
+    // Calls Manager::onFork. Never called: this system has no fork.
     void afterFork() override;
 
   private:
     // --- the environment ---
 
     void parseEnvironment();
-    // Whether the variable `name` is one of theirs, and its value a level.
+    // Return whether `name` is the name of such a variable and `value` a level.
     bool parseEnvDefaultLevel(const std::string& name, const std::string& value);
     bool parseEnvCategoryLevel(const std::string& name, const std::string& value);
     static void reportEnvError(const std::string& name, const std::string& value,
@@ -134,9 +135,10 @@ class Configurator final : public IForkHandler,
     static void reportInvalidSetting(const std::string& name, const std::string& value);
 
     void writeConfig();
-    void writeLevels(libconfig::Config& config) const;
+    void writeLevels(libconfig::Config& config,
+                     const std::vector<Manager::LoggerLevel>& levels) const;
 
-    // --- the command line, and what comes of all ---
+    // --- the command line, and the result of all sources ---
 
     void applyCommandLine();
     void applyCategory(const std::string& setting);
@@ -144,9 +146,9 @@ class Configurator final : public IForkHandler,
     void addFileSink(const FileSinkConfig& config);
     void applyLevels();
 
-    // Of logging.conf; empty if there is none.
+    // The path of logging.conf; empty if there is none.
     std::string configPath;
-    // It was read to its end. Nothing reads this.
+    // The file was read to its end. Unused.
     bool configLoaded = false;
     Level defaultLevel = WARN;
     // By the expanded path.
@@ -154,13 +156,13 @@ class Configurator final : public IForkHandler,
     bool waitLogApplication = false;
     SinkConfig stdoutConfig;
     SinkConfig debuggerConfig;
-    // Read from logging.conf, and deliberately without effect: there is no such sink here.
+    // Read from logging.conf. Deliberately has no effect: this system has no such sink.
     SinkConfig syslogConfig;
     ConfiguratorOptions options;
     Manager& manager;
-    // What loggers get that are made later.
+    // By name, also for loggers that are made later.
     std::map<std::string, Level> loggerLevels;
-    // Guards loggerLevels once other threads run. The innermost lock.
+    // Guards loggerLevels once other threads run. Locked last.
     thread::Mutex levelsLock{true};
     std::string instanceName;
     Server server{this};

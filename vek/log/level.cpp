@@ -10,7 +10,7 @@ namespace vek::log {
 
 namespace {
 
-// By value. A table of the compiler's, so that there is no moment at which it isn't there yet.
+// By value. Initialised at compile time, since it is used before main.
 constexpr std::array<const char*, 8> names = {"OFF",   "ERR",   "WARN",    "INFO",
                                               "DEBUG", "TRACE", "DEFAULT", "INVALID"};
 
@@ -23,7 +23,7 @@ const char* levelName(Level level) {
 Level parseLevel(const std::string& text) {
     std::string name = trimmed(text);
     toUpper(name);
-    // The last name deliberately can't be given.
+    // Deliberately without the last name.
     for (std::int32_t value = OFF; value <= DEFAULT; ++value) {
         if (name == levelName(static_cast<Level>(value))) {
             return static_cast<Level>(value);

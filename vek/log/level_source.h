@@ -5,12 +5,11 @@ namespace vek::log {
 
 class Logger;
 
-// Implemented by whoever holds the configured levels, and known to the manager by setConfigurator.
+// Implemented by the owner of the configured levels. Register it by Manager::setConfigurator.
 class LevelSource {
   public:
-    // Called for each new logger, on the thread that makes it and with the manager's mutex held:
-    // gives `logger` the level that was set for its name, if there is one. Must call nothing of the
-    // manager.
+    // Sets the level of `logger`, if there is one for its name. Called for each new logger, on the
+    // thread that makes it, with the manager's mutex held. Must call nothing of the manager.
     virtual void applyConfiguredLevel(Logger& logger) = 0;
 
   protected:

@@ -9,24 +9,46 @@
 namespace vek::log {
 
 Logger::Logger(Manager& owner, std::string loggerName, Level initialLevel, std::uint32_t processId)
-    : manager(&owner), ownName(std::move(loggerName)), currentLevel(initialLevel), pid(processId) {}
+    : manager(&owner),
+      ownName(std::move(loggerName)),
+      currentLevel(initialLevel),
+      threshold(initialLevel),
+      pid(processId) {}
 
 void Logger::setLevel(Level newLevel, bool followDefault) {
     currentLevel.store(newLevel, std::memory_order_relaxed);
     followsDefault.store(followDefault, std::memory_order_relaxed);
+    threshold.store(muted ? OFF : newLevel, std::memory_order_relaxed);
+}
+
+void Logger::setMuted(bool mute) {
+    muted = mute;
+    threshold.store(muted ? OFF : level(), std::memory_order_relaxed);
+}
+
+void Logger::renew(Level initialLevel, std::uint32_t processId) {
+    setLevel(initialLevel, true);
+    setPid(processId);
+    // The stream belongs to whoever holds the lock, which must not be taken here: its holder may be
+    // waiting for the manager's mutex.
+    hasOldFormat.store(true, std::memory_order_relaxed);
 }
 
 std::ostream& Logger::stream() {
     try {
         lock.lock();
     } catch (...) {
-        // The mutex throws with its section entered once more; the outer statement goes on with its
+        // The mutex throws with its section entered a second time. The outer statement keeps its
         // own lock.
         lock.unlock();
         throw;
     }
     buffer.str("");
     out.clear();
+    if (hasOldFormat.load(std::memory_order_relaxed)) {
+        hasOldFormat.store(false, std::memory_order_relaxed);
+        out.copyfmt(std::ios(nullptr));
+    }
     return out;
 }
 
@@ -51,8 +73,7 @@ void Logger::logfv(Level messageLevel, const char* pattern, std::va_list argumen
     }
 }
 
-// The strings of a message are as much a part of it as the object: wherever memory runs out, the
-// result is null.
+// Null also if there is no memory for the strings.
 template <class Made>
 Made* Logger::make(Level messageLevel, std::string& text) const {
     try {

@@ -17,8 +17,8 @@ Manager::~Manager() {
 
 Manager& Manager::instance() {
     struct Instance {
-        // Deliberately never deleted: when the process ends, other threads may be in the midst of a
-        // statement.
+        // Deliberately never deleted: other threads may be in the middle of a statement when the
+        // process ends.
         Manager& manager = *new Manager;
         ~Instance() { manager.end(); }
     };
@@ -26,13 +26,29 @@ Manager& Manager::instance() {
     return instance.manager;
 }
 
-// Does what the destructor does, short of tearing down what other threads may still use.
+// Does what the destructor does, but destroys nothing that other threads may still use.
 void Manager::end() {
     if (thread.getId() == thread::Thread::currentId()) {
         return;
     }
     try {
-        shutdown();
+        bool hasFailed = false;
+        {
+            const std::lock_guard<std::mutex> guard(mutex);
+            ending = true;
+            hasFailed = workerFailed;
+        }
+        if (hasFailed) {
+            // No worker will take a stop mark off the queue. Frees a `shutdown` that waits for room
+            // for its own.
+            queue.clear();
+            const std::lock_guard<std::mutex> guard(lifecycle);
+            if (thread.getId() != 0) {
+                finishShutdown();
+            }
+        } else {
+            shutdown();
+        }
         {
             const std::lock_guard<std::mutex> guard(mutex);
             destroySinks();
@@ -45,32 +61,49 @@ void Manager::end() {
 
 Logger* Manager::getLogger(const std::string& name) {
     const std::lock_guard<std::mutex> guard(mutex);
-    const auto found = loggersByName.find(name);
-    if (found != loggersByName.end()) {
-        return found->second;
+    const auto found = loggers.find(name);
+    if (found != loggers.end()) {
+        return found->second.get();
     }
-    auto made = std::make_unique<Logger>(*this, name, defaultLevel, pid);
+    auto entry = formerLoggers.find(name);
+    if (entry == formerLoggers.end()) {
+        entry =
+            formerLoggers.emplace(name, std::make_unique<Logger>(*this, name, defaultLevel, pid))
+                .first;
+    } else {
+        entry->second->renew(defaultLevel, pid);
+    }
+    Logger& logger = *entry->second;
     if (configurator != nullptr) {
-        configurator->applyConfiguredLevel(*made);
+        configurator->applyConfiguredLevel(logger);
     }
-    const auto entry = loggersByName.emplace(name, made.get()).first;
-    try {
-        loggers.insert(std::move(made));
-    } catch (...) {
-        loggersByName.erase(entry);
-        throw;
-    }
-    return entry->second;
+    logger.setMuted(phase == Phase::draining);
+    loggers.insert(formerLoggers.extract(entry));
+    return &logger;
 }
 
 std::vector<Logger*> Manager::listLoggers() const {
     const std::lock_guard<std::mutex> guard(mutex);
     std::vector<Logger*> result;
-    result.reserve(loggersByName.size());
-    for (const auto& [name, logger] : loggersByName) {
-        result.push_back(logger);
+    result.reserve(loggers.size());
+    for (const auto& [name, logger] : loggers) {
+        result.push_back(logger.get());
     }
     return result;
+}
+
+std::vector<Manager::LoggerLevel> Manager::ownLevels() const {
+    const std::lock_guard<std::mutex> guard(mutex);
+    if (phase == Phase::closed) {
+        throw RuntimeError("The log has been shut down.");
+    }
+    std::vector<LoggerLevel> levels;
+    for (const auto& [name, logger] : loggers) {
+        if (!logger->usesDefault()) {
+            levels.push_back({name, logger->level()});
+        }
+    }
+    return levels;
 }
 
 void Manager::setDefaultLevel(Level level) {
@@ -79,7 +112,7 @@ void Manager::setDefaultLevel(Level level) {
     }
     const std::lock_guard<std::mutex> guard(mutex);
     defaultLevel = level;
-    for (const auto& logger : loggers) {
+    for (const auto& [name, logger] : loggers) {
         if (logger->usesDefault()) {
             logger->setLevel(level, true);
         }
@@ -88,8 +121,8 @@ void Manager::setDefaultLevel(Level level) {
 
 void Manager::setLoggerLevel(const std::string& name, Level level) {
     const std::lock_guard<std::mutex> guard(mutex);
-    const auto found = loggersByName.find(name);
-    if (found == loggersByName.end()) {
+    const auto found = loggers.find(name);
+    if (found == loggers.end()) {
         return;
     }
     if (level == DEFAULT) {
@@ -114,6 +147,15 @@ void Manager::addSink(Sink* sink) {
     sinks.push_back(sink);
 }
 
+bool Manager::addSinkUnlessShutDown(Sink* sink) {
+    const std::lock_guard<std::mutex> guard(mutex);
+    if (phase == Phase::closed) {
+        return false;
+    }
+    sinks.push_back(sink);
+    return true;
+}
+
 void Manager::removeSink(Sink* sink) {
     const std::lock_guard<std::mutex> guard(mutex);
     for (auto entry = sinks.begin(); entry != sinks.end(); ++entry) {
@@ -127,12 +169,27 @@ void Manager::removeSink(Sink* sink) {
 void Manager::start() {
     const std::lock_guard<std::mutex> guard(lifecycle);
     thread.start();
+    const std::lock_guard<std::mutex> mutexGuard(mutex);
+    phase = Phase::open;
 }
 
 void Manager::run() {
     // Null is the stop mark.
-    while (const std::unique_ptr<Message> message = queue.pop()) {
-        dispatch(*message);
+    try {
+        while (const std::unique_ptr<Message> message = queue.pop()) {
+            dispatch(*message);
+        }
+    } catch (...) {
+        bool isAwaited = false;
+        {
+            const std::lock_guard<std::mutex> guard(mutex);
+            workerFailed = true;
+            isAwaited = ending;
+        }
+        // `end` saw no failure, and may be waiting for room for its stop mark.
+        while (isAwaited && queue.pop() != nullptr) {
+        }
+        throw;
     }
 }
 
@@ -169,32 +226,36 @@ void Manager::shutdown() {
         return;
     }
     queue.push(nullptr);
-    {
-        // What other threads log from now on could only end up behind the stop mark, and fill the
-        // queue until they wait there for good.
-        const std::lock_guard<std::mutex> mutexGuard(mutex);
-        turnLoggersOff();
-    }
+    finishShutdown();
+}
+
+// The rest of a shutdown, once the end of the queue is marked or the worker has failed.
+void Manager::finishShutdown() {
+    muteLoggers();
     thread.join();
     dropAll();
-    // Those who filled the queue ahead of that wait behind the stop mark, for nobody.
+    // Threads that have filled the queue behind the stop mark wait for room.
     queue.clear();
 }
 
-// What `shutdown` does once the worker is gone.
-void Manager::dropAll() {
+// New messages would end up behind the stop mark and fill the queue, until their threads block for
+// good.
+void Manager::muteLoggers() {
     const std::lock_guard<std::mutex> guard(mutex);
-    turnLoggersOff();
-    oldLoggers.merge(loggers);
-    loggersByName.clear();
-    destroySinks();
-    configurator = nullptr;
+    phase = Phase::draining;
+    for (const auto& [name, logger] : loggers) {
+        logger->setMuted(true);
+    }
 }
 
-void Manager::turnLoggersOff() {
-    for (const auto& logger : loggers) {
-        logger->setLevel(OFF, false);
-    }
+// The part of a shutdown after the worker's end.
+void Manager::dropAll() {
+    const std::lock_guard<std::mutex> guard(mutex);
+    formerLoggers.merge(loggers);
+    destroySinks();
+    configurator = nullptr;
+    workerFailed = false;
+    phase = Phase::closed;
 }
 
 void Manager::destroySinks() {
@@ -208,12 +269,15 @@ void Manager::destroySinks() {
 void Manager::setConfigurator(LevelSource* newConfigurator) {
     const std::lock_guard<std::mutex> guard(mutex);
     configurator = newConfigurator;
+    if (configurator != nullptr && phase == Phase::closed) {
+        phase = Phase::open;
+    }
 }
 
 void Manager::onFork() {
     const std::lock_guard<std::mutex> guard(mutex);
     pid = GetCurrentProcessId();
-    for (const auto& logger : loggers) {
+    for (const auto& [name, logger] : loggers) {
         logger->setPid(pid);
     }
 }

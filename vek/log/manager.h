@@ -1,21 +1,21 @@
-// vek::log::Manager: the one object through which all log output of a process passes.
+// vek::log::Manager: all log output of a process passes through this object.
 //
 // It owns the loggers, a bounded queue of messages, the sinks, and a worker thread, "log-manager",
-// which takes each message off the queue and offers it to every sink in turn. A slow sink holds up
-// the output and not the statements, until the queue is full: then the statements wait. Nothing is
-// dropped on the way.
+// which takes each message off the queue and offers it to every sink in turn. A slow sink delays
+// the output, but not the statements, until the queue is full: then the statements block. Nothing
+// is dropped.
 //
-// What state it is in, and what works there:
+// Its states:
 //
-//     built      from the first `instance`. Loggers, sinks and levels can be managed; messages
-//                wait in the queue, and the one that finds it full waits for `start`.
+//     built      from the first `instance`. Loggers, sinks and levels can be managed. Messages wait
+//                in the queue; a statement that finds it full blocks until `start`.
 //     running    from `start`. Messages reach the sinks.
 //     stopped    from `shutdown`. The loggers and sinks are gone. New loggers may be made; their
 //                messages wait in the queue, as before `start`.
-//     destroyed  at the end of the process, by return from main or by exit on any thread. What is
-//                queued by then reaches the sinks first, if the manager is running. Sinks and
-//                messages are destroyed then, but the manager and its loggers stay where they
-//                are, for the threads that the process hasn't ended yet.
+//     destroyed  at the end of the process, by return from main or by exit on any thread. If the
+//                manager is running, the messages in the queue reach the sinks first. Sinks and
+//                messages are destroyed then, but the manager and its loggers stay in memory for
+//                the threads that the process hasn't ended yet.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -41,10 +40,10 @@ namespace vek::log {
 
 class LevelSource;
 
-// Safe from any thread, but not from within a sink: the manager's mutex is held during the output
-// of a message, so that all of this but `submit` waits for that.
+// Thread-safe, but not to be called from within a sink: the manager's mutex is held during the
+// output of a message. Every operation but `submit` waits for that output.
 //
-// A failure of a mutex or of a condition throws std::system_error everywhere.
+// Every operation throws std::system_error if a mutex or a condition fails.
 class Manager : public thread::Runnable, public NoCopy {
   public:
     // The number of messages that the queue holds.
@@ -53,57 +52,74 @@ class Manager : public thread::Runnable, public NoCopy {
     // Programs use `instance`.
     Manager();
 
-    // The worker's body; not to be called from elsewhere.
+    // The worker's body. Not to be called from elsewhere.
     void run() override;
 
-    // Shuts down, and destroys what is left: also the messages in the queue, which no sink sees any
-    // more, and the sinks of a manager that was never started. Throws nothing; a failure is
-    // reported on std::cerr.
+    // Shuts down, and destroys the rest: the messages still in the queue, unseen, and the sinks of
+    // a manager that was never started. If the worker has been ended by an exception, it doesn't
+    // wait for the queue, which may be full. Throws nothing; failures are reported on std::cerr.
     ~Manager() override;
 
-    // The manager of this process, built on first use and ended as said above. A sink that calls
-    // exit ends the process without any of that.
+    // The manager of this process, built on first use. The end of the process does what the
+    // destructor does, but keeps the manager and its loggers in memory. A sink that calls exit ends
+    // the process without any of that.
     static Manager& instance();
 
     // --- loggers ---
 
-    // The logger `name`; if there is none yet, it is made at the default level, or at the level
-    // that the configurator has for it. Never null; it belongs to the manager and is valid until
-    // `shutdown`. Names are told apart byte for byte.
+    // Returns the logger `name`, never null. If there is none, makes one at the default level, or
+    // at the level that the configurator has for it. Names are compared byte by byte. The manager
+    // owns the logger, which is valid until `shutdown`.
     Logger* getLogger(const std::string& name);
 
     // All loggers, by name. Valid until `shutdown`.
     std::vector<Logger*> listLoggers() const;
 
-    // Changes the level of all loggers that follow the default level, now and in future; INFO at
-    // first. Throws UsageError, "log manager: bad default level value", for DEFAULT and above, and
-    // changes nothing then. Deliberately not checked for negative values.
+    struct LoggerLevel {
+        std::string name;
+        Level level;
+    };
+
+    // The levels of all loggers that have one of their own, by name, as of one moment. They are
+    // complete while `shutdown` waits for the sinks. Throws RuntimeError, "The log has been shut
+    // down.", once `shutdown` has dropped the loggers, until `start` or another configurator.
+    std::vector<LoggerLevel> ownLevels() const;
+
+    // Sets the level of all loggers that follow the default level, now and later; INFO at first.
+    // Throws UsageError, "log manager: bad default level value", for DEFAULT and above, and changes
+    // nothing then. Deliberately doesn't check for negative values.
     void setDefaultLevel(Level level);
 
-    // Gives the logger `name` a level of its own or, with DEFAULT, has it follow the default level.
-    // Does nothing if there is no such logger: no level is remembered for it.
+    // Gives the logger `name` a level of its own or, with DEFAULT, makes it follow the default
+    // level. Does nothing if there is no such logger: the level isn't remembered.
     void setLoggerLevel(const std::string& name, Level level);
 
     // --- messages and sinks ---
 
-    // Queues `message` and takes ownership of it. Waits without bound while the queue is full.
-    // Throws UsageError, "log manager: received null message", and std::bad_alloc.
+    // Queues `message` and takes ownership of it. Blocks, without a time-out, while the queue is
+    // full. Throws UsageError, "log manager: received null message", and std::bad_alloc.
     void submit(Message* message);
 
     // Takes ownership of `sink`, which sees the messages that are taken off the queue from now on.
     // A sink that throws a vek::Exception is reported on std::cerr, removed and destroyed, after
     // the other sinks have seen the message. Any other exception ends the worker, with the report
-    // of vek::thread::Thread: from then on nothing leaves the queue, statements wait once it is
-    // full, and `shutdown` then waits for good. Throws UsageError for null.
+    // of vek::thread::Thread: from then on nothing leaves the queue, statements block once it is
+    // full, and `shutdown` then blocks for good; the end of the process doesn't. Throws UsageError
+    // for null.
     void addSink(Sink* sink);
 
-    // Gives the ownership of `sink` back to the caller, and waits while it is in use. Nothing
-    // happens if the manager doesn't have it (any more).
+    // Does as `addSink` and returns true, unless `shutdown` has destroyed the sinks and neither
+    // `start` nor another configurator has followed: then it returns false, and the caller keeps
+    // `sink`.
+    bool addSinkUnlessShutDown(Sink* sink);
+
+    // Removes `sink`, once it isn't in use, and returns its ownership to the caller. Does nothing
+    // if the manager doesn't have it, or no longer has it.
     void removeSink(Sink* sink);
 
-    // Calls `visit(sinks, pid)`, a function of a const std::list<Sink*>& in order of adding and of
-    // the process id, with the manager's mutex held, and gives back its result. For listing the
-    // sinks: `visit` must call nothing of the manager.
+    // Calls `visit(sinks, pid)` with a const std::list<Sink*>& in order of adding and the process
+    // id, with the manager's mutex held, and returns its result. For listing the sinks: `visit`
+    // must call nothing of the manager.
     template <class Visit>
     auto withSinks(Visit visit) const {
         const std::lock_guard<std::mutex> guard(mutex);
@@ -116,47 +132,60 @@ class Manager : public thread::Runnable, public NoCopy {
     // std::system_error if the system gives no thread.
     void start();
 
-    // Waits until the sinks have seen all messages that were queued before this call, and ends the
+    // Blocks until the sinks have seen all messages that were queued before this call, and ends the
     // worker; then destroys the sinks and drops the loggers. Returns at once, and destroys nothing,
     // if the worker isn't running.
     //
-    // A Logger isn't to be used from here on. Threads that log nevertheless do no harm, though: the
-    // loggers are set to OFF once the end of the queue is marked, so that new statements don't
-    // pass, and live as long as the manager does, for those that have passed already. Messages that
-    // stand behind the mark are destroyed unseen, so that nobody waits behind them.
+    // Don't use a Logger from here on. A thread that logs nevertheless does no harm, though: the
+    // loggers are muted once the end of the queue is marked, so that new statements aren't written,
+    // and stay in memory for statements that have passed already. Messages behind the mark are
+    // destroyed unseen, so that no thread blocks behind them. Levels stay as they were set until
+    // the loggers are dropped. A later `getLogger` of the same name reuses the memory.
     void shutdown();
 
-    // Whose levels new loggers get; null for nobody. Not owned; forgotten at `shutdown`.
+    // Sets the source of the levels of new loggers; null for none. Not owned. `shutdown` forgets
+    // it.
     void setConfigurator(LevelSource* newConfigurator);
 
-    // To be called in the child after a fork, on systems that have such a thing: renews the process
-    // id that new messages carry.
+    // Updates the process id that new messages carry. For the child after a fork, on systems that
+    // have one.
     void onFork();
 
   private:
+    // By name.
+    using Loggers = std::map<std::string, std::unique_ptr<Logger>>;
+
+    // What `shutdown` has done to the loggers and sinks: nothing; muted the loggers, while the
+    // queue drains; dropped both.
+    enum class Phase { open, draining, closed };
+
     void dispatch(const Message& message);
+    void finishShutdown();
+    void muteLoggers();
     void dropAll();
-    void turnLoggersOff();
     void destroySinks();
     void end();
 
     Level defaultLevel = INFO;
     BoundedQueue<std::unique_ptr<Message>> queue{queueCapacity};
-    // Every logger in the one is in the other.
-    std::set<std::unique_ptr<Logger>> loggers;
-    std::map<std::string, Logger*> loggersByName;
+    Loggers loggers;
     // Owned.
     std::list<Sink*> sinks;
     vek::thread::Thread thread;
-    // Guards the level, both registries, the sinks, and the two below, and is held during each
-    // dispatch. Taken ahead of a sink's own locks and of the configurator's, and never together
-    // with the queue's.
+    // Guards the level, both registries, the sinks, and everything below up to `lifecycle`, and is
+    // held during each dispatch. Locked before a sink's own locks and before the configurator's,
+    // and never together with the queue's.
     mutable std::mutex mutex;
     std::uint32_t pid;
     LevelSource* configurator = nullptr;
-    // From before a `shutdown`.
-    std::set<std::unique_ptr<Logger>> oldLoggers;
-    // Guards the starting and joining of the worker. Taken ahead of all others.
+    // From before a `shutdown`, muted. Kept for threads that still use them, and for `getLogger`.
+    Loggers formerLoggers;
+    Phase phase = Phase::open;
+    // An exception has ended the worker, which hasn't been joined yet.
+    bool workerFailed = false;
+    // The destructor runs, or the process ends.
+    bool ending = false;
+    // Guards the starting and joining of the worker. Locked before all others.
     std::mutex lifecycle;
 };
 

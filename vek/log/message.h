@@ -1,5 +1,5 @@
-// vek::log::Message: one log message on its way from a statement to the sinks, and its two ways of
-// being rendered.
+// vek::log::Message: one log message on its way from a statement to the sinks, and the two layouts
+// in which it can be printed.
 #pragma once
 
 #include <cstdint>
@@ -15,48 +15,47 @@ namespace vek::log {
 
 struct FormatToken;
 
-// Made on the heap by the thread of the statement, which owns it until it is submitted; from then
-// on the manager owns it, and deletes it once the last sink has seen it. Not to be changed any more
-// once submitted. A sink borrows a message for one `store` and keeps no reference to it.
+// Allocated on the heap by the thread of the statement, which owns it until it submits it. From
+// then on it is immutable and belongs to the manager, which deletes it once the last sink has seen
+// it. Sinks must not keep a reference to it after `store`.
 class Message {
   public:
-    // Stamped with the calling thread's id and the time of now. `messagePid` is the process id, as
-    // the logger knows it. Throws nothing but std::bad_alloc.
+    // Stores the calling thread's id and the current time. `messagePid` is the logger's copy of the
+    // process id. Throws nothing but std::bad_alloc.
     Message(std::string loggerName, std::string messageText, Level messageLevel,
             std::uint32_t messagePid);
     virtual ~Message() = default;
     Message(const Message&) = delete;
     Message& operator=(const Message&) = delete;
 
-    // Whether this is an AttrMessage, with attributes set or not.
+    // Whether this is an AttrMessage, even one without attributes.
     virtual bool hasAttrs() const { return false; }
 
-    // Renders this message by a compiled format into `stream`, without a line end, and gives the
-    // stream back. With `useColor`, the keywords of colour take effect: they colour the console of
-    // `stream` at once, by applyColor and resetColor, where colours are on for it.
+    // Writes this message to `stream` in a compiled format, without a line end, and returns the
+    // stream. With `useColor` the colour keywords call applyColor and resetColor, which change the
+    // console of `stream` at once if colours are on for it.
     //
-    // Numbers are decimal whatever the stream's flags say; the level's name stands in a field of 5
-    // characters, with the stream's own adjustment and fill. The width that the stream has is left
-    // alone. Allocates nothing but the text of a "{date}", once for each second. Safe from any
-    // thread that has the stream to itself. Throws OsError if a colour has no console to act on,
-    // and what the stream throws if it is set up to do that; a stream that fails in silence isn't
-    // noticed.
+    // Numbers are decimal whatever the stream's flags. The level's name is written in a field of 5
+    // characters, with the stream's adjustment and fill. The stream's width is kept. Allocates
+    // nothing but the text of a "{date}", once a second. Thread-safe on separate streams. Throws
+    // OsError if colours are on and there is no console, and what the stream throws if exceptions
+    // are enabled on it; other failures of the stream are ignored.
     std::ostream& printFormatted(std::ostream& stream, const std::vector<FormatToken>& tokens,
                                  bool useColor) const;
 
-    // Renders the default layout, as "[ WARN] logger: text", in the same way. The first three flags
-    // put process id, thread id and local time, as strftime gives it for "%c", ahead of it; with
-    // `useColor` the part behind these is coloured.
+    // The same in the default layout, "[ WARN] logger: text". The first three flags add the process
+    // id, the thread id and the local time, as strftime's "%c", before it. `useColor` colours the
+    // part after these.
     std::ostream& printPlain(std::ostream& stream, bool printPids, bool printTids, bool printTime,
                              bool useColor) const;
 
     Level level;
     std::string category;
-    // As the statement produced it, without a line end of its own.
+    // As the statement produced it, without an added line end.
     std::string text;
     std::uint32_t pid;
     std::uint32_t tid;
-    // Taken when the message was built.
+    // The time of construction.
     time::RealtimeClock timestamp;
 };
 
@@ -67,7 +66,7 @@ class AttrMessage : public Message {
 
     bool hasAttrs() const override { return true; }
 
-    // Filled by whoever makes the message, ahead of submitting it.
+    // Fill it in before you submit the message.
     std::map<std::string, std::string> attrs;
 };
 

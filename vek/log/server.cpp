@@ -22,14 +22,14 @@ const char* const threadName = "log-server";
 
 constexpr std::uint32_t loopback = 0x7F000001;
 constexpr int backlog = 8;
-// The largest datagram that is read, in bytes; a larger one is lost.
+// The largest datagram in bytes; larger ones are dropped.
 constexpr std::size_t datagramSize = 1024;
 
-// Of a client's TCPBuffer, in bytes.
+// The sizes of a client's TCPBuffer in bytes.
 constexpr std::uint32_t sendSize = 16384;
 constexpr std::uint32_t receiveSize = 1024;
 
-// A dead client is noticed after some seconds. One that lives and is silent is not.
+// Detects a client whose host is gone after some seconds, but not a live and silent one.
 constexpr net::KeepAliveTimes keepAlive = {
     .idleSeconds = 5,
     .intervalSeconds = 1,
@@ -43,7 +43,7 @@ net::IP4Address loopbackAddress(std::uint16_t port) {
     return address;
 }
 
-// In one piece, so that it doesn't mix with what other threads write.
+// In one write, so that it doesn't mix with output of other threads.
 void report(const char* what, const Exception& error) {
     std::ostringstream text;
     text << threadName << ": " << what << "\n\n" << error.printableText() << "\n";
@@ -60,7 +60,7 @@ Server::Server(ServedSettings* owner)
     : thread(threadName, *this),
       manager(Manager::instance()),
       configurator(*owner),
-      // Doesn't change on this system.
+      // It doesn't change on this system.
       pid(manager.withSinks([](const auto&, std::uint32_t id) { return id; })),
       requests(manager, configurator) {}
 
@@ -137,7 +137,7 @@ void Server::bindSockets() {
     trySetCustomIP(address, discovery_addr,
                    "Failed to set custom discovery_addr. Falling back to using localhost.");
     discoverySocket.setBroadcast(true);
-    // Each process of a host is to have this port.
+    // All processes of a host share this port.
     discoverySocket.setReuseAddress();
     discoverySocket.bind(address);
     // An asker that is gone must not make the next receive fail.
@@ -155,7 +155,7 @@ void Server::rebuildSocketSet() {
     wakeup.addTo(socketSet);
 }
 
-// Waits, and serves one kind of what is ready: the next pass finds the others still ready.
+// Waits, and serves one kind of ready socket. The next pass finds the others still ready.
 void Server::serveReadySocket() {
     net::SocketSet ready = socketSet;
     net::Socket::select(&ready, nullptr, nullptr);
@@ -194,7 +194,7 @@ void Server::acceptClient() {
             std::make_unique<net::TCPBuffer>(sendSize, receiveSize, client.socket.get());
         client.socket->setNoDelay();
         client.socket->setKeepAlive(true);
-        // Without effect on this system.
+        // Has no effect on this system.
         client.socket->setTimeoutOption(true, 10);
         client.socket->setKeepAliveTimes(keepAlive);
         clients.push_back(std::move(client));
@@ -224,7 +224,7 @@ void Server::walkClients(const net::SocketSet& ready) {
     }
 }
 
-// Serves one request. True if the client is to leave, and what it still owns to be closed.
+// Serves one request. Returns true if the client must be removed, and closed unless a sink has it.
 bool Server::handleClient(Client& client) {
     Telegram request(client.buffer.get());
     if (!request.receive()) {
@@ -235,7 +235,7 @@ bool Server::handleClient(Client& client) {
         return false;
     }
     if (!request.params.empty()) {
-        // Not the name on the wire, deliberately.
+        // Deliberately not the name on the wire.
         std::cerr << "Got unexpected arguments to 'get-evidence' message. Ignoring them.\n"
                   << std::flush;
     }
@@ -252,7 +252,10 @@ void Server::streamMessages(Client& client) {
     auto sink =
         std::make_unique<NetSink>(config, std::move(client.socket), std::move(client.buffer));
     socket.shutdown(false, true);
-    manager.addSink(sink.get());
+    if (!manager.addSinkUnlessShutDown(sink.get())) {
+        // No message will come any more. The sink closes the connection.
+        return;
+    }
     sink.release();
     const thread::ScopeGuard guard(clientSignal);
     clientConnected = true;

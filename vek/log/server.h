@@ -1,15 +1,15 @@
-// vek::log::Server: the door of a process for an outside log tool, the "log_application".
+// vek::log::Server: the log service of a process, for an outside log tool, the "log_application".
 //
-// By UDP it answers who is here, and on which port; by TCP it lets a client read and change levels,
-// list loggers and sinks, save the configuration, and turn its connection into a stream of log
-// messages. docs/log-service.md tells what goes over the wire.
+// By UDP it answers discovery requests with the process's name, id and TCP port. By TCP a client
+// can read and change levels, list loggers and sinks, save the configuration, and turn its
+// connection into a stream of log messages. docs/log-service.md describes the protocol.
 //
-// One thread, "log-server", does all of this, and its reads and writes block, deliberately: a
-// client that sends half a frame and stays holds up all others, discovery included, until the rest
-// arrives or the connection ends. It keeps no messages: a client sees what is dispatched from its
-// request on.
+// One thread, "log-server", serves all clients, and its reads and writes block, deliberately: a
+// client that sends part of a frame blocks all others, and discovery, until the rest arrives or the
+// connection ends. The service stores no messages: a client receives those that are dispatched
+// after its request.
 //
-// Its own troubles go to std::cerr and not into the log, which may not stand.
+// Errors of the service go to std::cerr: the log may not be running.
 #pragma once
 
 #include <cstdint>
@@ -35,57 +35,57 @@ namespace vek::log {
 class Manager;
 class ServedSettings;
 
-// One thread, the owner, makes it, sets it up, starts, stops and destroys it.
+// Not thread-safe: one thread, the owner, constructs, configures, starts, stops and destroys it.
 class Server : public thread::Runnable, public NoCopy {
   public:
-    // Where processes are looked for, by UDP.
+    // The UDP port of discovery.
     static constexpr std::uint16_t discoveryPort = 30451;
 
-    // Opens the sockets, and binds none that others can reach. `owner` answers for levels and the
-    // configuration; it isn't owned and has to outlive this. Throws NetError.
+    // Opens the sockets, but binds none that others can reach. `owner` provides the levels and the
+    // configuration; it isn't owned and must outlive this object. Throws NetError.
     explicit Server(ServedSettings* owner);
 
-    // The serving itself, on the thread "log-server"; not to be called from elsewhere. Throws what
-    // binding the sockets and waiting on them throws: the thread is reported dead then, and the
-    // process goes on without a log service.
+    // The body of the thread "log-server". Not to be called from elsewhere. Throws what binding the
+    // sockets and waiting on them throws; the thread's death is reported then, and the process goes
+    // on without a log service.
     void run() override;
 
-    // Closes the connections of the clients that are left, front to back. The thread has to be
-    // stopped, if it was started.
+    // Closes the remaining clients' connections, in order of acceptance. If the thread was started,
+    // it must have been stopped.
     ~Server() override;
 
-    // Each a numeric IPv4 address without a port, or empty for the loopback address 127.0.0.1,
-    // which is where the service stays unless this says otherwise. A text that is no address is
-    // reported on std::cerr when the server starts, and counts as empty. To be called ahead of
-    // `start`.
+    // Set the addresses of the two ports: a numeric IPv4 address without a port, or empty for the
+    // default, 127.0.0.1. A text that is no address is reported on std::cerr when the server
+    // starts, and counts as empty. Call them before `start`.
     void setListenAddress(const std::string& text) { listen_addr = text; }
     void setDiscoveryAddress(const std::string& text) { discovery_addr = text; }
 
-    // Starts the thread, unless it was started before; one that was stopped stays stopped. Throws
+    // Starts the thread, unless it was started before, even if it has been stopped. Throws
     // std::system_error if the system gives no thread.
     void start();
 
-    // Blocks, without bound, until a client has asked for messages; returns at once if one has.
-    // Blocks for good if the thread has died. Throws RuntimeError, "Server was not initialized", if
-    // it was never started.
+    // Blocks, without a time-out, until a client has asked for messages; returns at once if one has
+    // before. Blocks for good if the thread has died. Throws RuntimeError, "Server was not
+    // initialized", if it was never started.
     void waitForClient();
 
-    // Has the thread end, and waits for that; it finishes what it is at, so that a client with half
-    // a frame holds this up too, as do more than 61 clients, until one of them says something.
-    // Clients stay connected until the destructor. Does nothing to a thread that isn't active.
+    // Ends the thread and waits for it. Blocks as long as a client has sent only part of a frame;
+    // with more than 61 clients, until one of them sends something or leaves, or a discovery
+    // request arrives. Clients stay connected until the destructor. Does nothing if the thread
+    // isn't active.
     void stop();
 
-    // Puts the address that `text` names into `address`, and gives true; not so for an empty text.
-    // One that is no address is reported on std::cerr behind `failureText`: the result is false
-    // then, and `address` stays as it was.
+    // Sets `address` to the address `text` and returns true. Returns false for an empty text, and
+    // for one that is no address, which it reports on std::cerr after `failureText`; `address` is
+    // unchanged then.
     static bool trySetCustomIP(net::IP4Address& address, const std::string& text,
                                const std::string& failureText);
 
   private:
-    // A client that may send requests. Both are null once they have become a sink's.
+    // A client that may send requests. Both are null once they have been passed to a sink.
     struct Client {
         std::unique_ptr<net::TCPSocket> socket;
-        // Works on `socket`, and so goes first.
+        // Uses `socket`, so it is destroyed first.
         std::unique_ptr<net::TCPBuffer> buffer;
     };
 
@@ -106,13 +106,13 @@ class Server : public thread::Runnable, public NoCopy {
     net::WakeupChannel wakeup;
     thread::Thread thread;
     net::TCPListener listener{false};
-    // In the order in which they came. This and what follows is for the thread alone once it runs.
+    // In order of acceptance. Used only by the thread once it runs, like what follows.
     std::list<Client> clients;
-    // What the thread waits for; built anew whenever `clients` changes. It has room for 64 sockets,
-    // and the rest is dropped, deliberately: 61 clients fill it; with a 62nd `wakeup` isn't in it,
-    // and a 63rd client isn't served.
+    // The sockets that the thread waits for, rebuilt whenever `clients` changes. It has room for 64
+    // sockets; others are dropped, deliberately: 61 clients fill it, with a 62nd `wakeup` isn't in
+    // it, and a 63rd client isn't served.
     net::SocketSet socketSet;
-    // Of the listener, with the port that the system chose.
+    // The listener's address, with the port that the system chose.
     net::IP4Address boundAddress;
     std::string listen_addr;
     std::string discovery_addr;

@@ -5,7 +5,7 @@
 
 namespace vek::log {
 
-// Unlocks a logger at the end of a statement, also when the statement's expression throws.
+// Unlocks a logger at the end of a statement, also if its expression throws.
 class StreamRelease {
   public:
     explicit StreamRelease(Logger& locked) : logger(locked) {}
@@ -20,17 +20,21 @@ class StreamRelease {
 }  // namespace vek::log
 
 // Streams the expression, which is all that follows `level_`, into `logger_` (a vek::log::Logger&)
-// and posts the text at `level_` (any but OFF), if the logger lets that level through; otherwise
-// the expression is not evaluated, and the cost is one load and one comparison. Waits while the
-// manager's queue is full, with the logger locked. Throws what Logger::stream, the expression and
-// Logger::emit throw; the logger is unlocked then.
-#define VEK_LOG(logger_, level_, ...)                                 \
-    do {                                                              \
-        ::vek::log::Logger& vekLogger = (logger_);                    \
-        if (vekLogger.level() >= (level_)) {                          \
-            ::std::ostream& vekLogStream = vekLogger.stream();        \
-            const ::vek::log::StreamRelease vekLogRelease(vekLogger); \
-            vekLogStream << __VA_ARGS__;                              \
-            vekLogger.emit((level_), vekLogger.streamText());         \
-        }                                                             \
+// and submits the text at `level_` (any but OFF) if the logger passes that level. Otherwise the
+// expression is not evaluated, and the cost is one load and one comparison. `logger_` and `level_`
+// are evaluated once. Blocks, with the logger locked, while the manager's queue is full. Throws
+// what Logger::stream, the expression and Logger::emit throw, and unlocks the logger then.
+//
+// The names below must not occur in `logger_`: a variable would refer to itself.
+#define VEK_LOG(logger_, level_, ...)                                                        \
+    do {                                                                                     \
+        ::vek::log::Logger& vekLogStatementLogger_ = (logger_);                              \
+        const ::vek::log::Level vekLogStatementLevel_ = (level_);                            \
+        if (vekLogStatementLogger_.passes(vekLogStatementLevel_)) {                          \
+            ::std::ostream& vekLogStatementStream_ = vekLogStatementLogger_.stream();        \
+            const ::vek::log::StreamRelease vekLogStatementRelease_(vekLogStatementLogger_); \
+            vekLogStatementStream_ << __VA_ARGS__;                                           \
+            vekLogStatementLogger_.emit(vekLogStatementLevel_,                               \
+                                        vekLogStatementLogger_.streamText());                \
+        }                                                                                    \
     } while (false)

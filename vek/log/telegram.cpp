@@ -56,7 +56,7 @@ std::size_t Telegram::textSize() const {
             size += sizeof keySeparator + value.size();
         }
     }
-    // There is none ahead of the first.
+    // The first has no separator before it.
     return params.empty() ? size : size - sizeof paramSeparator;
 }
 
@@ -85,7 +85,7 @@ void Telegram::addParam(std::string_view key, std::string_view value) {
 }
 
 void Telegram::addParam(std::string_view key, std::int64_t number) {
-    std::array<char, 20> digits;  // those of the lowest number, with its sign
+    std::array<char, 20> digits;  // enough for the lowest number with its sign
     const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
     addParam(key, std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
 }

@@ -19,7 +19,7 @@ using vek_test::LogCapture;
 using vek_test::ScopedThread;
 using Texts = std::vector<std::string>;
 
-// With conditions that tell how many threads have gone to sleep.
+// With conditions that count the threads that went to sleep.
 class BackPressure : public testing::Test {
   protected:
     bool someoneSleeps() {
@@ -89,7 +89,7 @@ TEST_F(BackPressure, ThreadThatHasFilledTheQueueBehindTheStopMarkIsLetGo) {
     Logger& logger = *manager.getLogger("x");
     logger.emit(INFO, "first");
     manager.start();
-    // The sink is busy, so the loggers can't be turned off behind the mark yet.
+    // The sink is busy, so the loggers can't be muted after the mark yet.
     ScopedThread stopper([&] { manager.shutdown(); });
     Sleep(200);
     const unsigned before = sleepCount();

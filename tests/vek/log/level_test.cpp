@@ -12,7 +12,7 @@ const std::pair<Level, std::string> table[] = {
     {OFF, "OFF"},     {ERR, "ERR"},     {WARN, "WARN"},       {INFO, "INFO"},
     {DEBUG, "DEBUG"}, {TRACE, "TRACE"}, {DEFAULT, "DEFAULT"}, {INVALID, "INVALID"}};
 
-// Run ahead of main, and possibly ahead of what level.cpp itself would initialise.
+// Run before main, and possibly before level.cpp's own initialisers would run.
 const std::string nameAheadOfMain = levelName(TRACE);
 const Level levelAheadOfMain = parseLevel("trace");
 

@@ -157,6 +157,18 @@ class Door {
     const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
 };
 
+// A message whose destruction, by the manager's worker and without its mutex, waits for a door: the
+// queue drains and doesn't come to its end.
+class HeldMessage : public vek::log::Message {
+  public:
+    explicit HeldMessage(const Door& doorToPass)
+        : Message("x", "held", vek::log::ERR, 0), door(doorToPass) {}
+    ~HeldMessage() override { door.pass(); }
+
+  private:
+    const Door& door;
+};
+
 // Joins at the end of the scope.
 class ScopedThread {
   public:

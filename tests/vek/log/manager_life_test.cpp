@@ -79,7 +79,7 @@ TEST(ManagerLife, ShutdownDropsLoggersAndDestroysSinks) {
     EXPECT_TRUE(manager.withSinks([](const auto& sinks, std::uint32_t) { return sinks.empty(); }));
 }
 
-// Tells of its end.
+// Records its destruction.
 class EndingSink : public Sink {
   public:
     EndingSink(std::string name, std::string& toTell)
@@ -291,7 +291,7 @@ TEST(ManyThreads, MayStillLogWhenTheManagerIsShutDown) {
         {
             std::vector<std::unique_ptr<ScopedThread>> threads;
             for (int p = 0; p < 4; ++p) {
-                // Here and not in the thread, which might come behind the shutdown: a new logger
+                // Here and not in the thread, which might run after the shutdown: a new logger
                 // would let it fill the queue.
                 Logger& logger = *manager.getLogger(p < 2 ? "shared" : std::to_string(p));
                 threads.push_back(std::make_unique<ScopedThread>([&logger, &stop, p] {
@@ -328,7 +328,7 @@ TEST(ManyThreads, StatementInTheMidstOfAShutdownDoesNoHarm) {
     manager.shutdown();
     goOn.open();
     late.join();
-    // It has missed the sinks, and the next one doesn't pass the level of the old logger.
+    // It has missed the sinks, and the next one finds the logger muted.
     bool evaluated = false;
     VEK_LOG(logger, ERR, (evaluated = true));
     EXPECT_FALSE(evaluated);

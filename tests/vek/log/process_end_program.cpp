@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <string_view>
 #include <thread>
 
 #include "vek/base/windows.h"
@@ -29,13 +30,13 @@ class CountingSink final : public Sink {
     int type() const override { return -1; }
     std::string id() const override { return "counting"; }
     void store(const Message& message) override {
-        if (fails) {
-            throw std::runtime_error("broken");
-        }
         if (exits) {
             std::exit(exitCode);
         }
         Sleep(delayMs);
+        if (fails) {
+            throw std::runtime_error("broken");
+        }
         inOrder = inOrder && message.text == std::to_string(count);
         ++count;
     }
@@ -62,7 +63,7 @@ void logMessages(int count) {
     std::abort();
 }
 
-// Made ahead of the manager, and so destroyed behind it.
+// Constructed before the manager, and so destroyed after it.
 struct ToldLast {
     ~ToldLast() { std::fprintf(stderr, "statics end\n"); }
 };
@@ -77,7 +78,11 @@ int run(const char* how) {
     if (is("built")) {
         return exitCode;
     }
-    manager.addSink(new CountingSink(is("slow") ? 1 : 0, is("broken"), is("exit-of-the-sink")));
+    manager.addSink(new CountingSink(is("slow")                ? 1
+                                     : is("broken-at-the-end") ? 1000
+                                                               : 0,
+                                     std::string_view(how).starts_with("broken"),
+                                     is("exit-of-the-sink")));
     if (is("not-started")) {
         logMessages(100);
         return exitCode;
@@ -85,6 +90,16 @@ int run(const char* how) {
     if (is("broken")) {
         manager.start();
         logMessages(100);
+        return exitCode;
+    }
+    if (is("broken-full") || is("broken-at-the-end") || is("broken-shutdown")) {
+        manager.start();
+        // One in the worker's hand, and as many as the queue holds.
+        logMessages(1 + static_cast<int>(Manager::queueCapacity));
+        if (is("broken-shutdown")) {
+            std::thread([] { Manager::instance().shutdown(); }).detach();
+            Sleep(200);
+        }
         return exitCode;
     }
     const vek::VekPal pal(false, 0, 4, nullptr);

@@ -78,10 +78,26 @@ TEST(ProcessEnd, ByExitOfASinkEndsWithoutMoreOutput) {
     EXPECT_EQ(outputOf("exit-of-the-sink"), "statics end\n");
 }
 
-TEST(ProcessEnd, EndsAlsoIfTheWorkerHasDied) {
-    const std::string output = outputOf("broken");
+void expectEndWithoutTheWorker(const std::string& how) {
+    const std::string output = outputOf(how);
     EXPECT_NE(output.find("died with std::exception: broken\n"), std::string::npos) << output;
     EXPECT_TRUE(output.ends_with("0 seen\nstatics end\n")) << output;
+}
+
+TEST(ProcessEnd, EndsAlsoIfTheWorkerHasDied) {
+    expectEndWithoutTheWorker("broken");
+}
+
+TEST(ProcessEnd, EndsAlsoIfTheWorkerHasDiedAndTheQueueIsFull) {
+    expectEndWithoutTheWorker("broken-full");
+}
+
+TEST(ProcessEnd, EndsAlsoIfTheWorkerDiesWhileTheEndWaitsForRoom) {
+    expectEndWithoutTheWorker("broken-at-the-end");
+}
+
+TEST(ProcessEnd, EndsAlsoIfAShutdownWaitsForADeadWorkerForGood) {
+    expectEndWithoutTheWorker("broken-shutdown");
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ using namespace vek::log;
 using vek::test::SampleAttrMessage;
 using vek::test::SampleMessage;
 
-// Writes lines into a text and tells of its end.
+// Writes lines into a text and records its destruction.
 class LineSink : public Sink {
   public:
     explicit LineSink(const SinkConfig& settings, bool* destroyed = nullptr)

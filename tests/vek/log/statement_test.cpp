@@ -53,6 +53,21 @@ TEST_F(Statement, OfLevelZeroPassesALoggerThatIsOff) {
     EXPECT_EQ(logged(), Texts{"nothing is less than no level"});
 }
 
+TEST_F(Statement, MayNameItsLoggerAsItLikes) {
+    Logger& vekLogger = logger;
+    VEK_LOG(vekLogger, INFO, "text");
+    EXPECT_EQ(logged(), Texts{"text"});
+}
+
+TEST_F(Statement, EvaluatesItsLoggerAndItsLevelOnce) {
+    int loggers = 0;
+    int levels = 0;
+    VEK_LOG((++loggers, logger), (++levels, INFO), "text");
+    EXPECT_EQ(loggers, 1);
+    EXPECT_EQ(levels, 1);
+    EXPECT_EQ(logged(), Texts{"text"});
+}
+
 TEST_F(Statement, StreamsItsExpressionAsItIs) {
     VEK_LOG(logger, DEBUG, "a=" << 1 << "\r\n\n" << std::setw(4) << 7);
     VEK_LOG(logger, DEBUG, "");

@@ -1,4 +1,4 @@
-// What the environment says of levels.
+// Reads levels from the environment.
 #include <cstring>
 #include <exception>
 #include <iostream>
@@ -11,11 +11,11 @@
 
 namespace vek::log {
 
-// In the order of the block: of two variables for one thing the later one stands.
+// In the order of the block: of two variables for the same level the later one counts.
 void Configurator::parseEnvironment() {
     const EnvironmentBlock block;
     for (const char* entry = block.begin(); entry != block.end(); entry += std::strlen(entry) + 1) {
-        // An entry that begins with "=", as the current directories of drives do, has no name.
+        // An entry that begins with "=", such as the current directory of a drive, has no name.
         const std::string text = entry;
         const std::size_t separator = text.find('=');
         const std::string name = text.substr(0, separator);
@@ -51,8 +51,8 @@ bool Configurator::parseEnvCategoryLevel(const std::string& name, const std::str
     if (prefix != "VEKCRIME_AGENT" && prefix != "VEKLOG_CATEGORY") {
         return false;
     }
-    // Deliberately by the lengths of the pieces: an underscore more than there should be ends up in
-    // the logger's name.
+    // Deliberately by the lengths of the pieces: an extra underscore becomes part of the logger's
+    // name.
     const std::string logger = name.substr(pieces[0].size() + pieces[1].size() + 2);
     try {
         const Level level = parseLevel(value);

@@ -1,4 +1,4 @@
-// What a configuration file has to pass ahead of its parser.
+// Checks a configuration file before it is parsed.
 #pragma once
 
 #include <cstddef>
@@ -11,13 +11,12 @@ inline constexpr std::size_t maxConfigSettings = 5000;
 inline constexpr std::size_t maxConfigElements = 500000;
 inline constexpr std::size_t maxConfigPiece = 1 << 20;  // bytes
 
-// Reads the file `path` through, since the parser ends the process where the system refuses to read
-// on, as from a file of which another process has locked a part, and needs minutes for files that
-// no human wrote.
+// Reads the whole file `path`. The parser would end the process if a read fails, for instance since
+// another process has locked part of the file, and would need minutes for files that no human
+// wrote.
 //
-// Throws OsError if the file can't be read, and RuntimeError if it is beyond one of the limits
-// above. A file that can't be opened is left to the parser: nothing happens. Stands on CreateFileA
-// and ReadFile.
+// Throws OsError if the file can't be read, and RuntimeError if it exceeds one of the limits above.
+// Does nothing if it can't be opened: the parser reports that. Calls CreateFileA and ReadFile.
 void checkConfigFile(const std::string& path);
 
 }  // namespace vek::log

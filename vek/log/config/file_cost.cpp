@@ -37,7 +37,7 @@ ConfigCost costOfConfig(std::string_view text) {
             i += lengthThrough(text, i, "\n") - 1;
             endPiece(i + 1);
         } else if (text.substr(i, 2) == "/*") {
-            // Whatever its length: it is read byte by byte.
+            // Of any length: the parser reads it byte by byte.
             endPiece(i);
             i += 1 + lengthThrough(text, i + 2, "*/");
             pieceStart = std::min(i + 1, text.size());

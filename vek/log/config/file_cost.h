@@ -1,4 +1,4 @@
-// What a configuration file would cost its parser.
+// Estimates the time that the parser needs for a configuration file.
 #pragma once
 
 #include <cstddef>
@@ -6,19 +6,19 @@
 
 namespace vek::log {
 
-// The three counts that the parser's time grows with by the square. By far more than a file for
-// human eyes has, these would keep a program from starting for minutes.
+// The three counts in which the parser's time is quadratic. Counts far beyond those of a file
+// written by a human would keep a program from starting for minutes.
 struct ConfigCost {
-    // Names with a value. Each is searched for among those of its group.
+    // Names with a value. The parser compares each with all others of its group.
     std::size_t settings = 0;
-    // Elements of arrays and lists. Settings that end by a comma count too.
+    // Elements of arrays and lists. Settings that end with a comma count, too.
     std::size_t elements = 0;
-    // Bytes of the longest comment line, text or stretch of blanks and words.
+    // The size in bytes of the longest comment line, text or sequence of blanks and words.
     std::size_t longestPiece = 0;
 };
 
-// Counts in `text`, which need not be well-formed; what it includes is not looked at. Throws
-// nothing.
+// Returns the counts of `text`, which need not be well-formed. Ignores included files. Throws
+// nothing. Thread-safe.
 ConfigCost costOfConfig(std::string_view text);
 
 }  // namespace vek::log

@@ -1,4 +1,4 @@
-// The reading of logging.conf.
+// Reads logging.conf.
 #include <iostream>
 
 #include <libconfig.h++>
@@ -16,9 +16,8 @@ namespace vek::log {
 
 namespace {
 
-// All but `max_level` and `format` are passed over in silence if they are of another type than they
-// should be; these two also, but their texts are looked into. Throws UsageError for a level that
-// there isn't.
+// Silently ignores settings of the wrong type. Throws UsageError if `max_level` is an unknown
+// level.
 void parseSinkSettings(const libconfig::Setting& setting, SinkConfig& config) {
     setting.lookupValue("enabled", config.enabled);
     setting.lookupValue("print_time", config.print_time);
@@ -33,7 +32,8 @@ void parseSinkSettings(const libconfig::Setting& setting, SinkConfig& config) {
     }
 }
 
-// Reads a count with a unit by `parse`; `where` is told in the place of the text if it can't be.
+// Reads a count with a unit by `parse`. The exception for a bad text names the file and the
+// setting.
 template <class Parse>
 std::uint64_t parseUnits(const libconfig::Setting& setting, const std::string& file, Parse parse) {
     const char* const text = setting;
@@ -62,7 +62,8 @@ void Configurator::readConfigFile() {
     if (options.verboseLog.isSet()) {
         std::cout << format("Using veklog config file '%s'", configPath.c_str()) << std::endl;
     }
-    // What was read ahead of the failure stands. libconfig::FileIOException deliberately passes.
+    // Settings read before the failure count. Deliberately doesn't catch
+    // libconfig::FileIOException.
     try {
         parseConfigFile();
     } catch (const Exception& error) {
@@ -119,7 +120,7 @@ void Configurator::parseSettingsGroup(const libconfig::Setting& group) {
     }
 }
 
-// `value` receives the last text that was read.
+// Sets `value` to the last text that was read.
 void Configurator::parseDefaultLevel(const libconfig::Setting& group, std::string& value) {
     for (const char* const name : {"default_level", "default_scope"}) {
         if (!group.lookupValue(name, value)) {
@@ -128,14 +129,14 @@ void Configurator::parseDefaultLevel(const libconfig::Setting& group, std::strin
         try {
             defaultLevel = parseLevel(value);
         } catch (const Exception&) {
-            // Deliberately by this name for either.
+            // Deliberately with this name for both.
             reportInvalidSetting("default_level", value);
         }
     }
 }
 
-// Deliberately, a member that is no text gets the text that was read last, and one whose text is no
-// level stays OFF if nothing has named it before.
+// Deliberately, a member that is no text uses the text that was read last, and a logger whose text
+// is no level is OFF if no earlier source has named it.
 void Configurator::parseLoggers(const libconfig::Setting& loggers, std::string& value) {
     if (!loggers.isGroup()) {
         // The elements of a list have no names.
@@ -197,7 +198,7 @@ void Configurator::parseFileSink(const libconfig::Setting& setting) {
     parseSinkSettings(setting, config);
     setting.lookupValue("path", config.path);
     setting.lookupValue("rotate", config.rotate);
-    // These are strict: a wrong type ends the reading.
+    // Strict: a wrong type ends the reading.
     if (setting.exists("max_archives")) {
         config.max_archives = static_cast<std::uint32_t>(static_cast<int>(setting["max_archives"]));
     }
@@ -212,13 +213,13 @@ void Configurator::parseFileSink(const libconfig::Setting& setting) {
             parseUnits(setting["rotate_interval"], configPath, parseDuration) / 1000;
     }
     if (config.path.empty()) {
-        // It is entered nevertheless; createSinks passes it over.
+        // Entered nevertheless; createSinks skips it.
         reportSetting(setting, ": Missing path for logfile. Ignoring this.");
     }
     expandLogPath(config.path);
     const std::string path = config.path;
     if (!fileSinks.emplace(path, std::move(config)).second) {
-        // Deliberately in these words, though nothing is overwritten: the first one stands.
+        // Deliberately with this text, although nothing is overwritten: the first one counts.
         reportSetting(setting,
                       ": Duplicate configuration for this logfile path. Overwriting settings.");
     }

@@ -1,4 +1,4 @@
-// Where logging.conf stands.
+// Finds logging.conf.
 #include <vector>
 
 #include "vek/base/text.h"
@@ -9,8 +9,8 @@
 
 namespace vek::log {
 
-// Looks in the executable's directory and in each above it, there also in the directory "etc". What
-// is found need not be a file.
+// Searches the executable's directory and its parents, and in each of them the directory "etc". The
+// entry found need not be a file.
 std::string Configurator::findConfigFile() {
     std::vector<std::string> components;
     split(programDirectory(), '\\', components, false, false);
@@ -26,7 +26,7 @@ std::string Configurator::findConfigFile() {
     return {};
 }
 
-// Where a file is made if there is none.
+// The path of the file to make if there is none.
 std::string Configurator::defaultConfigPath() {
     return fs::join({programDirectory(), configFileName});
 }

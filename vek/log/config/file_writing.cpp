@@ -1,4 +1,4 @@
-// The writing of levels into logging.conf.
+// Writes levels into logging.conf.
 #include <exception>
 
 #include <libconfig.h++>
@@ -10,7 +10,6 @@
 #include "vek/log/config/file_check.h"
 #include "vek/log/config/report.h"
 #include "vek/log/configurator.h"
-#include "vek/log/logger.h"
 #include "vek/log/manager.h"
 
 namespace vek::log {
@@ -21,7 +20,7 @@ void backupConfigFile(const std::string& path) {
     fs::Copier(fs::noEffect | fs::overwriteTarget).copy(path, path + ".bak");
 }
 
-// An empty one in the place of the member `name` of `parent`, if there is one.
+// Adds an empty member `name` to `parent`, in place of the old one if there is one.
 libconfig::Setting& replaceMember(libconfig::Setting& parent, const char* name,
                                   libconfig::Setting::Type type) {
     if (parent.exists(name)) {
@@ -48,6 +47,8 @@ void Configurator::persistConfig() {
 
 void Configurator::writeConfig() {
     const std::string target = configPath.empty() ? defaultConfigPath() : configPath;
+    // First: after a shutdown this throws, and neither the file nor its backup is touched.
+    const std::vector<Manager::LoggerLevel> levels = manager.ownLevels();
     libconfig::Config config;
     if (!configPath.empty()) {
         checkConfigFile(target);
@@ -59,26 +60,23 @@ void Configurator::writeConfig() {
                           "\n");
         }
     }
-    writeLevels(config);
+    writeLevels(config, levels);
     try {
         config.writeFile(target.c_str());
     } catch (const std::exception&) {
-        // What GetLastError() was where the runtime failed: the exception has overwritten that.
+        // GetLastError() as of the failure in the runtime: the exception has overwritten it.
         throw FsError(target, _doserrno);
     }
 }
 
-// Into the group of this process, whose other members stay, as does all else: the levels of the
-// loggers that exist and have one of their own, and the default level.
-void Configurator::writeLevels(libconfig::Config& config) const {
+// Writes `levels` and the default level into the group of this process. Everything else stays.
+void Configurator::writeLevels(libconfig::Config& config,
+                               const std::vector<Manager::LoggerLevel>& levels) const {
     libconfig::Setting& group =
         groupIn(groupIn(config.getRoot(), "processes"), instanceName.c_str());
     libconfig::Setting& loggers = replaceMember(group, "loggers", libconfig::Setting::TypeGroup);
-    for (const Logger* const logger : manager.listLoggers()) {
-        if (!logger->usesDefault()) {
-            loggers.add(logger->name(), libconfig::Setting::TypeString) =
-                levelName(logger->level());
-        }
+    for (const auto& [name, level] : levels) {
+        loggers.add(name, libconfig::Setting::TypeString) = levelName(level);
     }
     replaceMember(group, "default_level", libconfig::Setting::TypeString) = levelName(defaultLevel);
 }

@@ -1,4 +1,4 @@
-// The command-line options of the log, for a program that has a parser.
+// The command-line options of the log, for programs that have a parser.
 #pragma once
 
 #include <string>
@@ -14,14 +14,14 @@ namespace vek::log {
 // The name of the configuration file.
 inline const std::string configFileName = "logging.conf";
 
-// None has a short form, and none is required. Without a parser none is ever set. The members are
-// made in this order and added to the parser in another, both deliberately: the latter is what the
-// parser's help shows.
+// No option has a short form, and none is required. Without a parser none is ever set. The members
+// are constructed in this order and added to the parser in another, which is that of the parser's
+// help; both deliberately.
 struct ConfiguratorOptions {
-    // The three flags are the settings that the options of these names change.
+    // The arguments are the defaults of the options waitLogApplication, logTids and logTime.
     ConfiguratorOptions(bool waits, bool printsTids, bool printsTime);
 
-    // Adds the options to `cmd`, which borrows them.
+    // Adds the options to `cmd`, which keeps references to them.
     void addTo(TCLAP::CmdLineInterface& cmd);
 
     // The names of the levels, in upper case only.

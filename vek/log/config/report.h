@@ -1,13 +1,13 @@
-// Reports on the settings of the log.
+// Reports on the log's settings.
 #pragma once
 
 #include <string>
 
 namespace vek::log {
 
-// Writes `text` to std::cerr as it stands and, where that is a console, in yellow. Throws OsError
-// if colours are on and there is no console (see console_colors.h). For the thread of the entry
-// point, and for the server's.
+// Writes `text` to std::cerr, in yellow if that is a console. Throws OsError if colours are on and
+// there is no console (see console_colors.h). Called on the thread of the entry point and on the
+// server's.
 void reportInColor(const std::string& text);
 
 }  // namespace vek::log

@@ -1,5 +1,5 @@
-// vek::log::BoundedQueue: hands elements from any number of threads to others, first in, first out,
-// and has those wait who find it full or empty.
+// vek::log::BoundedQueue: a bounded first-in, first-out queue between threads. `push` blocks while
+// it is full, `pop` while it is empty.
 #pragma once
 
 #include <cstddef>
@@ -12,29 +12,36 @@
 
 namespace vek::log {
 
-// `Element` is a pointer, or owns what it points to; null is an element like any other. Elements
-// that are left are destroyed with the queue, which has to outlive those who wait in it.
+// `Element` is a pointer, or owns what it points to; null is an element like any other. The
+// destructor destroys the remaining elements. No thread may be waiting then.
 //
-// The operations may be called from any thread, and throw std::system_error if the system fails to
-// make them wait; an element that was to be appended is destroyed then.
+// Thread-safe. The operations throw std::system_error if a wait fails; an element that was to be
+// appended is destroyed then.
 template <class Element>
 class BoundedQueue : public NoCopy {
   public:
-    // Holds `maximumSize` elements at most.
+    // At most `maximumSize` elements.
     explicit BoundedQueue(std::size_t maximumSize) : capacity(maximumSize) {}
 
-    // Appends `element`, once there is room for it: waits without bound, and drops nothing. Throws
-    // std::bad_alloc, too.
+    // Appends `element`. Blocks, without a time-out, while the queue is full. Throws also what
+    // appending throws, as std::bad_alloc; the queue is unchanged then.
     void push(Element element) {
         const std::lock_guard<QueueLock> guard(lock);
         while (elements.size() >= capacity) {
             lock.wait(QueueLock::notFull);
         }
-        elements.push_back(std::move(element));
+        try {
+            elements.push_back(std::move(element));
+        } catch (...) {
+            // This thread may have been woken for the room that it leaves free.
+            lock.wakeOne(QueueLock::notFull);
+            throw;
+        }
         lock.wakeOne(QueueLock::notEmpty);
     }
 
-    // Takes the element at the front, once there is one: waits without bound.
+    // Removes and returns the element at the front. Blocks, without a time-out, while the queue is
+    // empty.
     Element pop() {
         const std::lock_guard<QueueLock> guard(lock);
         while (elements.empty()) {
@@ -46,7 +53,7 @@ class BoundedQueue : public NoCopy {
         return element;
     }
 
-    // Destroys all elements, and lets those go on who wait for room.
+    // Destroys all elements and wakes all threads that wait for room.
     void clear() {
         std::deque<Element> dropped;
         const std::lock_guard<QueueLock> guard(lock);

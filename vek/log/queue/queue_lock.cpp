@@ -12,7 +12,7 @@
 namespace vek::log {
 
 struct QueueLock::Native {
-    // Nobody takes it twice, so re-entry needn't be checked.
+    // Without the check for re-entry: no thread locks it twice.
     thread::Mutex mutex{false};
     thread::Condition conditions[2] = {thread::Condition(mutex), thread::Condition(mutex)};
 };
@@ -70,8 +70,8 @@ void QueueLock::wait(Condition condition) {
     leave(condition);
 }
 
-// Whoever comes to itself without having been woken counts as woken if anybody was. The one who was
-// woken in truth comes too, so that at worst one wake-up more than needed is given.
+// A thread that the system woke by itself is counted as a woken one, if there are any. The thread
+// that was really woken comes too, so that at worst one wake-up too many follows.
 void QueueLock::leave(Condition condition) {
     --waiters[condition];
     if (woken[condition] != 0) {

@@ -1,8 +1,8 @@
-// vek::log::QueueLock: the mutex of a BoundedQueue, and the two conditions that its users wait for.
+// vek::log::QueueLock: the mutex of a BoundedQueue and its two conditions.
 //
-// It stands on vek::thread::Mutex and Condition where the system has condition variables, which
-// cost a tenth of the C++ runtime's. The emulated conditions of vek::thread would throw at each
-// wake-up, so on a system without condition variables the C++ runtime's own take their place.
+// Uses vek::thread::Mutex and Condition where the system has condition variables: they cost a tenth
+// of the C++ runtime's. On other systems it uses the C++ runtime's, since the emulated conditions
+// of vek::thread throw at each wake-up.
 #pragma once
 
 #include <cstddef>
@@ -12,28 +12,28 @@
 
 namespace vek::log {
 
-// Safe from any thread. All of it throws std::system_error if the system fails.
+// Thread-safe. Every operation throws std::system_error if the system fails.
 class QueueLock : public NoCopy {
   public:
     enum Condition : std::size_t { notEmpty = 0, notFull = 1 };
 
-    // Looks up the system's condition variables, unless that was done before.
+    // Looks up the system's condition variables if that wasn't done before.
     QueueLock();
     ~QueueLock();
 
-    // Wait without bound for the mutex, and give it back. It is not to be taken twice.
+    // Lock (without a time-out) and unlock the mutex, which isn't recursive.
     void lock();
     void unlock();
 
-    // To be called with the mutex held: gives it back, sleeps until a wake-up, and takes it again.
-    // May return without a wake-up. The mutex is held also when this throws.
+    // Call with the mutex held: unlocks it, sleeps until a wake-up, and locks it again. May return
+    // without a wake-up. The mutex is held also if this throws.
     void wait(Condition condition);
 
-    // Wakes one of those who wait for `condition` and haven't been woken yet, if there are any. To
-    // be called with the mutex held.
+    // Call with the mutex held: wakes one thread that waits for `condition` and hasn't been woken
+    // yet, if there is one.
     void wakeOne(Condition condition);
 
-    // The same for all of them.
+    // The same for all such threads.
     void wakeAll(Condition condition);
 
   private:
@@ -45,8 +45,8 @@ class QueueLock : public NoCopy {
     // One of the two is null.
     const std::unique_ptr<Native> native;
     const std::unique_ptr<Portable> portable;
-    // How many wait for each condition, and how many of these have been woken and haven't come to
-    // themselves yet: a wake-up for nobody, or for who is waking already, costs nothing.
+    // Threads waiting on each condition, and how many of those have been woken but don't run yet. A
+    // wake-up that nobody needs is skipped.
     std::size_t waiters[2] = {};
     std::size_t woken[2] = {};
 };

@@ -66,7 +66,7 @@ void ClientRequests::serve(Telegram& request) {
 }
 
 void ClientRequests::changeScope(Telegram& request) {
-    // The entries ahead of a bad one stay applied, deliberately.
+    // Deliberately, the entries before a bad one stay applied.
     for (const auto& [name, level] : request.params) {
         configurator.setLoggerLevel(name, parseLevel(level));
     }
@@ -84,7 +84,7 @@ void ClientRequests::changeDefaultScope(Telegram& request) {
     } catch (const Exception& error) {
         request.sendError(error.description());
     }
-    // Behind an error too, deliberately.
+    // Deliberately also after an error.
     request.sendAck();
 }
 
@@ -106,8 +106,8 @@ void ClientRequests::agentList(Telegram& request) {
 }
 
 void ClientRequests::evidenceInfo(Telegram& request) {
-    // The manager's mutex is held for the whole reply, so that no message is dispatched meanwhile
-    // and no sink goes.
+    // Holds the manager's mutex for the whole reply: no message is dispatched meanwhile, and no
+    // sink is removed.
     manager.withSinks([&request](const std::list<Sink*>& sinks, std::uint32_t /*pid*/) {
         for (const Sink* const sink : sinks) {
             describe(*sink, request);

@@ -1,4 +1,4 @@
-// vek::log::ClientRequests: does what a configuration client of the log service asks for.
+// vek::log::ClientRequests: serves the requests of the log service's configuration clients.
 #pragma once
 
 #include "vek/base/no_copy.h"
@@ -9,17 +9,16 @@ class Manager;
 class ServedSettings;
 class Telegram;
 
-// For one thread, the server's.
+// Not thread-safe. Used on the server's thread.
 class ClientRequests : public NoCopy {
   public:
     // Neither is owned.
     ClientRequests(Manager& usedManager, ServedSettings& usedConfigurator)
         : manager(usedManager), configurator(usedConfigurator) {}
 
-    // Does what `request`, as it was received, asks for, and sends the reply on its connection,
-    // building it in `request` itself. A type that isn't known is reported on std::cerr, and
-    // answered too. Throws UsageError for a level that there isn't, and what sending throws: the
-    // connection is to be closed then, and there was no reply.
+    // Serves `request` and sends the reply on its connection; `request` is overwritten by the
+    // reply. An unknown type is reported on std::cerr and answered. Throws UsageError for an
+    // unknown level, and what sending throws: close the connection then, there was no reply.
     void serve(Telegram& request);
 
   private:

@@ -29,7 +29,7 @@ bool isIp(const std::string& value, const ProcessIdentity& /*self*/) {
     return net::isOwnAddress(value);
 }
 
-// In the order in which they are tried.
+// In the order of the tests.
 constexpr struct {
     const char* key;
     ValueTest matches;
@@ -39,7 +39,7 @@ constexpr struct {
     {"ip", isIp},
 };
 
-// Takes the filters that it has tried out of the request. The first that fails is the last tried.
+// Removes the filters that match from the request. Stops at the first that doesn't.
 bool passesFilters(Telegram& request, const ProcessIdentity& self) {
     for (const auto& filter : filters) {
         const std::vector<std::string> values = request.paramValues(filter.key);
@@ -75,7 +75,7 @@ std::optional<std::string> answerDiscovery(const std::string& datagram,
     Telegram reply;
     reply.type = "hello";
     if (request.hasParam("id")) {
-        // Stays 0 if there is no number.
+        // 0 if the text is no number.
         std::uint32_t id = 0;
         std::istringstream(request.param("id")) >> id;
         reply.addParam("id", std::int64_t{id});

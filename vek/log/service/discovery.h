@@ -1,4 +1,4 @@
-// The answers of the log service to who looks for processes by UDP.
+// The log service's answers to discovery requests.
 #pragma once
 
 #include <cstdint>
@@ -7,25 +7,25 @@
 
 namespace vek::log {
 
-// What a process tells of itself.
+// What the answer says about this process.
 struct ProcessIdentity {
     std::uint32_t pid = 0;
     std::string name;
     std::uint16_t tcpPort = 0;
 };
 
-// The text of the reply to `datagram`, the text of a telegram; nothing if there is to be none:
+// Returns the text of the reply to `datagram`, or nothing if there is no reply:
 //
 // - for a type other than "discover-request", which is reported on std::cerr;
-// - for a filter that doesn't match `self`. There are three of them, "pid", "name" and "ip", all
-//   optional; if one is there several times, one match is enough. An ip matches if it is an address
-//   of this host. Numbers are read as far as they are numbers.
+// - if a filter doesn't match `self`. The filters "pid", "name" and "ip" are optional; if one is
+//   repeated, one match is enough. An ip matches if it is an address of this host. Of a number, the
+//   leading digits count.
 //
-// A parameter "id" comes back as the number that it begins with, or 0. Any other is reported on
-// std::cerr and ignored.
+// A parameter "id" is returned as the number that it begins with, or 0. Other parameters are
+// reported on std::cerr and ignored.
 //
-// Throws Telegram::ParseError for a text that is no telegram, NetError for an ip that is no address
-// or can't be tried. Safe from any thread.
+// Throws Telegram::ParseError if `datagram` is no telegram, and NetError if an ip is no address or
+// can't be tested. Thread-safe.
 std::optional<std::string> answerDiscovery(const std::string& datagram,
                                            const ProcessIdentity& self);
 

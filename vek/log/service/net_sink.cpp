@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "vek/exception.h"
-#include "vek/net/ip4_address.h"
 #include "vek/net/tcp_buffer.h"
 #include "vek/net/tcp_socket.h"
 
@@ -27,6 +26,7 @@ NetSink::NetSink(const SinkConfig& settings, std::unique_ptr<net::TCPSocket> cli
       telegram(buffer.get()),
       number(nextNumber++) {
     telegram.type = "message";
+    initialPeer = peer();
     socket->setNoDelay();
 }
 
@@ -35,7 +35,7 @@ NetSink::~NetSink() {
         socket->shutdown(true, true);
         socket->close();
     } catch (const Exception&) {
-        // Gone already, as the peer may be.
+        // The peer may be gone.
     }
 }
 
@@ -84,9 +84,13 @@ std::string NetSink::id() const {
 }
 
 net::IP4Address NetSink::peer() const {
-    net::IP4Address address;
-    socket->peerAddress(address);
-    return address;
+    try {
+        net::IP4Address address;
+        socket->peerAddress(address);
+        return address;
+    } catch (const Exception&) {
+        return initialPeer;
+    }
 }
 
 }  // namespace vek::log

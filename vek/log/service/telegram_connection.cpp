@@ -36,7 +36,7 @@ bool Telegram::receive() {
 void Telegram::send() {
     net::TCPBuffer& stream = connection();
     const std::size_t size = textSize();
-    // What has no room isn't written, and commit refuses it.
+    // If there is no room, `commit` throws.
     if (size <= stream.maxPayload()) {
         writeText(stream.sendPayload());
     }

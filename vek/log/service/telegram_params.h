@@ -1,4 +1,4 @@
-// vek::log::TelegramParams: the parameters of a telegram, an ordered multi-map of texts.
+// vek::log::TelegramParams: the parameters of a telegram, a sorted multi-map of strings.
 #pragma once
 
 #include <cstddef>
@@ -9,12 +9,12 @@
 
 namespace vek::log {
 
-// Sorted by key, byte by byte, where a shorter key stands in front of a longer one that begins with
-// it; entries of the same key stay in the order in which they were added. Walked with a range-based
-// for. For one thread at a time.
+// Sorted by key, byte by byte; a key that is the beginning of another comes first. Entries of the
+// same key keep the order in which they were added. Not thread-safe. Every change invalidates
+// iterators and references: an entry moves at the next addition.
 //
-// One array instead of a tree: nearly all keys come in their order, and an entry then costs no
-// allocation of its own. Entries that were removed keep their memory for those that come next.
+// One array instead of a tree: keys are nearly always added in order, and an entry needs no
+// allocation of its own then. The memory of removed entries is reused.
 class TelegramParams {
   public:
     using Entry = std::pair<std::string, std::string>;
@@ -27,22 +27,22 @@ class TelegramParams {
 
     void clear() { count = 0; }
 
-    // Makes room for `newCount` entries in all.
+    // Reserves memory for `newCount` entries in all.
     void reserve(std::size_t newCount) { entries.reserve(newCount); }
 
-    // Equal keys don't replace one another. Both texts may stand in an entry.
+    // Adds an entry, also if there is one of the same key. The arguments may refer to an entry.
     void add(std::string_view key, std::string_view value);
 
-    // The entries of `key`: the first, and behind the last.
+    // The range of the entries of `key`.
     std::pair<Iterator, Iterator> equalRange(std::string_view key) const;
 
-    // Removes all entries of `key`. The result is their number.
+    // Removes all entries of `key` and returns their number.
     std::size_t erase(std::string_view key);
 
     bool operator==(const TelegramParams& other) const;
 
   private:
-    // The first `count` are there; the others are spare.
+    // The first `count` are valid; the others are spare.
     std::vector<Entry> entries;
     std::size_t count = 0;
 };

@@ -1,5 +1,6 @@
 #include "vek/log/sinks/archives.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <stdexcept>
@@ -11,7 +12,7 @@ namespace vek::log {
 
 namespace {
 
-// The log file's own name may be one piece.
+// The log file's own name, "old" and the number.
 constexpr std::size_t fewestPieces = 3;
 
 bool isDigit(char character) {
@@ -25,7 +26,9 @@ std::string archiveName(const std::string& path, std::uint32_t number, bool comp
 }
 
 std::string archivePattern(const std::string& path) {
-    return path + ".old.*";
+    std::string pattern = path + ".old.*";
+    std::replace(pattern.begin(), pattern.end(), '/', '\\');
+    return pattern;
 }
 
 bool isCompressedArchive(const std::string& archive) {

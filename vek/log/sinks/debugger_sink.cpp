@@ -8,7 +8,7 @@ DebuggerSink::DebuggerSink(const SinkConfig& settings) : Sink(config), config(se
 
 void DebuggerSink::store(const Message& message) {
     buffer.str("");
-    // Memory that ran out in an earlier message leaves the stream in a failed state.
+    // The stream is in a failed state if memory ran out in an earlier message.
     buffer.clear();
     render(buffer, message, false);
     std::string line = buffer.str();

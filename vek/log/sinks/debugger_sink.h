@@ -1,4 +1,4 @@
-// vek::log::DebuggerSink: hands messages to the debugger, or to whatever else listens to the
+// vek::log::DebuggerSink: sends messages to the debugger, or to another program that reads the
 // system's debugger output.
 #pragma once
 
@@ -18,17 +18,16 @@ class DebuggerSink : public Sink {
     int type() const override { return sinkDebugger; }
 
     using Sink::store;
-    // Hands `message` with a line feed behind it, as one text and never with colours, to
-    // OutputDebugStringA; without a listener that has no effect. The system takes the text up to
-    // its first NUL, so that a message that holds one is cut there, the line feed included.
-    // SinkConfig::enabled isn't looked at. Throws nothing but std::bad_alloc.
+    // Calls OutputDebugStringA with `message` and a line feed as one text, without colours. Has no
+    // effect if no program reads it. The system cuts the text, including the line feed, at its
+    // first NUL. Ignores SinkConfig::enabled. Throws nothing but std::bad_alloc.
     void store(const Message& message) override;
 
     // "debugger".
     std::string id() const override { return "debugger"; }
 
   private:
-    // Kept between messages for its memory.
+    // Reused for each message, to keep its memory.
     std::stringstream buffer;
     const SinkConfig config;
 };

@@ -6,8 +6,10 @@
 #include <iterator>
 #include <limits>
 #include <source_location>
+#include <sstream>
 #include <utility>
 
+#include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/fs/current_directory.h"
 #include "vek/fs/find_in_path.h"
@@ -16,6 +18,7 @@
 #include "vek/fs/operations.h"
 #include "vek/log/sinks/archives.h"
 #include "vek/proc/child.h"
+#include "vek/thread/condition_functions.h"
 
 namespace vek::log {
 
@@ -25,11 +28,11 @@ constexpr std::uint32_t defaultMaxArchives = 3;
 constexpr std::uint64_t defaultRotateSize = 5120;        // KiB
 constexpr std::uint64_t defaultRotateInterval = 604800;  // seconds: 7 days
 constexpr std::uint64_t bytesPerKib = 1024;
-// Larger sizes in bytes don't fit, and no file reaches them.
+// The number of bytes of a larger size doesn't fit, and no file is that large.
 constexpr std::uint64_t largestRotateSize = std::numeric_limits<std::uint64_t>::max() / bytesPerKib;
 constexpr std::int64_t millisecondsPerSecond = 1000;
 
-// A young sink looks at the size at each so many messages.
+// A young sink tests the size once in so many messages.
 constexpr std::uint32_t messagesPerSizeCheck = 100;
 constexpr std::int64_t youngMilliseconds = 11000;
 
@@ -54,9 +57,28 @@ FileSinkConfig enabledFor(const std::string& path) {
     return config;
 }
 
+// Whether the end of a child process can be waited for. The emulated conditions of vek::thread
+// throw at each wake-up, which ends the shepherd.
+bool canRunPrograms() {
+    thread::resolveConditionFunctions();
+    return thread::nativeConditions() != nullptr;
+}
+
 std::string findGzip() {
     const std::string found = fs::findInPath("gzip");
     return found.empty() ? found : fs::expand(found);
+}
+
+// Whether another program has the file open and doesn't let others rename it.
+bool isHeld(const std::string& path) {
+    const HANDLE file =
+        CreateFileA(path.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        CloseHandle(file);
+        return false;
+    }
+    return GetLastError() == ERROR_SHARING_VIOLATION;
 }
 
 }  // namespace
@@ -71,7 +93,7 @@ FileSink::FileSink(const FileSinkConfig& settings)
     if (config.enabled) {
         openFile();
     }
-    if (config.compress_archives) {
+    if (config.compress_archives && canRunPrograms()) {
         gzipPath = findGzip();
     }
 }
@@ -79,7 +101,7 @@ FileSink::FileSink(const FileSinkConfig& settings)
 FileSink::FileSink(const std::string& path) : FileSink(enabledFor(path)) {}
 
 void FileSink::store(const Message& message) {
-    if (stream.fail()) {  // the bad flag counts as well
+    if (stream.fail()) {  // tests the bad flag, too
         config.enabled = false;
         return;
     }
@@ -91,8 +113,11 @@ void FileSink::store(const Message& message) {
             rotate();
         }
     } catch (const Exception& error) {
-        std::cerr << std::source_location::current().function_name()
-                  << ": Logfile rotation failed: " << error.what() << std::endl;
+        // In one write: this may be repeated at each message.
+        std::ostringstream report;
+        report << std::source_location::current().function_name()
+               << ": Logfile rotation failed: " << error.what() << "\n";
+        std::cerr << report.str() << std::flush;
         if (config.enabled) {
             openFile();
         }
@@ -124,7 +149,11 @@ bool FileSink::needsRotation() {
 
 void FileSink::rotate() {
     closeFile();
-    shiftArchives();
+    // As long as the file can't be moved, each attempt would bring the archives down to 1 and up to
+    // 2 again.
+    if (!areArchivesShifted() || !isHeld(config.path)) {
+        shiftArchives();
+    }
     archiveLogFile(archiveName(config.path, 1, false));
     if (config.enabled) {
         openFile();
@@ -155,6 +184,20 @@ FileSink::Archives FileSink::listArchives() const {
     return archivesByNumber(fs::glob(archivePattern(config.path), false));
 }
 
+// Whether an earlier attempt has left number 1 free: there are archives 2, 3 and so on, without a
+// gap and not too many.
+bool FileSink::areArchivesShifted() const {
+    std::uint32_t expected = 2;
+    for (const auto& [number, path] : listArchives()) {
+        if (number != expected) {
+            return false;
+        }
+        ++expected;
+    }
+    // `expected - 2` archives, and the one to come.
+    return expected - 1 <= config.max_archives;
+}
+
 // Closes gaps in the numbering.
 void FileSink::compactArchives() const {
     std::uint32_t expected = 1;
@@ -175,7 +218,7 @@ void FileSink::shiftArchives() const {
         fs::remove(oldest->second);
         archives.erase(oldest);
     }
-    // From the highest number downwards, so that no target exists.
+    // Highest number first, so that no target exists.
     for (auto archive = archives.rbegin(); archive != archives.rend(); ++archive) {
         const auto& [number, path] = *archive;
         fs::move(path, archiveName(config.path, number + 1, isCompressedArchive(path)));

@@ -1,5 +1,5 @@
-// vek::log::FileSink: writes messages to a log file, and keeps its size and age in bounds: the file
-// becomes archive 1 (see archives.h), older archives move up, the oldest is deleted.
+// vek::log::FileSink: writes messages to a log file and limits its size and age by rotation: the
+// file becomes archive 1 (see archives.h), older archives move up, the oldest is deleted.
 #pragma once
 
 #include <cstdint>
@@ -14,60 +14,63 @@
 
 namespace vek::log {
 
-// The file is open for others to read, write, rename and delete, and children don't inherit it.
-// Rotation isn't coordinated with other processes: two that log to one path rotate it each by
-// itself.
+// Other programs may read, write, rename and delete the open file. Child processes don't inherit
+// it. Rotation isn't coordinated between processes: two that log to one path rotate it
+// independently.
 class FileSink : public Sink {
   public:
-    // Copies `settings`, puts 3, 5120 (KiB) and 604800 (seconds) in the place of numbers that are
-    // 0, and opens the file for appending if `enabled`. A file that can't be opened throws nothing:
-    // isGood tells. With `compress_archives` the program gzip is looked for along PATH; without one
-    // archives stay uncompressed. Throws what finding it throws (fs::findInPath, fs::expand).
+    // Copies `settings`, replaces zeros by 3 archives, 5120 KiB and 604800 seconds, and opens the
+    // file for appending if `enabled`. Throws nothing if the file can't be opened: see isGood.
+    //
+    // With `compress_archives` it searches PATH for the program gzip. Archives stay uncompressed
+    // without it, and on a system without condition variables, where no child process can be
+    // waited for. Throws what fs::findInPath and fs::expand throw.
     explicit FileSink(const FileSinkConfig& settings);
 
     // The same with new settings for the file `path`, and `enabled`.
     explicit FileSink(const std::string& path);
 
-    // Closes the file, and doesn't rotate it.
+    // Closes the file. Doesn't rotate it.
     ~FileSink() override = default;
 
     // sinkFile.
     int type() const override { return sinkFile; }
 
     using Sink::store;
-    // Writes `message` as one line, without colours, so that it stands in the file at return, and
-    // rotates if that is due, for which the caller waits, gzip's run included.
+    // Writes `message` as one line, without colours, and passes it to the system. Then rotates if
+    // that is due, and blocks until gzip has ended.
     //
-    // A file that couldn't be written to, in an earlier message or when it was opened, turns the
-    // sink off for good, in silence; unless the failing message was one at which a rotation fell
-    // due, which opens the file anew. A rotation that fails with a vek::Exception is reported on
-    // std::cerr, and the sink goes on with the file that stands at the path then: none leaves.
-    // Other exceptions do leave: std::out_of_range for an archive whose number is beyond 32 bits,
+    // If the file couldn't be opened, or a write failed, the next message turns the sink off for
+    // good, silently; unless a rotation was due at the failing message, which reopens the file. A
+    // rotation that fails with a vek::Exception is reported on std::cerr, and the sink goes on with
+    // the file at the path. Throws std::out_of_range for an archive whose number is beyond 32 bits,
     // and std::bad_alloc.
     void store(const Message& message) override;
 
     // "file#" and a number: 0 for the first file sink of the process, and so on.
     std::string id() const override;
 
-    // Whether the file is due to be rotated: it is larger than `rotate_size`, or has been current
-    // for longer than `rotate_interval` (by a monotonic clock, and counted from the construction or
-    // the last rotation, not from the file's own dates).
+    // Whether a rotation is due: the file is larger than `rotate_size`, or older than
+    // `rotate_interval`. The age is counted by a monotonic clock from the construction or the last
+    // rotation, not from the file's own dates.
     //
-    // In the first 11 seconds of a sink the size counts at each hundredth message only. A stream in
-    // a failed state counts as larger than any size. Throws OsError if the clock can't be read.
+    // In the first 11 seconds of a sink the size is tested at every hundredth message only. A
+    // stream in a failed state counts as larger than any size. Throws OsError if the clock can't be
+    // read.
     bool needsRotation();
 
-    // Rotates now, whatever needsRotation says: closes the gaps in the archives' numbers, deletes
-    // the oldest archives until there is room for one more, moves the rest up by one, makes the
-    // file archive 1, compresses that, and opens a new file. Without a file no archive is made.
+    // Rotates now, whatever needsRotation returns: closes the gaps in the archives' numbers,
+    // deletes the oldest archives until there is room for one more, moves the others up by one,
+    // makes the file archive 1, compresses that, and opens a new file. Makes no archive if there is
+    // no file.
     //
     // Throws, with the file closed, what fs::glob, fs::move, fs::remove and fs::exists throw, what
-    // a run of gzip throws that can't be started, and std::out_of_range for an archive whose number
-    // is beyond 32 bits. A gzip that fails is told on std::cerr, and nothing else.
+    // proc::Child::execute throws if gzip can't be started, and std::out_of_range for an archive
+    // whose number is beyond 32 bits. Reports on std::cerr if gzip fails.
     void rotate();
 
-    // Whether the stream is in a good state: the file could be opened and written to so far, or
-    // wasn't to be opened and nothing was stored yet.
+    // Whether the stream is in a good state: every open and write has succeeded so far, or the sink
+    // isn't enabled and has stored nothing yet.
     bool isGood() const { return stream.good(); }
 
   private:
@@ -79,14 +82,15 @@ class FileSink : public Sink {
     std::uint64_t writePosition();
 
     Archives listArchives() const;
+    bool areArchivesShifted() const;
     void compactArchives() const;
     void shiftArchives() const;
     void archiveLogFile(const std::string& target) const;
-    // Has gzip put "ARCHIVE.gz" in the place of `archive`, and tells whether it has ended well.
+    // Runs gzip, which replaces `archive` by "ARCHIVE.gz". False if it fails.
     bool compress(const std::string& archive) const;
 
     FileSinkConfig config;
-    // Stamped at construction and after each rotation, also one that failed.
+    // Stamped at construction and after each rotation, including one that failed.
     time::MonotonicClock rotationClock;
     // Stamped at construction and, deliberately, never again.
     const time::MonotonicClock sizeCheckClock;
@@ -94,7 +98,7 @@ class FileSink : public Sink {
     std::ostream stream;
     // Since construction.
     std::uint32_t messageCount = 0;
-    // Empty if archives aren't to be compressed, or can't be.
+    // Empty if archives shouldn't or can't be compressed.
     std::string gzipPath;
     const std::int32_t sinkNumber;
 };

@@ -1,4 +1,4 @@
-// The colour in which a console shows the messages of a level.
+// The console colour of each level.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,9 @@
 
 namespace vek::log {
 
-// The colour of `level`; for a number that is no level that of INVALID, which touches nothing. The
-// result lives for ever, and stands before any code runs. Safe from any thread; throws nothing.
+// Returns the colour of `level`; for a number that is no level that of INVALID, which changes
+// nothing. The result is in static storage, initialised at compile time. Thread-safe. Throws
+// nothing.
 const ColorSpec& levelColor(std::int32_t level);
 
 }  // namespace vek::log

@@ -15,7 +15,7 @@ struct Keyword {
     FormatKeyword value;
 };
 
-// In byte order, and made by the compiler: formats may be compiled ahead of main.
+// In byte order. Initialised at compile time, since formats may be compiled before main.
 constexpr std::array<Keyword, 12> keywords = {{
     {"{agent}", keywordCategory},
     {"{attrs}", keywordAttrs},
@@ -47,11 +47,11 @@ void reportUnknown(std::string_view keyword) {
 
 std::vector<FormatToken> compileFormat(const std::string& format) {
     std::vector<FormatToken> tokens;
-    std::size_t pos = 0;    // where the text starts that no token covers yet
-    std::size_t close = 0;  // the last "}" found; npos once there is no more
+    std::size_t pos = 0;    // the start of the text that no token covers yet
+    std::size_t close = 0;  // the last "}" found; npos if there is none left
     for (std::size_t open = 0;; ++open) {
         open = format.find('{', open);
-        // Deliberately also where the piece is empty.
+        // Deliberately also if the piece is empty.
         tokens.push_back({format.substr(pos, open - pos), keywordLiteral});
         if (open == std::string::npos) {
             return tokens;

@@ -1,5 +1,5 @@
-// The format language of log lines: literal text and keywords in braces, compiled once and rendered
-// by Message::printFormatted.
+// The format language of log lines: literal text and keywords in braces. Compile a format once, and
+// print messages by Message::printFormatted.
 #pragma once
 
 #include <cstdint>
@@ -8,16 +8,16 @@
 
 namespace vek::log {
 
-// One element of a compiled format: a literal with its text (possibly none), or a keyword with an
-// empty text.
+// One element of a compiled format: a literal with its text, which may be empty, or a keyword with
+// an empty text.
 struct FormatToken {
     std::string text;
     std::int32_t keyword;
 };
 
-// The values of FormatToken::keyword. Any other renders nothing.
+// The values of FormatToken::keyword. Any other value prints nothing.
 enum FormatKeyword : std::int32_t {
-    keywordLevel = 0,             // {level}, {scope}: the level's name, in 5 characters
+    keywordLevel = 0,             // {level}, {scope}: the level's name, in a field of 5
     keywordCategory = 1,          // {category}, {agent}: the logger's name
     keywordMessage = 2,           // {msg}: the text
     keywordPid = 3,               // {pid}: the process id
@@ -30,15 +30,15 @@ enum FormatKeyword : std::int32_t {
     keywordLiteral = 10,
 };
 
-// Compiles `format`: keywords, byte for byte with their braces, and the literals ahead of, between
-// and behind them, also where these are empty. So "{level}{msg}" gives five tokens.
+// Compiles `format` into keywords, which are compared byte by byte with their braces, and the
+// literals before, between and after them, including empty ones: "{level}{msg}" gives five tokens.
 //
-// An unknown keyword is reported on std::cerr and stays as literal text, in which the search for
-// the next one goes on behind its "{". A "{" that nothing closes is literal text without a report.
-// An empty format gives one empty literal, which renders as nothing; only an empty array means the
-// default layout.
+// Reports an unknown keyword on std::cerr and keeps it as literal text; the search for the next
+// keyword continues after its "{". A "{" without a "}" is literal text and isn't reported. An empty
+// format gives one empty literal, which prints nothing; only an empty array means the default
+// layout.
 //
-// Safe from any thread, also ahead of main; the reports of two threads may mix. Throws nothing but
+// Thread-safe, also before main; the reports of two threads may mix. Throws nothing but
 // std::bad_alloc.
 std::vector<FormatToken> compileFormat(const std::string& format);
 

@@ -14,15 +14,15 @@ namespace {
 constexpr std::streamsize levelWidth = 5;
 constexpr std::int64_t millisecondsPerSecond = 1000;
 
-// Straight into the stream, so that a field width that others have left there stays theirs.
+// Unformatted, so that a field width set on the stream has no effect and is kept.
 void write(std::ostream& stream, std::string_view text) {
     stream.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
-// Decimal, whatever base or grouping of digits others have left on the stream.
+// Decimal, whatever base or digit grouping is set on the stream.
 template <typename Integer>
 void writeDecimal(std::ostream& stream, Integer number) {
-    std::array<char, 20> digits;  // those of the lowest 64-bit number, with its sign
+    std::array<char, 20> digits;  // enough for the lowest 64-bit number with its sign
     const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
     write(stream, {digits.data(), static_cast<std::size_t>(end - digits.data())});
 }
@@ -37,7 +37,7 @@ std::int64_t wholeSeconds(const Message& message) {
     return message.timestamp.getValue() / millisecondsPerSecond;
 }
 
-// Nothing for a message without attributes, not even the blank ahead of them.
+// Writes nothing for a message without attributes.
 void writeAttrs(std::ostream& stream, const Message& message) {
     if (!message.hasAttrs()) {
         return;

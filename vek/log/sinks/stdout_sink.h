@@ -1,4 +1,4 @@
-// vek::log::StdoutSink: writes messages to the standard output, in colours where that is a console.
+// vek::log::StdoutSink: writes messages to the standard output, in colours if that is a console.
 #pragma once
 
 #include <string>
@@ -7,12 +7,11 @@
 
 namespace vek::log {
 
-// No lock stands between this sink and others that write to std::cout: their output may fall
-// between the pieces of a line, and get its colour.
+// Takes no lock on std::cout: output of other code may appear within a line, and in its colour.
 class StdoutSink : public Sink {
   public:
-    // Copies `settings`. Whether the lines are coloured is settled here, by what colorEnabled says
-    // of std::cout now.
+    // Copies `settings`. Calls colorEnabled for std::cout, once, to decide whether lines are
+    // coloured.
     explicit StdoutSink(const SinkConfig& settings);
 
     // sinkStdout.
@@ -20,13 +19,13 @@ class StdoutSink : public Sink {
 
     using Sink::store;
     // Writes `message` and a line end to std::cout and flushes it. The colours are those of
-    // levelColor, and act on the console at once: std::cout must not hold text back by a buffer of
-    // its own, as it doesn't unless a program parts it from stdout.
+    // levelColor and change the console at once, so std::cout must not buffer text itself; it
+    // doesn't as long as it is synchronised with stdout.
     //
-    // A std::cout in a failed state takes nothing, in silence; SinkConfig::enabled isn't looked at.
-    // Throws OsError where colours are on (by VEK_FORCE_COLOR, or for the device "nul") and the
-    // standard output is no console: the line is left unfinished then. Throws besides what
-    // std::cout throws if it is set up to do that, and std::bad_alloc.
+    // If std::cout is in a failed state, the message is lost silently. Ignores SinkConfig::enabled.
+    // Throws OsError if colours are on (by VEK_FORCE_COLOR, or for the device "nul") and the
+    // standard output is no console; the line is incomplete then. Throws also what std::cout
+    // throws if exceptions are enabled on it, and std::bad_alloc.
     void store(const Message& message) override;
 
     // "stdout".

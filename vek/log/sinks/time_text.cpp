@@ -10,7 +10,7 @@ namespace vek::log {
 
 namespace {
 
-// Without a constructor, so that a thread which never logs doesn't pay for it.
+// Without a constructor, so that it costs nothing in threads that never log.
 struct LastText {
     bool known;
     std::int64_t seconds;

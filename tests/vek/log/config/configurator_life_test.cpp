@@ -75,7 +75,7 @@ TEST_F(ConfiguratorLife, PlaceholdersOfPathsAreExpanded) {
     EXPECT_EQ(readFile("plain.log"), readFile("y.y.tool.y.{no}.log"));
 }
 
-// The keys are replaced in their order, base ahead of exedir ahead of instancename.
+// The keys are replaced in order: base, exedir, instancename.
 TEST_F(ConfiguratorLife, PlaceholdersThatTheInstanceNameBringsInStay) {
     EXPECT_EQ(
         goodOutput(runWith("defaults = { sink = { file = { path = \"{instancename}\"; }; }; };",

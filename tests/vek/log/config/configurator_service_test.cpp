@@ -60,7 +60,7 @@ class ConfiguratorService : public WinsockTest {
             limitMs);
     }
 
-    // Expects that the program waits, goes on for a client, and tells that its message.
+    // Expects that the program waits, goes on for a client, and sends it its message.
     void expectWait() {
         EXPECT_TRUE(isWaiting()) << program->errorText();
         const std::uint16_t port = portAt(address);

@@ -1,8 +1,11 @@
 #include "vek/log/configurator.h"
 
 #include <gtest/gtest.h>
+#include <tclap/CmdLine.h>
 
 #include "tests/vek/log/log_capture.h"
+#include "tests/vek/temporary_directory.h"
+#include "tests/vek/thread/lock_support.h"
 #include "vek/exception.h"
 #include "vek/log/manager.h"
 #include "vek/log/statement.h"
@@ -11,7 +14,10 @@
 namespace {
 
 using namespace vek::log;
+using vek_test::Door;
+using vek_test::HeldMessage;
 using vek_test::LogCapture;
+using vek_test::ScopedThread;
 using Texts = std::vector<std::string>;
 
 // The server of a configurator needs a started Winsock.
@@ -46,6 +52,56 @@ TEST_F(ConfiguratorTest, StartsTheManagerAndShutsItDown) {
     }
     EXPECT_TRUE(capture->destroyed());
     EXPECT_EQ(capture->texts(), (Texts{"ahead of configure", "behind it"}));
+}
+
+// With a file of its own, and a shutdown that lasts until `finish`.
+class SavingConfigurator : public vek::test::TemporaryDirectoryTest {
+  protected:
+    SavingConfigurator() {
+        writeFile("logging.conf", "old = 1;");
+        std::vector<std::string> arguments = {"p", "--logcfg", path("logging.conf")};
+        commandLine.parse(arguments);
+        configurator.configure("p");
+        configurator.setLoggerLevel("a", DEBUG);
+    }
+
+    void beginShutdown() {
+        manager().submit(new HeldMessage(door));
+        stopper = std::make_unique<ScopedThread>([this] { configurator.stop(); });
+        ASSERT_TRUE(vek_test::becomesTrue([this] { return !a.passes(ERR); }));
+    }
+
+    void finish() {
+        door.open();
+        stopper.reset();
+    }
+
+    const vek::VekPal pal{false, 0, 4, nullptr};
+    TCLAP::CmdLine commandLine{"test"};
+    Configurator configurator{&commandLine};
+    Door door;
+    Logger& a = *manager().getLogger("a");
+    std::unique_ptr<ScopedThread> stopper;
+};
+
+TEST_F(SavingConfigurator, WritesTheLevelsThatWereSetWhileTheLogShutsDown) {
+    beginShutdown();
+    EXPECT_NO_THROW(configurator.persistConfig());
+    const std::string saved = readFile("logging.conf");
+    finish();
+    EXPECT_NE(saved.find("a = \"DEBUG\""), std::string::npos) << saved;
+    EXPECT_EQ(saved.find("OFF"), std::string::npos) << saved;
+    EXPECT_EQ(readFile("logging.conf.bak"), "old = 1;");
+}
+
+TEST_F(SavingConfigurator, RefusesOnceTheLogHasShutDownAndLeavesTheFileAndItsCopy) {
+    configurator.persistConfig();
+    const std::string saved = readFile("logging.conf");
+    beginShutdown();
+    finish();
+    EXPECT_THROW(configurator.persistConfig(), vek::RuntimeError);
+    EXPECT_EQ(readFile("logging.conf"), saved);
+    EXPECT_EQ(readFile("logging.conf.bak"), "old = 1;");
 }
 
 TEST_F(ConfiguratorTest, IsNotAskedAnyMoreOnceItIsGone) {

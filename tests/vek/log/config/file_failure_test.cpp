@@ -1,4 +1,4 @@
-// What ends the reading of logging.conf, what stands afterwards, and files that mean harm.
+// What ends the reading of logging.conf, what counts afterwards, and hostile files.
 #include <chrono>
 
 #include "tests/vek/log/config/config_fixture.h"

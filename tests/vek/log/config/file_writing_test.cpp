@@ -10,7 +10,7 @@ using namespace vek::test;
 
 class ConfigFileWriting : public ConfigTest {
   protected:
-    // The file as it stands, with line feeds only.
+    // The content of the file, with line feeds only.
     std::string written(const std::string& name = "logging.conf") const {
         std::string text = readFile(name);
         std::erase(text, '\r');

@@ -34,7 +34,7 @@ class ConfigReportsOnAConsole : public support::ConsoleTest {
         }
     }
 
-    // The attributes of what stands on the console from `start` up to the cursor.
+    // The attributes of the console's characters from `start` up to the cursor.
     std::set<int> colorsSince(COORD start) const {
         CONSOLE_SCREEN_BUFFER_INFO info = {};
         EXPECT_NE(GetConsoleScreenBufferInfo(error, &info), 0);

@@ -1,6 +1,8 @@
 #include "vek/log/queue/bounded_queue.h"
 
+#include <atomic>
 #include <memory>
+#include <new>
 #include <system_error>
 
 #include <gtest/gtest.h>
@@ -88,7 +90,21 @@ TEST_P(BoundedQueueOn, DestroysWhatIsLeft) {
     EXPECT_EQ(watched.use_count(), 1);
 }
 
-// With a library that tells who sleeps.
+// An element whose move fails when `movesToFailure` comes down to 0.
+struct Fragile {
+    Fragile(int ownNumber, std::atomic<int>& moves) : number(ownNumber), movesToFailure(&moves) {}
+    Fragile(Fragile&& other) : number(other.number), movesToFailure(other.movesToFailure) {
+        if (--*movesToFailure == 0) {
+            throw std::bad_alloc();
+        }
+    }
+    Fragile& operator=(Fragile&&) = delete;
+
+    int number;
+    std::atomic<int>* movesToFailure;
+};
+
+// With a library that counts sleeping threads.
 class WatchedQueue : public testing::Test {
   protected:
     unsigned sleeps() const { return sleepCount(); }
@@ -129,6 +145,32 @@ TEST_F(WatchedQueue, SleepsOnlyWhenFull) {
     }
     EXPECT_EQ(*queue.pop(), 2);
     EXPECT_EQ(*queue.pop(), 3);
+}
+
+TEST_F(WatchedQueue, ProducerThatIsWokenAndFailsLeavesItsRoomToTheNext) {
+    std::atomic<int> movesToFailure = 0;
+    BoundedQueue<Fragile> queue(1);
+    queue.push(Fragile(0, movesToFailure));
+    std::atomic<int> failures = 0;
+    std::atomic<int> appended = 0;
+    const auto produce = [&] {
+        try {
+            queue.push(Fragile(1, movesToFailure));
+            ++appended;
+        } catch (const std::bad_alloc&) {
+            ++failures;
+        }
+    };
+    ScopedThread first(produce);
+    ScopedThread second(produce);
+    ASSERT_TRUE(someoneSleeps(2));
+    // The first move is that of `pop`, the second that of the thread that it wakes.
+    movesToFailure = 2;
+    EXPECT_EQ(queue.pop().number, 0);
+    EXPECT_TRUE(vek_test::becomesTrue([&] { return appended == 1; }));
+    EXPECT_EQ(failures, 1);
+    // Frees the second, if it still waits.
+    queue.clear();
 }
 
 // The code that `wait` fails with, if it fails as the standard library's conditions do.

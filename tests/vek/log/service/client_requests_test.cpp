@@ -38,7 +38,7 @@ class ClientRequests : public LogServiceTest {
 
 TEST_F(ClientRequests, DefaultLevelIsToldByName) {
     EXPECT_EQ(ask("get-default-scope:"), "default-scope:scope=WARN");
-    // Whatever stands behind the colon.
+    // Whatever follows the colon.
     EXPECT_EQ(ask("get-default-scope:a=1\x1Fscope=TRACE"), "default-scope:scope=WARN");
     EXPECT_EQ(errors.text(), "");
 }
@@ -110,7 +110,7 @@ TEST_F(ClientRequests, LevelsOfLoggersAreChangedOneByOne) {
               "change-scope:ack");
     EXPECT_EQ(levelOf("a"), log::TRACE);
     EXPECT_EQ(levelOf("b"), log::OFF);
-    // Of several for one logger the last stands.
+    // Of several for one logger the last counts.
     EXPECT_EQ(ask("change-scope:a=ERR\x1F"
                   "a=DEBUG"),
               "change-scope:ack");
@@ -174,7 +174,7 @@ TEST_F(ClientRequests, LoggersAreListedWithTheirLevelsOrAsDefault) {
     EXPECT_EQ(ask("agent-list:"),
               "agent-list:a=INFO\x1F"
               "b=default");
-    // Upper case first; a level of its own that is the default's is told as such.
+    // Upper case first. A level of its own that equals the default is reported as such.
     manager.getLogger("Z");
     EXPECT_EQ(ask("change-scope:b=WARN"), "change-scope:ack");
     EXPECT_EQ(ask("agent-list:x=1"),
@@ -257,6 +257,27 @@ TEST_F(ClientRequests, NetworkSinkIsToldWithItsPeer) {
     EXPECT_TRUE(sinks[0].ends_with("\x1Fmax_scope=INVALID\x1Fpeer=127.0.0.1:" +
                                    std::to_string(streaming->address().port())))
         << sinks[0];
+}
+
+TEST_F(ClientRequests, NetworkSinkOfAClientThatWasResetIsToldWithThePeerThatItHad) {
+    std::string peer;
+    {
+        const auto streaming = streamingClient();
+        std::ostringstream text;
+        text << streaming->address();
+        peer = text.str();
+        const linger reset = {1, 0};
+        streaming->socket.setOption(SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+    }
+    // The reset may be on its way, and the system then still knows the peer.
+    for (int i = 0; i < 10; ++i) {
+        ServiceClient client(port);
+        const std::vector<std::string> sinks = client.sinks();
+        ASSERT_EQ(sinks.size(), 1u);
+        EXPECT_TRUE(sinks[0].ends_with("\x1Fpeer=" + peer)) << sinks[0];
+        EXPECT_EQ(client.ask("get-default-scope:"), "default-scope:scope=WARN");
+        Sleep(20);
+    }
 }
 
 TEST_F(ClientRequests, NoMessageIsDispatchedDuringTheReplyAboutSinks) {

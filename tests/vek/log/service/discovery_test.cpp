@@ -131,7 +131,7 @@ TEST_F(Discovery, AllFiltersHaveToMatch) {
 }
 
 TEST_F(Discovery, FiltersAreTriedInTheirOrderAndTheFirstFailureEndsThem) {
-    // Neither the bad address nor the parameter that nobody knows is reported.
+    // Neither the bad address nor the unknown parameter is reported.
     EXPECT_TRUE(isRefused(wrongPid + "\x1Fip=bad\x1F"
                                      "foo=1"));
     EXPECT_TRUE(isRefused("name=other\x1Fip=bad"));

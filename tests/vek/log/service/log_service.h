@@ -21,8 +21,8 @@
 
 namespace vek::test {
 
-// An address of this host that nobody else uses: the port of discovery is shared by all processes
-// of an address, and each datagram reaches one of them only.
+// An address of this host that no other process uses: all processes share the discovery port
+// of an address, and each datagram reaches only one of them.
 inline std::string ownLoopbackAddress() {
     std::random_device random;
     std::uniform_int_distribution<int> part(1, 254);

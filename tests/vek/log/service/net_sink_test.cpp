@@ -16,14 +16,14 @@ class Streaming : public LogServiceTest {
   protected:
     void SetUp() override { start(); }
 
-    // The parameters that every message of this thread has, behind its text.
+    // The parameters that follow the text in every message of this thread.
     std::string stamp(const char* level, const log::Message& message) const {
         return "\x1Fpid=" + std::to_string(message.pid) + "\x1Fscope=" + level +
                "\x1Ftid=" + std::to_string(message.tid) +
                "\x1Fwhen=" + std::to_string(message.timestamp.getValue());
     }
 
-    // Submits, and gives the end of the telegram that is to come of it.
+    // Submits, and returns the end of the expected telegram.
     std::string submit(log::Logger& source, log::Message* message, const char* level) {
         const std::string expected = stamp(level, *message);
         source.submit(message);
@@ -308,7 +308,7 @@ TEST_F(Streaming, MessagesReachManyClientsWhileLevelsChange) {
             clients.push_back(streamingClient());
         }
         streamWhileLevelsChange(port, logger, clients);
-        // What is left over from the last round would stand ahead of the next.
+        // A message left over from this round would come before those of the next.
         clients.clear();
         EXPECT_TRUE(eventually([&] {
             VEK_LOG(logger, log::WARN, "flush");

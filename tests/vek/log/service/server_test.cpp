@@ -175,6 +175,25 @@ TEST_F(ServerLife, ClientsStayConnectedThroughStopAndAreClosedByTheDestructor) {
     EXPECT_EQ(errors.text(), "");
 }
 
+TEST_F(ServerLife, LevelsAreNotSavedOnceTheLogHasShutDown) {
+    start();
+    ServiceClient client(port);
+    manager.shutdown();
+    EXPECT_EQ(client.ask("persist-config:"), "persist-config:error=The log has been shut down.");
+    EXPECT_EQ(client.ask("get-default-scope:"), "default-scope:scope=WARN");
+}
+
+TEST_F(ServerLife, ClientForMessagesIsClosedOnceTheLogHasShutDown) {
+    start();
+    manager.shutdown();
+    ServiceClient client(port);
+    client.send("get-messages:");
+    EXPECT_TRUE(client.isClosedByServer());
+    EXPECT_EQ(sinkCount(), 0u);
+    // Others are served.
+    EXPECT_EQ(ServiceClient(port).ask("get-default-scope:"), "default-scope:scope=WARN");
+}
+
 TEST_F(ServerLife, ServerThatWasNeverStartedHasNoClientToWaitFor) {
     EXPECT_EQ(textThrownBy<RuntimeError>([this] { server->waitForClient(); }),
               "Server was not initialized");

@@ -38,11 +38,11 @@ class ServiceClients : public LogServiceTest {
                 ASSERT_EQ(clients.back()->ask(request), reply) << clients.size();
             }
         }
-        // Served, so that those ahead of it have been accepted.
+        // Served, so that earlier ones have been accepted.
         EXPECT_NE(discovery->ask("discover-request:"), "");
     }
 
-    // Begins to stop, and gives it time. True if it is over.
+    // Begins to stop, and waits a while. True if it has ended.
     bool hasStopped() {
         stopping = std::make_unique<vek_test::ScopedThread>([this] {
             server->stop();

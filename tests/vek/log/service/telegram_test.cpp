@@ -24,7 +24,7 @@ std::string textOf(const Telegram& telegram) {
     return text;
 }
 
-// Texts of the tests have a bar where the separator of parameters stands.
+// Texts of the tests have a bar instead of the separator of parameters.
 std::string wire(std::string text) {
     for (char& c : text) {
         c = c == '|' ? '\x1F' : c;
@@ -372,7 +372,7 @@ TEST(Telegram, NoiseIsEitherATelegramThatComesBackOrAnError) {
             continue;
         }
         ASSERT_NE(text.find(':'), std::string::npos);
-        // An empty entry is dropped by the next reader, as told; nothing else changes.
+        // An empty entry is dropped by the next reader; nothing else changes.
         const std::string written = textOf(telegram);
         Telegram again;
         again.parse(written);

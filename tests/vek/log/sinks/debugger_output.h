@@ -26,7 +26,7 @@ class DebuggerOutput {
         if (record.ExceptionCode != debugPrint || record.NumberParameters < 2) {
             return EXCEPTION_CONTINUE_SEARCH;
         }
-        // The size, with the NUL behind it, and the address.
+        // The size, including the NUL, and the address.
         taken.emplace_back(reinterpret_cast<const char*>(record.ExceptionInformation[1]),
                            record.ExceptionInformation[0] - 1);
         return EXCEPTION_CONTINUE_EXECUTION;

@@ -29,7 +29,7 @@ class FileSinkFailureTest : public vek::test::FileSinkTest {
         return settings();
     }
 
-    // What stands in `x.log` ahead of the lines of the tests.
+    // What `x.log` contains before the lines of the tests.
     static std::string ahead() { return std::string(1023, 'x') + "\n"; }
 
     // The report of a rotation that failed for a move from `from` to `to` in the directory.
@@ -117,6 +117,48 @@ TEST_F(FileSinkFailureTest, ReaderThatLetsNobodyRenameTheFileStopsItsRotation) {
     storeMany(sink, 99, 101);
     EXPECT_EQ(names(), (Names{"x.log", "x.log.old.1"}));
     EXPECT_EQ(readFile("x.log.old.1"), ahead() + lines(200));
+}
+
+// The system's stamp of the last change to `path`, its name included.
+std::int64_t changeTimeOf(const std::string& path) {
+    const HANDLE file = CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, vek::test::shareAll,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    FILE_BASIC_INFO info = {};
+    EXPECT_NE(GetFileInformationByHandleEx(file, FileBasicInfo, &info, sizeof info), 0);
+    CloseHandle(file);
+    return info.ChangeTime.QuadPart;
+}
+
+TEST_F(FileSinkFailureTest, LaterAttemptsLeaveTheArchivesAloneWhileAReaderHoldsTheFile) {
+    FileSinkConfig config = rotatingEachHundred();
+    config.max_archives = 4;
+    FileSink sink(config);
+    writeArchives({"x.log.old.1", "x.log.old.2", "x.log.old.4", "x.log.old.7"});
+    {
+        const HeldFile reader(path("x.log"), FILE_SHARE_READ | FILE_SHARE_WRITE);
+        const CapturedErrors errors;
+        storeMany(sink, 100);
+        const std::string report = reportOfMove("x.log", "x.log.old.1", 32);
+        EXPECT_EQ(errors.text(), report);
+        const Names shifted{"x.log", "x.log.old.2", "x.log.old.3", "x.log.old.4"};
+        EXPECT_EQ(names(), shifted);
+        const std::int64_t before = changeTimeOf(path("x.log.old.3"));
+        // Longer than the stamp's grain.
+        Sleep(50);
+        storeMany(sink, 100, 100);
+        EXPECT_EQ(errors.text(), report + report);
+        EXPECT_EQ(names(), shifted);
+        EXPECT_EQ(changeTimeOf(path("x.log.old.3")), before);
+        // One that has gone meanwhile is made up for.
+        ASSERT_NE(DeleteFileA(path("x.log.old.3").c_str()), 0);
+        storeMany(sink, 100, 200);
+        EXPECT_EQ(names(), (Names{"x.log", "x.log.old.2", "x.log.old.3"}));
+        EXPECT_EQ(readFile("x.log.old.3"), "x.log.old.4");
+    }
+    storeMany(sink, 100, 300);
+    EXPECT_EQ(readFile("x.log.old.1"), ahead() + lines(400));
+    EXPECT_EQ(readFile("x.log.old.2"), "x.log.old.1");
+    EXPECT_EQ(readFile("x.log.old.3"), "x.log.old.4");
 }
 
 TEST_F(FileSinkFailureTest, TargetThatExistsIsNotReplaced) {

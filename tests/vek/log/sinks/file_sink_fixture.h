@@ -1,5 +1,5 @@
 // What the tests of the file sink share: a directory of their own with the log file "x.log", and
-// ways to tell what has become of it.
+// ways to look at the results.
 #pragma once
 
 #include <algorithm>

@@ -12,6 +12,7 @@
 #include "tests/vek/log/captured_errors.h"
 #include "tests/vek/log/sinks/file_sink_fixture.h"
 #include "tests/vek/log/sinks/gzip_programs.h"
+#include "tests/vek/thread/lock_support.h"
 #include "vek/base/environment.h"
 #include "vek/exception.h"
 #include "vek/log/sinks/file_sink.h"
@@ -122,6 +123,21 @@ TEST_F(FileSinkGzipTest, WithoutOneArchivesStayUncompressedInSilence) {
     vek::setEnv("PATH", workingGzip());
     sink.rotate();
     EXPECT_EQ(names(), (Names{"x.log", "x.log.old.1", "x.log.old.2", "x.log.old.3"}));
+    EXPECT_EQ(errors.text(), "");
+}
+
+TEST_F(FileSinkGzipTest, OnASystemWithoutConditionsArchivesStayUncompressedInSilence) {
+    const vek_test::LookedUpIn library{vek_test::olderLibrary, vek_test::olderLibrary};
+    const CapturedErrors errors;
+    FileSink sink(compressing());
+    for (int i = 1; i <= 2; ++i) {
+        store(sink, std::to_string(i));
+        sink.rotate();
+    }
+    store(sink, "3");
+    EXPECT_EQ(names(), (Names{"x.log", "x.log.old.1", "x.log.old.2"}));
+    EXPECT_EQ(readFile("x.log.old.1"), "2\r\n");
+    EXPECT_EQ(readFile("x.log"), "3\r\n");
     EXPECT_EQ(errors.text(), "");
 }
 

@@ -36,7 +36,7 @@ class FileSinkRotationTest : public vek::test::FileSinkTest {
         sink.rotate();
     }
 
-    // The names in the directory, each with the content of its file behind it.
+    // The names in the directory, each followed by the content of its file.
     Names contents() const {
         Names found;
         for (const std::string& name : names()) {
@@ -183,6 +183,45 @@ TEST_F(FileSinkRotationTest, DotsInTheNamesOfDirectoriesDoNoHarm) {
         EXPECT_FALSE(std::filesystem::exists(path(directory + "\\log.old.3")));
     }
     EXPECT_EQ(names(), (Names{".old.7", "a..b.gz", "d.log", "v1.old.2"}));
+}
+
+TEST_F(FileSinkRotationTest, SeparatorsOfThePathMayBeSlashes) {
+    ASSERT_NE(CreateDirectoryA(path("d").c_str(), nullptr), 0);
+    std::string directory = path("d");
+    std::replace(directory.begin(), directory.end(), '\\', '/');
+    for (const std::string& file :
+         {directory + "/x.log", directory + "\\x.log", path("d") + "/x.log"}) {
+        FileSinkConfig config = settings();
+        config.path = file;
+        FileSink sink(config);
+        for (int i = 1; i <= 5; ++i) {
+            store(sink, std::to_string(i));
+            ASSERT_NO_THROW(sink.rotate()) << file;
+        }
+        EXPECT_EQ(readFile("d\\x.log.old.1"), "5\r\n") << file;
+        EXPECT_EQ(readFile("d\\x.log.old.2"), "4\r\n") << file;
+        EXPECT_EQ(readFile("d\\x.log.old.3"), "3\r\n") << file;
+        EXPECT_EQ(readFile("d\\x.log.old.4"), "") << file;
+        EXPECT_EQ(names(), Names{"d"});
+    }
+}
+
+TEST_F(FileSinkRotationTest, FilesOfTheSameNameInTheCurrentDirectoryAreLeftAlone) {
+    ASSERT_NE(CreateDirectoryA(path("d").c_str(), nullptr), 0);
+    ASSERT_NE(CreateDirectoryA(path("current").c_str(), nullptr), 0);
+    writeFile("current\\x.log.old.2", "foreign");
+    writeFile("d\\x.log.old.2", "own");
+    char before[MAX_PATH] = {};
+    GetCurrentDirectoryA(sizeof before, before);
+    FileSinkConfig config = settings();
+    config.path = path("d") + "/x.log";
+    FileSink sink(config);
+    ASSERT_NE(SetCurrentDirectoryA(path("current").c_str()), 0);
+    EXPECT_NO_THROW(sink.rotate());
+    SetCurrentDirectoryA(before);
+    EXPECT_EQ(readFile("current\\x.log.old.2"), "foreign");
+    EXPECT_EQ(readFile("d\\x.log.old.2"), "own");
+    EXPECT_EQ(readFile("d\\x.log.old.1"), "");
 }
 
 TEST_F(FileSinkRotationTest, FileThatHasGoneMakesNoArchiveButTheOthersMoveUp) {

@@ -18,7 +18,7 @@ inline std::string programDirectory() {
     return std::filesystem::path(name).parent_path().string();
 }
 
-// Where the working gzip stands, and the one that does what its variables say.
+// The directories of the working gzip, and of one that does what its variables say.
 inline std::string workingGzip() {
     return programDirectory() + "\\gzip";
 }

@@ -32,7 +32,7 @@ void expectColor(const ColorSpec& color, const Row& row) {
     EXPECT_FALSE(color.force);
 }
 
-// Read ahead of main.
+// Read before main.
 const ColorSpec readEarly = levelColor(DEFAULT);
 
 TEST(LevelColors, EachLevelHasItsColor) {

@@ -62,7 +62,7 @@ constexpr struct {
     {"{timestamp_s}", 6}, {"{attrs}", 7}, {"{color_start}", 8}, {"{color_end}", 9},
 };
 
-// Compiled ahead of main.
+// Compiled before main.
 const Tokens compiledEarly = compileFormat("a{timestamp_s}b{agent}");
 
 TEST(FormatToken, HasItsTextAheadOfItsKeyword) {

@@ -154,7 +154,7 @@ TEST(PrintFormatted, GivesTheDateInLocalTimeWithoutMilliseconds) {
     }
     EXPECT_TRUE(std::regex_match(formatted(message, "{date}"),
                                  std::regex("2024-0[23]-(28|29|01) \\d\\d:\\d5:09")));
-    // The half second ahead of 1970 is cut towards it.
+    // The half second before 1970 is truncated towards it.
     message.setTime(-500);
     EXPECT_EQ(formatted(message, "{date}"), localTime(0, "%Y-%m-%d %H:%M:%S"));
 }

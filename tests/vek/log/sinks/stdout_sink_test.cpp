@@ -287,7 +287,7 @@ TEST_F(StdoutSinkTest, ForcedColorsOnAFileOrAPipeAreAnErrorOfTheSystem) {
         for (Target* const target : {static_cast<Target*>(&pipe), static_cast<Target*>(&file)}) {
             const std::string left =
                 leftByAFailure(*target, withoutFlags(), static_cast<Level>(level));
-            // A level without a colour fails where the colours end, behind its text.
+            // A level without a colour fails at the end of the colours, after its text.
             EXPECT_EQ(left.empty(), touches) << level << left;
             EXPECT_EQ(left.find('\n'), std::string::npos) << left;
         }
