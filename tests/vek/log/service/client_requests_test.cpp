@@ -271,11 +271,11 @@ TEST_F(ClientRequests, NetworkSinkOfAClientThatWasResetIsToldWithThePeerThatItHa
     }
     // The reset may be on its way, and the system then still knows the peer.
     for (int i = 0; i < 10; ++i) {
-        ServiceClient client(port);
-        const std::vector<std::string> sinks = client.sinks();
+        ServiceClient asker(port);
+        const std::vector<std::string> sinks = asker.sinks();
         ASSERT_EQ(sinks.size(), 1u);
         EXPECT_TRUE(sinks[0].ends_with("\x1Fpeer=" + peer)) << sinks[0];
-        EXPECT_EQ(client.ask("get-default-scope:"), "default-scope:scope=WARN");
+        EXPECT_EQ(asker.ask("get-default-scope:"), "default-scope:scope=WARN");
         Sleep(20);
     }
 }
