@@ -1,4 +1,4 @@
-# Shared by the scripts of this folder: where things stand, how to talk to the user, and how to run Wine.
+# Shared by the scripts of this folder: paths, messages to the user, and how to run Wine.
 # Sourced, never run.
 
 set -euo pipefail
@@ -23,7 +23,7 @@ show_help() {
   sed -n '2,/^[^#]/{s/^# \{0,1\}//p}' "$0"
 }
 
-# The Wine settings that every run shares. A prefix always stands below build/wine, never in the home directory.
+# The Wine settings that every run shares. A prefix is always below build/wine, never in the home directory.
 wine_environment() {
   export WINEPREFIX=$1 WINEARCH=win32 WINEDEBUG=${WINEDEBUG:--all}
   # winedbg would print pages for a crashed test, winemenubuilder write into the home directory, and the other two
