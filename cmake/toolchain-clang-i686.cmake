@@ -15,11 +15,14 @@ set(CMAKE_CXX_COMPILER_TARGET i686-w64-mingw32)
 set(CMAKE_AR i686-w64-mingw32-ar)
 set(CMAKE_RANLIB i686-w64-mingw32-ranlib)
 
-# Without a root of its own clang would add the headers of this machine. The cross compiler's C++ library keeps
-# thread-local variables without the help of the system (-femulated-tls).
+# With this root clang doesn't add the headers of this machine. The cross compiler's C++ library keeps thread-local
+# variables without the help of the system (-femulated-tls), and has the comparison of type_info as a function of its own,
+# which an inline one would be at odds with.
 set(CMAKE_C_FLAGS_INIT "--sysroot=/usr/i686-w64-mingw32")
-set(CMAKE_CXX_FLAGS_INIT "${CMAKE_C_FLAGS_INIT} -femulated-tls -nostdinc++")
+set(CMAKE_CXX_FLAGS_INIT "${CMAKE_C_FLAGS_INIT} -femulated-tls -D__GXX_TYPEINFO_EQUALITY_INLINE=0")
 foreach(folder "" /i686-w64-mingw32 /backward)
   string(APPEND CMAKE_CXX_FLAGS_INIT " -isystem ${runtime}/include/c++${folder}")
 endforeach()
-string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -pthread -B${runtime} -L${runtime}")
+foreach(kind EXE SHARED MODULE)
+  string(APPEND CMAKE_${kind}_LINKER_FLAGS_INIT " -pthread -B${runtime} -L${runtime}")
+endforeach()
