@@ -1,5 +1,5 @@
-// "Putting the old version back" of README.md, line by line as it is there, from every state of its
-// table that refers to it, with services that take 3 seconds to stop.
+// Runs the lines of "Putting the old version back" of README.md, from every state of its table that
+// refers to them, with services that take 3 seconds to stop.
 #include <array>
 #include <fstream>
 #include <sstream>
@@ -72,13 +72,13 @@ class WayBack : public support::HelperFixture, public testing::WithParamInterfac
         behave(2, "stop-delay-ms", stopDelayMs);
     }
 
-    // What the update has made of the files: version 1 is kept, version 2 installed.
+    // Makes the files those of an update: version 1 is kept, version 2 installed.
     void layUpdate() {
         ASSERT_NE(MoveFileA(installed().c_str(), kept().c_str()), 0) << GetLastError();
         support::copyFile(fresh(), installed());
     }
 
-    // Gives the lines to the shell. What each of them reports isn't looked at.
+    // Passes the lines to the shell and ignores their exit codes.
     void putTheOldVersionBack() {
         const CurrentDirectory inInstallation(installedDirectory);
         for (const std::string& line : linesOfTheReadme()) {
@@ -92,7 +92,7 @@ class WayBack : public support::HelperFixture, public testing::WithParamInterfac
         }
     }
 
-    // As PowerShell does it: two of the names are its own, every other is a program's.
+    // As PowerShell does: two of the names are its own commands, the others are programs.
     void runInPowerShell(const std::string& line) {
         std::istringstream words(line);
         std::string name;
@@ -176,7 +176,7 @@ TEST_P(WayBack, LeadsFromAHelperThatWaitsForANewVersionToStart) {
     const auto helper = startHelper(installedDirectory);
     ASSERT_TRUE(TolmarService::waitForState(SERVICE_START_PENDING, limitMs));
     expectTheOldVersionBack();
-    EXPECT_TRUE(helper->waitForEnd(0)) << "the helper was to be ended";
+    EXPECT_TRUE(helper->waitForEnd(0)) << "the lines should have ended the helper";
 }
 
 TEST_P(WayBack, LeadsFromAHelperThatWaitsForANewVersionThatStaysStopped) {
@@ -186,7 +186,7 @@ TEST_P(WayBack, LeadsFromAHelperThatWaitsForANewVersionThatStaysStopped) {
     const auto helper = startHelper(installedDirectory);
     ASSERT_TRUE(support::waitUntil([&] { return journal().ends_with("2 stopped"); }, limitMs));
     expectTheOldVersionBack();
-    EXPECT_TRUE(helper->waitForEnd(0)) << "the helper was to be ended";
+    EXPECT_TRUE(helper->waitForEnd(0)) << "the lines should have ended the helper";
 }
 
 INSTANTIATE_TEST_SUITE_P(In, WayBack, testing::Values(Shell::cmd, Shell::powerShell),
