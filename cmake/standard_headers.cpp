@@ -1,0 +1,1 @@
+// The precompiled header of cmake/options.cmake belongs to a target, and a target needs a source.
