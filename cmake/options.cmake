@@ -38,34 +38,6 @@ if(VEK_CHECKED)
   target_compile_options(vek_options INTERFACE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
 endif()
 
-# The standard headers that most sources include are compiled once: that saves a third of the time. They are no substitute for
-# includes: a build with a compiler cache does without, as a precompiled header isn't the same in another checkout.
-if(NOT MSVC AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  add_library(vek_headers OBJECT cmake/standard_headers.cpp)
-  target_link_libraries(vek_headers PRIVATE vek_options)
-  target_precompile_headers(
-    vek_headers
-    PRIVATE
-    <algorithm>
-    <array>
-    <cstdint>
-    <functional>
-    <iostream>
-    <map>
-    <memory>
-    <optional>
-    <sstream>
-    <string>
-    <vector>)
-endif()
-
-# use_standard_headers(TARGET): compiles it with these.
-function(use_standard_headers target)
-  if(TARGET vek_headers)
-    target_precompile_headers(${target} REUSE_FROM vek_headers)
-  endif()
-endfunction()
-
 # vek_library(NAME SOURCE... [HEADERS HEADER...] LINKS LIBRARY...): the library of one folder or chief header. It links what
 # is below it, and nothing else is visible to it, so that an arrow upwards doesn't link.
 # HEADERS are the public ones: `cmake --install` installs these and no others, and public headers include only these.
@@ -76,7 +48,6 @@ function(vek_library name)
   target_compile_features(vek_${name} PUBLIC cxx_std_20)
   target_link_libraries(vek_${name} PUBLIC $<BUILD_INTERFACE:vek_options> ${arg_LINKS})
   add_library(vek::${name} ALIAS vek_${name})
-  use_standard_headers(vek_${name})
   vek_package_target(${name})
 endfunction()
 
