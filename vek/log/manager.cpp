@@ -40,9 +40,13 @@ void Manager::end() {
         }
         if (hasFailed) {
             // No worker will take a stop mark off the queue. Frees a `shutdown` that waits for room
-            // for its own.
+            // for its own, which other threads may take up at once.
+            std::unique_lock<std::mutex> guard(lifecycle, std::defer_lock);
             queue.clear();
-            const std::lock_guard<std::mutex> guard(lifecycle);
+            while (!guard.try_lock()) {
+                Sleep(1);
+                queue.clear();
+            }
             if (thread.getId() != 0) {
                 finishShutdown();
             }
