@@ -46,10 +46,9 @@ TEST_F(ClientHarm, UnreadAnswersAboutSinksBlockTheLogUntilTheClientEnds) {
     }
     log::Logger& logger = *manager.getLogger("x");
     ServiceClient client(port);
-    const int smallBuffer = 4096;
-    client.socket.setOption(SOL_SOCKET, SO_RCVBUF, &smallBuffer, sizeof smallBuffer);
+    EXPECT_EQ(client.ask("change-scope:"), "change-scope:ack");
     std::unique_ptr<Blocked> loggerMaker;
-    // Each answer is some 130 KB; the system's buffers may take several.
+    // Each answer is some 130 KB; the system's buffers take several.
     for (int i = 0; i < 1000 && loggerMaker == nullptr; ++i) {
         client.send("evidence-info:");
         auto maker = std::make_unique<Blocked>([this] { manager.getLogger("late"); });
@@ -57,7 +56,7 @@ TEST_F(ClientHarm, UnreadAnswersAboutSinksBlockTheLogUntilTheClientEnds) {
             loggerMaker = std::move(maker);
         }
     }
-    ASSERT_NE(loggerMaker, nullptr);
+    ASSERT_NE(loggerMaker, nullptr) << errors.text();
     Blocked levelSetter([this] { manager.setDefaultLevel(log::INFO); });
     logger.emit(log::WARN, "held");
     EXPECT_TRUE(loggerMaker->lasts(observeMs));
