@@ -101,10 +101,10 @@ class Server : public thread::Runnable, public NoCopy {
     bool handleClient(Client& client);
     void streamMessages(Client& client);
 
-    // A client has asked for messages. Guarded by `clientSignal`, like the next.
-    bool clientConnected = false;
+    // A client has asked for messages.
+    bool clientConnected VEK_GUARDED_BY(clientSignal) = false;
     // The thread serves nobody any more.
-    bool serviceEnded = false;
+    bool serviceEnded VEK_GUARDED_BY(clientSignal) = false;
     thread::Condition clientSignal;
     net::UDPSocket discoverySocket{false};
     net::WakeupChannel wakeup;
