@@ -34,14 +34,18 @@ Follower::~Follower() {
 }
 
 void Follower::setProcess(Process now) {
-    const std::lock_guard guard(labelLock);
-    processLabel = now.label();
+    const std::lock_guard guard(processLock);
     process = std::move(now);
 }
 
 std::string Follower::label() const {
-    const std::lock_guard guard(labelLock);
-    return processLabel;
+    const std::lock_guard guard(processLock);
+    return process ? process->label() : "";
+}
+
+std::optional<Process> Follower::lastProcess() const {
+    const std::lock_guard guard(processLock);
+    return process;
 }
 
 void Follower::run() {

@@ -47,6 +47,9 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     // The label of the process that is or was followed last. Thread-safe.
     std::string label() const;
 
+    // That process. None if none was found yet. Thread-safe.
+    std::optional<Process> lastProcess() const;
+
   private:
     void followOnce();
     void readMessages(Client& client);
@@ -59,9 +62,8 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     const FollowerContext context;
     const std::size_t source;
     const Selection selection;
-    std::optional<Process> process;
-    mutable std::mutex labelLock;
-    std::string processLabel;  // guarded by `labelLock`
+    mutable std::mutex processLock;
+    std::optional<Process> process;  // changed by the thread alone, with the lock held
     bool wasConnected = false;
     vek::thread::Thread thread;
 };
