@@ -52,7 +52,9 @@ bool isEndedByCollector(const std::exception& error) {
 Sender::Sender(CollectorAddress target, std::size_t mostFrames, SendBuffer::MakeLossFrame lossFrame)
     : collector(std::move(target)),
       buffer(mostFrames,
-             [this, lossFrame = std::move(lossFrame)](std::uint64_t count, std::uint32_t number) {
+             [this, lossFrame = std::move(lossFrame)](std::uint64_t count,
+                                                      std::uint32_t number) VEK_NO_LOCK_ANALYSIS {
+                 // The buffer is used under the lock.
                  addNotice(std::to_string(count) +
                            " messages were lost, as the collector was away or too slow; --buffer "
                            "keeps more");
@@ -78,7 +80,6 @@ void Sender::addLost(std::uint64_t count) {
     condition.wakeOne();
 }
 
-// The caller holds the mutex.
 void Sender::addNotice(std::string text) {
     notices.push_back(std::move(text));
 }

@@ -12,6 +12,7 @@
 #include "tools/log_application/forward/collector_address.h"
 #include "tools/log_application/forward/collector_socket.h"
 #include "tools/log_application/forward/send_buffer.h"
+#include "vek/base/compiler.h"
 #include "vek/thread/condition.h"
 #include "vek/thread/runnable.h"
 #include "vek/thread/thread.h"
@@ -67,14 +68,14 @@ class Sender : public vek::thread::Runnable, public vek::NoCopy {
     void pause(std::int64_t milliseconds);
     bool isFinishing();
     bool isOver();
-    void addNotice(std::string text);
+    void addNotice(std::string text) VEK_REQUIRES(condition);
 
     const CollectorAddress collector;
     vek::thread::Condition condition;
-    // These are guarded by the condition's mutex.
-    SendBuffer buffer;
-    std::vector<std::string> notices;
-    std::optional<std::int64_t> finishAt;  // when the thread has to end; none until `finish`
+    SendBuffer buffer VEK_GUARDED_BY(condition);
+    std::vector<std::string> notices VEK_GUARDED_BY(condition);
+    // When the thread has to end; none until `finish`.
+    std::optional<std::int64_t> finishAt VEK_GUARDED_BY(condition);
     // These are used on the thread alone.
     std::unique_ptr<CollectorSocket> socket;
     bool isSaidAway = false;
