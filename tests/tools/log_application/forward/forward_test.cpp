@@ -79,7 +79,7 @@ TEST_F(ForwardTest, FiltersAsTail) {
     });
     ScriptedCollector collector(readAll);
     const ToolResult result =
-        runTool("forward --timeout 2s --level INFO --logger net --exclude noise --include net " +
+        runTool("forward --timeout 5s --level INFO --logger net --exclude noise --include net " +
                 server.connect() + " " + collector.to());
     EXPECT_EQ(result.code, static_cast<DWORD>(exitDone)) << result.errors;
     EXPECT_EQ(collector.texts(), (Texts{"net up"}));
@@ -88,7 +88,7 @@ TEST_F(ForwardTest, FiltersAsTail) {
 TEST_F(ForwardTest, AProcessKnownByItsPortHasNoName) {
     ScriptedServer server(logging(1));
     ScriptedCollector collector(readAll);
-    runTool("forward --timeout 2s " + server.connect() + " " + collector.to());
+    runTool("forward --timeout 5s " + server.connect() + " " + collector.to());
     ASSERT_EQ(collector.messages().size(), 1u);
     EXPECT_TRUE(holds(collector.messages()[0], " - 4242 demo ")) << collector.messages()[0];
 }
@@ -113,7 +113,7 @@ TEST_F(ForwardTest, FollowsTheProcessAgainAfterItsEnd) {
 TEST_F(ForwardTest, EndsWith3IfTheCollectorIsNeverThere) {
     ScriptedServer server(logging(2));
     const std::string port = std::to_string(freePort());
-    const ToolResult result = runTool("forward --timeout 1s --to syslog+tcp://127.0.0.1:" + port +
+    const ToolResult result = runTool("forward --timeout 8s --to syslog+tcp://127.0.0.1:" + port +
                                       " " + server.connect());
     EXPECT_EQ(result.code, static_cast<DWORD>(exitLost));
     EXPECT_TRUE(holds(result.errors, "the collector 127.0.0.1:" + port + " can't be reached: "))
@@ -133,7 +133,7 @@ TEST_F(ForwardTest, EndsWith0IfThereWasNothingToSend) {
 TEST_F(ForwardTest, AHostNameThatIsUnknownIsTriedAgain) {
     ScriptedServer server(logging(1));
     const ToolResult result =
-        runTool("forward --timeout 1s --to syslog+tcp://nosuch.invalid:601 " + server.connect());
+        runTool("forward --timeout 8s --to syslog+tcp://nosuch.invalid:601 " + server.connect());
     EXPECT_EQ(result.code, static_cast<DWORD>(exitLost));
     EXPECT_TRUE(holds(result.errors, "the collector nosuch.invalid:601 can't be reached: "))
         << result.errors;
@@ -263,7 +263,7 @@ TEST_F(ForwardTest, ACollectorThatNeverEndsTheConnectionDoesNotHoldUpTheEnd) {
         connection.readAll();
         connection.holdOn();
     });
-    ToolRun run("forward --timeout 1s " + server.connect() + " " + collector.to());
+    ToolRun run("forward --timeout 5s " + server.connect() + " " + collector.to());
     const DWORD start = GetTickCount();
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitDone)) << run.errors();
     EXPECT_LT(GetTickCount() - start, 20'000u);
@@ -284,7 +284,7 @@ TEST_F(ForwardTest, SeveralProcessesAreSentMergedByTime) {
     ScriptedServer even(script(1000));
     ScriptedServer odd(script(1001));
     ScriptedCollector collector(readAll);
-    runTool("forward --timeout 3s " + even.connect() + " " + odd.connect() + " " + collector.to());
+    runTool("forward --timeout 6s " + even.connect() + " " + odd.connect() + " " + collector.to());
     Texts expected;
     for (int i = 1000; i < 1040; ++i) {
         expected.push_back(std::to_string(i));
@@ -297,7 +297,7 @@ TEST_F(ForwardTest, AwaitsEachNameByItself) {
     ScriptedDiscovery discovery(
         [&server](const std::string& id) { return helloOf(id, "alpha", server.port); });
     ScriptedCollector collector(readAll);
-    const ToolResult result = runTool("forward --timeout 3s --name beta --name alpha " +
+    const ToolResult result = runTool("forward --timeout 6s --name beta --name alpha " +
                                       discovery.host() + " " + collector.to());
     EXPECT_EQ(result.code, static_cast<DWORD>(exitDone)) << result.errors;
     EXPECT_TRUE(holds(result.errors,
