@@ -1,7 +1,10 @@
 // Children whose handles are closed though nobody has collected them.
+#include <array>
 #include <atomic>
 #include <thread>
 
+#include "tests/support/files.h"
+#include "tests/support/replaced_import.h"
 #include "tests/vek/proc/proc_test.h"
 #include "vek/proc/shepherd.h"
 #include "vek/thread/scope_guard.h"
@@ -129,23 +132,65 @@ TEST_F(ForgottenChild, IsNotTakenForALaterOneWithTheSameHandle) {
     EXPECT_EQ(waited(other).code, 4u);
 }
 
-TEST_F(ForgottenChild, CallbackIsNotCalled) {
+TEST_F(ForgottenChild, CallbackIsNotCalledAlsoNotForALaterChildWithTheSameHandle) {
     struct Callback final : vek::proc::IChildCallback {
         void childExited(Child&) override { ++calls; }
         std::atomic<int> calls = 0;
     } callback;
-    const NamedEvent end;
-    Child other;
-    {
-        Child child;
+    std::array<Child, 20> forgotten;
+    int sameHandle = 0;
+    for (Child& child : forgotten) {
+        const NamedEvent end;
         child.setNotifyCallback(&callback);
         startWaiting(child, end, "3");
+        const HANDLE handle = child.getProcess().hProcess;
         EXPECT_EQ(waitWithTheLockHeld(child), 1131u);
+        Child later;
+        prepare(later, {"exit", "7"});
+        later.start();
+        sameHandle += later.getProcess().hProcess == handle ? 1 : 0;
+        EXPECT_EQ(waited(later).code, 7u);
     }
-    startWaiting(other, end, "4");
-    end.set();
-    EXPECT_EQ(waited(other).code, 4u);
+    EXPECT_GT(sameHandle, 0);
+    // A call would be over before the next exit is noticed.
+    Child last;
+    prepare(last, {"exit", "8"});
+    last.start();
+    EXPECT_EQ(waited(last).code, 8u);
     EXPECT_EQ(callback.calls, 0);
+}
+
+std::atomic<bool> delaysWaits = false;
+std::atomic<bool> isDelayed = false;
+
+DWORD WINAPI waitLater(DWORD count, const HANDLE* handles, BOOL all, DWORD timeoutMs) {
+    // On two children and the shepherd's event.
+    if (delaysWaits && count == 3) {
+        isDelayed = true;
+        Sleep(300);
+    }
+    return WaitForMultipleObjectsEx(count, handles, all, timeoutMs, FALSE);
+}
+
+TEST_F(ForgottenChild, HandleStaysOpenUntilTheShepherdHasLeftItsWait) {
+    const support::ReplacedImport<decltype(&WaitForMultipleObjects)> replaced(
+        "WaitForMultipleObjects", waitLater);
+    const NamedEvent end;
+    const NamedEvent endOfOther;
+    Child child;
+    Child other;
+    startWaiting(other, endOfOther, "4");
+    testing::internal::CaptureStderr();
+    delaysWaits = true;
+    startWaiting(child, end, "3");
+    // The shepherd has copied the handles, and the system doesn't wait on them yet.
+    EXPECT_TRUE(support::waitUntil([] { return isDelayed.load(); }, vek::test::limitMs));
+    EXPECT_EQ(waitWithTheLockHeld(child), 1131u);
+    delaysWaits = false;
+    end.set();
+    endOfOther.set();
+    EXPECT_EQ(waited(other).code, 4u);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(ForgottenChild, ManyThreadsForgetAndStartAtOnce) {
