@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "vek/base/format.h"
+#include "vek/log/fast_numbers.h"
 #include "vek/log/manager.h"
 
 namespace vek::log {
@@ -13,7 +14,9 @@ Logger::Logger(Manager& owner, std::string loggerName, Level initialLevel, std::
       ownName(std::move(loggerName)),
       currentLevel(initialLevel),
       threshold(initialLevel),
-      pid(processId) {}
+      pid(processId) {
+    printNumbersFast(out);
+}
 
 void Logger::setLevel(Level newLevel, bool followDefault) {
     currentLevel.store(newLevel, std::memory_order_relaxed);
@@ -48,6 +51,7 @@ std::ostream& Logger::stream() {
     if (hasOldFormat.load(std::memory_order_relaxed)) {
         hasOldFormat.store(false, std::memory_order_relaxed);
         out.copyfmt(std::ios(nullptr));
+        printNumbersFast(out);
     }
     return out;
 }
