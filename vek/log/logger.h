@@ -8,12 +8,13 @@
 #include <cstdarg>
 #include <cstdint>
 #include <ostream>
-#include <sstream>
 #include <string>
+#include <string_view>
 
 #include "vek/base/no_copy.h"
 #include "vek/log/level.h"
 #include "vek/log/message.h"
+#include "vek/log/text_buffer.h"
 #include "vek/thread/mutex.h"
 
 namespace vek::log {
@@ -65,7 +66,10 @@ class Logger : public NoCopy {
     std::ostream& stream();
 
     // A copy of the stream's text. For the thread that holds the lock.
-    std::string streamText() const { return buffer.str(); }
+    std::string streamText() const { return std::string(buffer.view()); }
+
+    // Does as `emit` with the stream's text. For the thread that holds the lock.
+    void emitStream(Level messageLevel);
 
     // Unlocks this logger. For the thread that holds the lock.
     void releaseStream() { lock.unlock(); }
@@ -97,6 +101,7 @@ class Logger : public NoCopy {
     void submit(Message* message);
 
   private:
+    Message* reuse(Level messageLevel, std::string_view text) const;
     template <class Made>
     Made* make(Level messageLevel, std::string& text) const;
     template <class Made>
@@ -115,7 +120,7 @@ class Logger : public NoCopy {
     // The stream still has the format flags from before a shutdown.
     std::atomic<bool> hasOldFormat = false;
     // Keeps its memory from one statement to the next.
-    std::stringbuf buffer{std::ios_base::out};
+    TextBuffer buffer;
     std::ostream out{&buffer};
     thread::Mutex lock{true};
 };
