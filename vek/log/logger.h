@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/log/level.h"
 #include "vek/log/message.h"
@@ -63,16 +64,16 @@ class Logger : public NoCopy {
     // deliberately stay for the next statements. Throws OsError with code 1131
     // (ERROR_POSSIBLE_DEADLOCK) if this thread holds the lock already, as in a statement within a
     // statement on the same logger.
-    std::ostream& stream();
+    std::ostream& stream() VEK_ACQUIRE(lock);
 
     // A copy of the stream's text. For the thread that holds the lock.
-    std::string streamText() const { return std::string(buffer.view()); }
+    std::string streamText() const VEK_REQUIRES(lock) { return std::string(buffer.view()); }
 
     // Does as `emit` with the stream's text. For the thread that holds the lock.
-    void emitStream(Level messageLevel);
+    void emitStream(Level messageLevel) VEK_REQUIRES(lock);
 
     // Unlocks this logger. For the thread that holds the lock.
-    void releaseStream() { lock.unlock(); }
+    void releaseStream() VEK_RELEASE(lock) { lock.unlock(); }
 
     // --- messages ---
 
@@ -101,6 +102,9 @@ class Logger : public NoCopy {
     void submit(Message* message);
 
   private:
+    // Its annotations name the lock.
+    friend class StreamRelease;
+
     Message* reuse(Level messageLevel, std::string_view text) const;
     template <class Made>
     Made* make(Level messageLevel, std::string& text) const;
@@ -120,8 +124,8 @@ class Logger : public NoCopy {
     // The stream still has the format flags from before a shutdown.
     std::atomic<bool> hasOldFormat = false;
     // Keeps its memory from one statement to the next.
-    TextBuffer buffer;
-    std::ostream out{&buffer};
+    TextBuffer buffer VEK_GUARDED_BY(lock);
+    std::ostream out VEK_GUARDED_BY(lock){&buffer};
     thread::Mutex lock{true};
 };
 

@@ -7,6 +7,7 @@
 #include <deque>
 #include <utility>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/log/queue/queue_lock.h"
 
@@ -59,10 +60,13 @@ class BoundedQueue : public NoCopy {
   private:
     // Holds the lock. The end unlocks it, and then wakes who can go on: also if this thread leaves
     // by an exception, because it may have been woken for what it leaves to the others.
-    class Turn : public NoCopy {
+    class VEK_SCOPED_CAPABILITY Turn : public NoCopy {
       public:
-        explicit Turn(BoundedQueue& owner) : queue(owner) { queue.lock.lock(); }
-        ~Turn() {
+        explicit Turn(BoundedQueue& owner) VEK_ACQUIRE(owner.lock) : queue(owner) {
+            owner.lock.lock();
+        }
+        // In here the compiler doesn't know what the constructor has locked.
+        ~Turn() VEK_RELEASE() VEK_NO_LOCK_ANALYSIS {
             const std::size_t now = queue.elements.size();
             queue.size.store(now, std::memory_order_relaxed);
             const bool forElement = now != 0 && queue.lock.mustWake(QueueLock::notEmpty);
@@ -80,7 +84,7 @@ class BoundedQueue : public NoCopy {
         BoundedQueue& queue;
     };
 
-    std::deque<Element> elements;
+    std::deque<Element> elements VEK_GUARDED_BY(lock);
     const std::size_t capacity;
     // Of `elements`. Written with the lock held, read without it by a thread that looks again.
     std::atomic<std::size_t> size = 0;

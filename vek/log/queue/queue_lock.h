@@ -9,12 +9,13 @@
 #include <cstddef>
 #include <memory>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 
 namespace vek::log {
 
 // Thread-safe. Every operation throws std::system_error if the system fails.
-class QueueLock : public NoCopy {
+class VEK_CAPABILITY QueueLock : public NoCopy {
   public:
     enum Condition : std::size_t { notEmpty = 0, notFull = 1 };
 
@@ -23,8 +24,8 @@ class QueueLock : public NoCopy {
     ~QueueLock();
 
     // Lock (without a time-out) and unlock the mutex, which isn't recursive.
-    void lock();
-    void unlock();
+    void lock() VEK_ACQUIRE();
+    void unlock() VEK_RELEASE();
 
     // Call with the mutex held, while the condition doesn't hold and `size` is the size of the
     // queue: unlocks the mutex, blocks until the condition may hold, and locks it again. The mutex
@@ -32,19 +33,19 @@ class QueueLock : public NoCopy {
     //
     // One thread for each condition first looks for some microseconds whether `size` changes: going
     // to sleep and being woken takes longer than the other side mostly needs. The others sleep.
-    void wait(Condition condition, const std::atomic<std::size_t>& size);
+    void wait(Condition condition, const std::atomic<std::size_t>& size) VEK_REQUIRES(this);
 
     // Call with the mutex held, when `condition` holds: whether a sleeping thread must be woken for
     // it. If so, call `wake` once after unlocking. Returns false if a thread is on its way already,
     // woken or looking: it calls this when it leaves.
-    bool mustWake(Condition condition);
+    bool mustWake(Condition condition) VEK_REQUIRES(this);
 
     // Call without the mutex. Throws nothing.
     void wake(Condition condition);
 
   private:
-    void sleep(Condition condition);
-    void leave(Condition condition);
+    void sleep(Condition condition) VEK_REQUIRES(this);
+    void leave(Condition condition) VEK_REQUIRES(this);
 
     struct Native;
     struct Portable;
@@ -52,7 +53,7 @@ class QueueLock : public NoCopy {
     // One of the two is null.
     const std::unique_ptr<Native> native;
     const std::unique_ptr<Portable> portable;
-    // Of one condition. Accessed with the mutex held.
+    // Of one condition.
     struct Waiters {
         std::size_t sleeping = 0;
         // One of those has been woken, but doesn't run yet.
@@ -60,7 +61,7 @@ class QueueLock : public NoCopy {
         // Another thread looks for the condition without sleeping.
         bool isLooking = false;
     };
-    Waiters waiters[2];
+    Waiters waiters[2] VEK_GUARDED_BY(this);
 };
 
 }  // namespace vek::log
