@@ -1,12 +1,9 @@
 #include "vek/base/format.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <memory>
-#include <string>
 
 #include "vek/base/compiler.h"
 
@@ -14,15 +11,15 @@ namespace vek {
 
 namespace {
 
-// A text that fits into this costs one pass and no allocation beyond that of the result.
+// A text that fits into this costs one pass and no allocation beyond that of the result. A longer
+// one costs two, or three if its arguments are numbered out of order: the runtime's function for
+// these doesn't report the length of a text that doesn't fit.
 constexpr std::size_t firstSize = 1024;
-// The next room, for formats with arguments out of order: the runtime's function for these doesn't
-// report the length of a text that doesn't fit. A longer text is counted first.
-constexpr std::size_t secondSize = 32768;
+// With room for this much an error is taken for final.
+constexpr std::size_t sizeLimit = 32768;
 
 // Formats into `buffer` of `room` bytes. The result is the length of the whole text, which has been
-// stored and terminated only if it is less than `room`; negative for an error, and perhaps for a
-// text that doesn't fit. With a `room` of 0 it is the length, or negative for an error.
+// stored and terminated only if it is less than `room`; negative for an error.
 using Print = int (*)(char* buffer, std::size_t room, const char* pattern, std::va_list arguments);
 
 int printPlain(char* buffer, std::size_t room, const char* pattern, std::va_list arguments) {
@@ -37,18 +34,18 @@ int printPlain(char* buffer, std::size_t room, const char* pattern, std::va_list
 
 int printPositional(char* buffer, std::size_t room, const char* pattern, std::va_list arguments) {
     const QuietRuntimeErrors quiet;
-    // So that an end that is found was written.
-    std::fill_n(buffer, room, '\x1');
     std::va_list copy;
     va_copy(copy, arguments);
-    const int length =
-        room == 0 ? _vscprintf_p(pattern, copy) : _vsprintf_p(buffer, room, pattern, copy);
+    int length = _vsprintf_p(buffer, room, pattern, copy);
     va_end(copy);
-    // For a padded character that doesn't fit, the runtime may give the length before it, with no
-    // end there.
-    const bool isCut =
-        length >= 0 && static_cast<std::size_t>(length) < room && buffer[length] != '\0';
-    return isCut ? -1 : length;
+    // Either an error or a text that is too long; only the count shows which. For a padded
+    // character that doesn't fit, the runtime may give the length before it, with no end there.
+    if (length < 0 || (static_cast<std::size_t>(length) < room && buffer[length] != '\0')) {
+        va_copy(copy, arguments);
+        length = _vscprintf_p(pattern, copy);
+        va_end(copy);
+    }
+    return length;
 }
 
 #else
@@ -180,30 +177,28 @@ std::string formatv(const char* pattern, std::va_list arguments) {
         return {};
     }
     const Formatter print(pattern);
-    const auto fits = [](int length, std::size_t size) {
-        return length >= 0 && static_cast<std::size_t>(length) <= size;
-    };
     char first[firstSize + 1];
-    int length = print(first, sizeof first, arguments);
-    if (fits(length, firstSize)) {
+    std::size_t size = firstSize;
+    int length = print(first, size + 1, arguments);
+    if (length >= 0 && static_cast<std::size_t>(length) <= size) {
         return std::string(first, static_cast<std::size_t>(length));
     }
-    if (length < 0) {
-        const auto second = std::make_unique_for_overwrite<char[]>(secondSize + 1);
-        length = print(second.get(), secondSize + 1, arguments);
-        if (fits(length, secondSize)) {
-            return std::string(second.get(), static_cast<std::size_t>(length));
-        }
-        length = print(nullptr, 0, arguments);
-        if (length < 0) {
+    std::string result;
+    for (;;) {
+        if (length >= 0) {
+            size = static_cast<std::size_t>(length);
+        } else if (size >= sizeLimit) {
             return {};
+        } else {
+            size *= 2;
+        }
+        result.resize(size);
+        length = print(&result[0], size + 1, arguments);
+        if (length >= 0 && static_cast<std::size_t>(length) <= size) {
+            result.resize(static_cast<std::size_t>(length));
+            return result;
         }
     }
-    std::string result(static_cast<std::size_t>(length), '\0');
-    if (!fits(print(result.data(), result.size() + 1, arguments), result.size())) {
-        return {};
-    }
-    return result;
 }
 
 std::string format(const char* pattern, ...) {
