@@ -1,36 +1,18 @@
 // The hand-shake with a peer and the start of the GUI, with real events and a real GUI program.
 #include "tests/support/files.h"
 #include "tests/support/helper_fixture.h"
+#include "tests/support/peer_event.h"
 
 namespace {
 
+using support::event1Name;
+using support::event2Name;
 using support::limitMs;
 using support::Outcome;
-
-// The names under which the processes of all sessions meet, made here by the system's own call.
-constexpr char event1Name[] = "Global\\vektolmareventguiupdate1";
-constexpr char event2Name[] = "Global\\vektolmareventguiupdate2";
+using support::PeerEvent;
 
 // How long it is observed that something does not happen.
 constexpr DWORD observeMs = 1000;
-
-class Event : public vek::NoCopy {
-  public:
-    Event(const char* name, BOOL manualReset)
-        : handle(CreateEventA(nullptr, manualReset, FALSE, name)) {
-        EXPECT_NE(handle, nullptr) << GetLastError();
-        EXPECT_NE(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS)) << name;
-    }
-    ~Event() { CloseHandle(handle); }
-
-    void set() const { SetEvent(handle); }
-    bool waitFor(DWORD milliseconds) const {
-        return WaitForSingleObject(handle, milliseconds) == WAIT_OBJECT_0;
-    }
-
-  private:
-    HANDLE handle;
-};
 
 class GuiRestart : public support::HelperFixture {
   protected:
@@ -57,8 +39,8 @@ class GuiRestart : public support::HelperFixture {
 
     // The peer's side of a hand-shake: answers once the helper is up.
     void shakeHands(const std::string& tail, BOOL manualReset) {
-        const Event event1(event1Name, manualReset);
-        const Event event2(event2Name, manualReset);
+        const PeerEvent event1(event1Name, manualReset);
+        const PeerEvent event2(event2Name, manualReset);
         const auto helper = startHelper(tail);
         ASSERT_TRUE(event1.waitFor(limitMs)) << "the helper doesn't say that it is up";
         EXPECT_FALSE(helper->waitForEnd(observeMs)) << "the helper was to wait for the answer";
@@ -102,16 +84,16 @@ TEST_F(GuiRestart, TakesATailOf222Bytes) {
 
 TEST_F(GuiRestart, IgnoresATailOf223Bytes) {
     installIntoPathOfLength(223 - 12);
-    const Event event1(event1Name, FALSE);
-    const Event event2(event2Name, FALSE);
+    const PeerEvent event1(event1Name, FALSE);
+    const PeerEvent event2(event2Name, FALSE);
     event2.set();
     expectNoGui(runHelper("-restartgui " + installedDirectory));
     EXPECT_FALSE(event1.waitFor(0));
 }
 
 TEST_F(GuiRestart, IsServedAtOnceByAnAnswerThatCameFirst) {
-    const Event event1(event1Name, FALSE);
-    const Event event2(event2Name, FALSE);
+    const PeerEvent event1(event1Name, FALSE);
+    const PeerEvent event2(event2Name, FALSE);
     event2.set();
     const Outcome outcome = runHelper("-restartgui " + installedDirectory);
     EXPECT_EQ(outcome.exitCode, 0u);
@@ -125,21 +107,21 @@ TEST_F(GuiRestart, WithoutAPeerEndsAtOnce) {
 }
 
 TEST_F(GuiRestart, WithTheFirstEventAloneEndsAtOnceWithoutASignal) {
-    const Event event1(event1Name, FALSE);
+    const PeerEvent event1(event1Name, FALSE);
     expectNoGui(runHelper("-restartgui " + installedDirectory));
     EXPECT_FALSE(event1.waitFor(0));
 }
 
 TEST_F(GuiRestart, WithTheSecondEventAloneEndsAtOnce) {
-    const Event event2(event2Name, FALSE);
+    const PeerEvent event2(event2Name, FALSE);
     event2.set();
     expectNoGui(runHelper("-restartgui " + installedDirectory));
     EXPECT_TRUE(event2.waitFor(0)) << "nobody was to wait for it";
 }
 
 TEST_F(GuiRestart, DoesNotMeetAPeerWhoseEventsBelongToOneSession) {
-    const Event event1(event1Name + sizeof "Global\\" - 1, FALSE);
-    const Event event2(event2Name + sizeof "Global\\" - 1, FALSE);
+    const PeerEvent event1(event1Name + sizeof "Global\\" - 1, FALSE);
+    const PeerEvent event2(event2Name + sizeof "Global\\" - 1, FALSE);
     event2.set();
     expectNoGui(runHelper("-restartgui " + installedDirectory));
     EXPECT_FALSE(event1.waitFor(0));
@@ -147,8 +129,8 @@ TEST_F(GuiRestart, DoesNotMeetAPeerWhoseEventsBelongToOneSession) {
 
 TEST_F(GuiRestart, EndsWithZeroWhereThereIsNoGuiToStart) {
     ASSERT_NE(DeleteFileA(installed().c_str()), 0);
-    const Event event1(event1Name, FALSE);
-    const Event event2(event2Name, FALSE);
+    const PeerEvent event1(event1Name, FALSE);
+    const PeerEvent event2(event2Name, FALSE);
     event2.set();
     expectNoGui(runHelper("-restartgui " + installedDirectory));
     EXPECT_TRUE(event1.waitFor(0));

@@ -26,6 +26,8 @@ class ChildProcess : public vek::NoCopy {
     // Ends the process if it still runs.
     ~ChildProcess();
 
+    DWORD processId() const { return GetProcessId(process); }
+
     // Waits up to `limitMs` milliseconds for its end. True if it has ended.
     bool waitForEnd(DWORD limitMs);
 

@@ -161,8 +161,8 @@ class Configurator final : public IForkHandler,
     ConfiguratorOptions options;
     Manager& manager;
     // By name, also for loggers that are made later.
-    std::map<std::string, Level> loggerLevels;
-    // Guards loggerLevels once other threads run. Locked last.
+    std::map<std::string, Level> loggerLevels VEK_GUARDED_BY(levelsLock);
+    // Locked last.
     thread::Mutex levelsLock{true};
     std::string instanceName;
     Server server{this};

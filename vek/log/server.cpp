@@ -2,10 +2,10 @@
 
 #include <iostream>
 #include <optional>
-#include <source_location>
 #include <sstream>
 #include <utility>
 
+#include "vek/base/compiler.h"
 #include "vek/exception.h"
 #include "vek/log/manager.h"
 #include "vek/log/service/discovery.h"
@@ -109,7 +109,7 @@ bool Server::trySetCustomIP(net::IP4Address& address, const std::string& text,
         return true;
     } catch (const Exception& error) {
         std::ostringstream report;
-        report << std::source_location::current().function_name() << ": " << failureText << "\n\n"
+        report << VEK_FUNCTION_SIGNATURE << ": " << failureText << "\n\n"
                << error.printableText() << "\n";
         std::cerr << report.str() << std::flush;
         return false;

@@ -99,8 +99,8 @@ class Server : public thread::Runnable, public NoCopy {
     bool handleClient(Client& client);
     void streamMessages(Client& client);
 
-    // True once a client has asked for messages. Guarded by `clientSignal`.
-    bool clientConnected = false;
+    // True once a client has asked for messages.
+    bool clientConnected VEK_GUARDED_BY(clientSignal) = false;
     thread::Condition clientSignal;
     net::UDPSocket discoverySocket{false};
     net::WakeupChannel wakeup;

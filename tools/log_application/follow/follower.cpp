@@ -34,13 +34,13 @@ Follower::~Follower() {
 }
 
 void Follower::setProcess(Process now) {
-    const std::lock_guard guard(labelLock);
+    const vek::StdGuard guard(labelLock);
     processLabel = now.label();
     process = std::move(now);
 }
 
 std::string Follower::label() const {
-    const std::lock_guard guard(labelLock);
+    const vek::StdGuard guard(labelLock);
     return processLabel;
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -12,6 +11,7 @@
 #include "tools/log_application/follow/followed_processes.h"
 #include "tools/log_application/follow/line_queue.h"
 #include "tools/log_application/program/stop_signal.h"
+#include "vek/base/std_mutex.h"
 #include "vek/thread/runnable.h"
 #include "vek/thread/thread.h"
 
@@ -60,8 +60,8 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     const std::size_t source;
     const Selection selection;
     std::optional<Process> process;
-    mutable std::mutex labelLock;
-    std::string processLabel;  // guarded by `labelLock`
+    mutable vek::StdMutex labelLock;
+    std::string processLabel VEK_GUARDED_BY(labelLock);
     bool wasConnected = false;
     vek::thread::Thread thread;
 };

@@ -1,0 +1,182 @@
+// A client of the helper's log service that holds up the helper's end: by a part of a frame, or as
+// one of 62. That affects the ends by a return of the entry point, which wait for the service's
+// thread, and not those by exit.
+#include <iterator>
+#include <list>
+
+#include "tests/e2e/procedure_waits.h"
+#include "tests/support/files.h"
+#include "tests/support/helper_fixture.h"
+#include "tests/support/peer_event.h"
+#include "tests/vek/log/service/log_service.h"
+
+namespace {
+
+using support::EndState;
+using support::limitMs;
+using support::Outcome;
+using support::PeerEvent;
+using support::TolmarService;
+using vek::test::frame;
+using vek::test::ServiceClient;
+
+// How long an end that is held up is observed.
+constexpr DWORD observeMs = 3000;
+// Time for the service to read what a client has sent.
+constexpr DWORD readMs = 2000;
+// A service with so many clients doesn't watch the socket any more that wakes it at the end.
+constexpr int tooManyClients = 62;
+// So long the old version takes to stop: meanwhile the clients connect.
+constexpr int slowStopMs = 8000;
+
+class HeldEnd : public support::HelperFixture {
+  protected:
+    void SetUp() override {
+        vek::net::startWinsock();
+        HelperFixture::SetUp();
+    }
+    void TearDown() override {
+        clients.clear();
+        HelperFixture::TearDown();
+        vek::net::stopWinsock();
+    }
+
+    // Connects a client to the log service of `helper`, which runs, once that answers.
+    void connectClient(const support::ChildProcess& helper) {
+        if (port == 0) {
+            vek::test::DiscoveryClient discovery("127.0.0.1");
+            port = vek::test::tcpPortIn(discovery.askUntilAnswered(
+                "discover-request:pid=" + std::to_string(helper.processId())));
+            ASSERT_NE(port, 0) << "the helper's log service doesn't answer";
+        }
+        clients.emplace_back(port);
+        // Only a client that has been accepted is answered.
+        ASSERT_EQ(clients.back().ask("get-default-scope:"), "default-scope:scope=WARN");
+    }
+
+    // Connects a client that sends a part of a frame, which the service has read afterwards.
+    void sendPartOfAFrame(const support::ChildProcess& helper) {
+        connectClient(helper);
+        clients.back().socket.writeAll(frame("get-default-scope:").substr(0, 9));
+        Sleep(readMs);
+    }
+
+    void expectHeldUp(support::ChildProcess& helper) {
+        EXPECT_FALSE(helper.waitForEnd(observeMs)) << "it ended with " << helper.exitCode();
+    }
+
+    // Runs the hand-shake with the peer up to the start of the GUI. `connect` connects the clients,
+    // while the helper waits.
+    template <class Connect>
+    std::unique_ptr<support::ChildProcess> restartGui(Connect connect) {
+        const PeerEvent event1(support::event1Name);
+        const PeerEvent event2(support::event2Name);
+        auto helper = startHelper("-restartgui " + installedDirectory);
+        EXPECT_TRUE(event1.waitFor(limitMs)) << "the helper doesn't say that it is up";
+        connect(*helper);
+        event2.set();
+        EXPECT_TRUE(support::waitUntil([&] { return support::isReadable(guiFile()); }, limitMs));
+        return helper;
+    }
+
+    void connectClients(const support::ChildProcess& helper, int count) {
+        for (int i = 0; i < count && !HasFatalFailure(); ++i) {
+            connectClient(helper);
+        }
+    }
+
+    // Starts the replacement of a version that is slow to stop. The helper waits for that.
+    std::unique_ptr<support::ChildProcess> startReplacement() {
+        behave(1, "stop-delay-ms", slowStopMs);
+        runService();
+        return startHelper(installedDirectory);
+    }
+
+    std::uint16_t port = 0;
+    std::list<ServiceClient> clients;
+};
+
+TEST_F(HeldEnd, OfAGuiRestartLastsUntilAClientThatSentAPartOfAFrameGoes) {
+    const auto helper = restartGui([&](auto& running) { sendPartOfAFrame(running); });
+    expectHeldUp(*helper);
+    clients.clear();
+    EXPECT_EQ(finish(*helper).exitCode, 0u);
+}
+
+TEST_F(HeldEnd, LastsUntilTheRestOfTheFrame) {
+    const auto helper = restartGui([&](auto& running) { sendPartOfAFrame(running); });
+    expectHeldUp(*helper);
+    clients.back().socket.writeAll(frame("get-default-scope:").substr(9));
+    EXPECT_EQ(finish(*helper).exitCode, 0u);
+}
+
+TEST_F(HeldEnd, OfAGuiRestartLastsUntilOneOf62ClientsGoes) {
+    const auto helper = restartGui([&](auto& running) { connectClients(running, tooManyClients); });
+    expectHeldUp(*helper);
+    clients.erase(std::next(clients.begin(), tooManyClients / 2));
+    EXPECT_EQ(finish(*helper).exitCode, 0u);
+}
+
+TEST_F(HeldEnd, IsNoneWith61Clients) {
+    const auto helper =
+        restartGui([&](auto& running) { connectClients(running, tooManyClients - 1); });
+    EXPECT_EQ(finish(*helper).exitCode, 0u);
+    EXPECT_EQ(clients.size(), tooManyClients - 1u);
+}
+
+// The message is written behind the end of the log.
+TEST_F(HeldEnd, OfAReplacementWithoutPathInfoIniHoldsUpItsMessageToo) {
+    ASSERT_NE(DeleteFileA(pathInfo().c_str()), 0);
+    const auto helper = startReplacement();
+    sendPartOfAFrame(*helper);
+    ASSERT_TRUE(support::waitUntil([&] { return support::exists(kept()); }, limitMs));
+    expectHeldUp(*helper);
+    EXPECT_EQ(helper->errorText(), "");
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 0, .kept = 1, .fresh = 2, .serviceState = SERVICE_STOPPED, .running = 0}));
+    clients.clear();
+    const Outcome outcome = finish(*helper);
+    EXPECT_EQ(outcome.exitCode, 0u);
+    EXPECT_TRUE(outcome.errorText.starts_with("PathInfo Error: failed to load config file: "))
+        << outcome.errorText;
+}
+
+TEST_F(HeldEnd, OfARollBackKeepsItsExitCode) {
+    behave(2, "falls-after-ms", 200);
+    behave(2, "stop-delay-ms", 4000);
+    const auto helper = startReplacement();
+    sendPartOfAFrame(*helper);
+    ASSERT_TRUE(support::waitUntil([&] { return journal().ends_with("2 stopped"); }, limitMs));
+    ASSERT_TRUE(support::waitUntil([&] { return DeleteFileA(installed().c_str()) != 0; }, limitMs));
+    ASSERT_TRUE(support::waitUntil([&] { return runningVersion() == 1; }, limitMs));
+    expectHeldUp(*helper);
+    clients.clear();
+    EXPECT_EQ(finish(*helper).exitCode, 1u);
+    EXPECT_EQ(
+        endState(),
+        (EndState{
+            .installed = 1, .kept = 0, .fresh = 2, .serviceState = SERVICE_RUNNING, .running = 1}));
+}
+
+// By exit(0).
+TEST_F(HeldEnd, IsNoneAfterAGoodUpdate) {
+    const auto helper = startReplacement();
+    connectClients(*helper, tooManyClients - 1);
+    sendPartOfAFrame(*helper);
+    EXPECT_EQ(finish(*helper).exitCode, 0u);
+    EXPECT_EQ(endState().running, 2);
+}
+
+// By exit(1).
+TEST_F(HeldEnd, IsNoneAfterTheLastAttempt) {
+    ASSERT_NE(DeleteFileA(fresh().c_str()), 0);
+    const auto helper = startReplacement();
+    sendPartOfAFrame(*helper);
+    const Outcome outcome = finish(*helper);
+    EXPECT_EQ(outcome.exitCode, 1u);
+    EXPECT_GE(outcome.milliseconds, waits::attempts);
+}
+
+}  // namespace
