@@ -22,6 +22,7 @@ bool hasEnv(const std::string& name) {
 
 // The runtime's own one shows what the sanitizer needs.
 void installTerminateHandler() {}
+void installTerminateHandlerOnNewThread() {}
 
 namespace os {
 
