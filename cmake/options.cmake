@@ -38,11 +38,35 @@ if(VEK_CHECKED)
   target_compile_options(vek_options INTERFACE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
 endif()
 
-# vek_library(NAME SOURCE... LINKS LIBRARY...): the library of one folder or chief header. It links what stands below it,
-# and nothing else is visible to it, so that an arrow upwards doesn't link.
+# vek_library(NAME SOURCE... [HEADERS HEADER...] LINKS LIBRARY...): the library of one folder or chief header. It links what
+# is below it, and nothing else is visible to it, so that an arrow upwards doesn't link.
+# HEADERS are the public ones: `cmake --install` installs these and no others, and public headers include only these.
 function(vek_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINKS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "HEADERS;LINKS")
   add_library(vek_${name} STATIC ${arg_UNPARSED_ARGUMENTS})
+  target_sources(vek_${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
+  target_compile_features(vek_${name} PUBLIC cxx_std_20)
+  target_link_libraries(vek_${name} PUBLIC $<BUILD_INTERFACE:vek_options> ${arg_LINKS})
   add_library(vek::${name} ALIAS vek_${name})
-  target_link_libraries(vek_${name} PUBLIC vek_options ${arg_LINKS})
+  vek_package_target(${name})
+endfunction()
+
+# relink_library(TARGET PROGRAM): the library is part of what a user gets for linking PROGRAM again (cmake/packages.cmake).
+function(relink_library target program)
+  install(
+    TARGETS ${target}
+    EXPORT relink
+    COMPONENT relink EXCLUDE_FROM_ALL
+    ARCHIVE DESTINATION relink/${program})
+endfunction()
+
+# vek_package_target(NAME): the target vek_NAME is vek::NAME in the installed package.
+function(vek_package_target name)
+  set_target_properties(vek_${name} PROPERTIES EXPORT_NAME ${name})
+  install(
+    TARGETS vek_${name}
+    EXPORT vek
+    COMPONENT vek
+    ARCHIVE DESTINATION lib
+    FILE_SET HEADERS DESTINATION include)
 endfunction()

@@ -11,20 +11,20 @@ using support::limitMs;
 using support::Outcome;
 using support::PeerEvent;
 
-// How long it is observed that something does not happen.
+// How long a test watches that something doesn't happen.
 constexpr DWORD observeMs = 1000;
 
 class GuiRestart : public support::HelperFixture {
   protected:
-    // The GUI's raw command line, or "" if it didn't come up.
+    // The GUI's raw command line, or "" if it wasn't started.
     std::string guiCommandLine(unsigned waitMs = limitMs) {
         return support::waitUntil([&] { return support::isReadable(guiFile()); }, waitMs)
                    ? support::readFile(guiFile())
                    : "";
     }
 
-    // The helper passes the command line on as it is, without quotes. Where the system then has to
-    // find out by trying which blank ends the program's path, it puts quotes around what it found.
+    // The helper passes the command line without quotes. If it contains blanks, the system tries
+    // which of them ends the program's path, and puts quotes around the path that it found.
     std::string expectedCommandLine() const {
         const std::string program = installedDirectory + "/tolmar.exe";
         return (program.find(' ') == std::string::npos ? program : "\"" + program + "\"") + " -gui";
@@ -37,19 +37,19 @@ class GuiRestart : public support::HelperFixture {
         EXPECT_EQ(guiCommandLine(observeMs), "");
     }
 
-    // The peer's side of a hand-shake: answers once the helper is up.
+    // Acts as the peer: answers once the helper is up.
     void shakeHands(const std::string& tail, BOOL manualReset) {
         const PeerEvent event1(event1Name, manualReset);
         const PeerEvent event2(event2Name, manualReset);
         const auto helper = startHelper(tail);
         ASSERT_TRUE(event1.waitFor(limitMs)) << "the helper doesn't say that it is up";
-        EXPECT_FALSE(helper->waitForEnd(observeMs)) << "the helper was to wait for the answer";
-        EXPECT_FALSE(support::exists(guiFile())) << "the GUI was to wait for the answer";
+        EXPECT_FALSE(helper->waitForEnd(observeMs)) << "the helper should wait for the answer";
+        EXPECT_FALSE(support::exists(guiFile())) << "the GUI should wait for the answer";
         event2.set();
         const Outcome outcome = finish(*helper);
         EXPECT_EQ(outcome.exitCode, 0u);
         EXPECT_EQ(outcome.errorText, "");
-        // Consumed by the helper's wait exactly if it is of the kind that resets itself.
+        // The helper's wait has reset an auto-reset event.
         EXPECT_EQ(event2.waitFor(0), manualReset != FALSE);
         EXPECT_EQ(guiCommandLine(), expectedCommandLine());
     }
@@ -116,7 +116,7 @@ TEST_F(GuiRestart, WithTheSecondEventAloneEndsAtOnce) {
     const PeerEvent event2(event2Name, FALSE);
     event2.set();
     expectNoGui(runHelper("-restartgui " + installedDirectory));
-    EXPECT_TRUE(event2.waitFor(0)) << "nobody was to wait for it";
+    EXPECT_TRUE(event2.waitFor(0)) << "the helper shouldn't have waited for it";
 }
 
 TEST_F(GuiRestart, DoesNotMeetAPeerWhoseEventsBelongToOneSession) {

@@ -1,6 +1,6 @@
-// A client of the helper's log service that holds up the helper's end: by a part of a frame, or as
-// one of 62. That affects the ends by a return of the entry point, which wait for the service's
-// thread, and not those by exit.
+// Clients of the helper's log service that hold up the helper's end: one that has sent a part of a
+// frame, and 62 at once. Where the entry point returns, it waits for the service's thread; exit
+// doesn't.
 #include <iterator>
 #include <list>
 
@@ -20,13 +20,13 @@ using support::TolmarService;
 using vek::test::frame;
 using vek::test::ServiceClient;
 
-// How long an end that is held up is observed.
+// How long a test watches that the helper doesn't end.
 constexpr DWORD observeMs = 3000;
 // Time for the service to read what a client has sent.
 constexpr DWORD readMs = 2000;
-// A service with so many clients doesn't watch the socket any more that wakes it at the end.
+// With so many clients the service no longer watches the socket that wakes it at the end.
 constexpr int tooManyClients = 62;
-// So long the old version takes to stop: meanwhile the clients connect.
+// The time that the old version takes to stop. The clients connect meanwhile.
 constexpr int slowStopMs = 8000;
 
 class HeldEnd : public support::HelperFixture {
@@ -41,7 +41,7 @@ class HeldEnd : public support::HelperFixture {
         vek::net::stopWinsock();
     }
 
-    // Connects a client to the log service of `helper`, which runs, once that answers.
+    // Waits until the log service of `helper` answers, and connects a client to it.
     void connectClient(const support::ChildProcess& helper) {
         if (port == 0) {
             vek::test::DiscoveryClient discovery("127.0.0.1");
@@ -54,7 +54,7 @@ class HeldEnd : public support::HelperFixture {
         ASSERT_EQ(clients.back().ask("get-default-scope:"), "default-scope:scope=WARN");
     }
 
-    // Connects a client that sends a part of a frame, which the service has read afterwards.
+    // Connects a client, sends a part of a frame, and waits until the service has read that.
     void sendPartOfAFrame(const support::ChildProcess& helper) {
         connectClient(helper);
         clients.back().socket.writeAll(frame("get-default-scope:").substr(0, 9));
@@ -65,8 +65,8 @@ class HeldEnd : public support::HelperFixture {
         EXPECT_FALSE(helper.waitForEnd(observeMs)) << "it ended with " << helper.exitCode();
     }
 
-    // Runs the hand-shake with the peer up to the start of the GUI. `connect` connects the clients,
-    // while the helper waits.
+    // Runs a restart of the GUI until the GUI has started. Calls `connect` with the helper while
+    // that waits for the peer.
     template <class Connect>
     std::unique_ptr<support::ChildProcess> restartGui(Connect connect) {
         const PeerEvent event1(support::event1Name);
@@ -85,7 +85,7 @@ class HeldEnd : public support::HelperFixture {
         }
     }
 
-    // Starts the replacement of a version that is slow to stop. The helper waits for that.
+    // Starts to replace a version that stops slowly.
     std::unique_ptr<support::ChildProcess> startReplacement() {
         behave(1, "stop-delay-ms", slowStopMs);
         runService();
@@ -124,7 +124,7 @@ TEST_F(HeldEnd, IsNoneWith61Clients) {
     EXPECT_EQ(clients.size(), tooManyClients - 1u);
 }
 
-// The message is written behind the end of the log.
+// The message is written after the end of the log.
 TEST_F(HeldEnd, OfAReplacementWithoutPathInfoIniHoldsUpItsMessageToo) {
     ASSERT_NE(DeleteFileA(pathInfo().c_str()), 0);
     const auto helper = startReplacement();

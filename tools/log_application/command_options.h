@@ -34,9 +34,12 @@ class CommandOptions : public vek::NoCopy {
     bool isValueOption(const std::string& name) const;
     Selection selection();
     SetOptions setOptions(const std::vector<std::string>& operands);
+    FollowOptions followOptions();
     TailOptions tailOptions();
+    ForwardOptions forwardOptions();
     OutputKind outputKind();
     bool isFor(Command command) const { return row.command == command; }
+    bool follows() const { return isFor(Command::tail) || isFor(Command::forward); }
 
     const CommandRow& row;
     TCLAP::CmdLine parser;
@@ -58,6 +61,8 @@ class CommandOptions : public vek::NoCopy {
     TCLAP::ValueArg<std::string> timeout;
     TCLAP::SwitchArg reconnect;
     TCLAP::ValueArg<std::string> buffer;
+    TCLAP::ValueArg<std::string> to;
+    TCLAP::ValueArg<std::string> facility;
 };
 
 }  // namespace log_application

@@ -8,6 +8,7 @@
 #include <io.h>
 
 #include "tools/log_application/command_line.h"
+#include "tools/log_application/commands/forward_command.h"
 #include "tools/log_application/commands/levels_command.h"
 #include "tools/log_application/commands/ps_command.h"
 #include "tools/log_application/commands/save_command.h"
@@ -39,6 +40,8 @@ ExitCode runCommand(const Options& options, StopSignal& stop) {
             return runSave(options, stop);
         case Command::tail:
             return TailCommand(options, stop).run();
+        case Command::forward:
+            return ForwardCommand(options, stop).run();
     }
     return exitUsage;
 }

@@ -16,6 +16,9 @@ class VEK_CAPABILITY StdMutex : public NoCopy {
     void lock() VEK_ACQUIRE() { mutex.lock(); }
     void unlock() VEK_RELEASE() { mutex.unlock(); }
 
+    // Locks it and returns true, unless another thread holds it.
+    bool tryLock() VEK_TRY_ACQUIRE(true) { return mutex.try_lock(); }
+
   private:
     friend class StdGuard;
 
@@ -26,6 +29,9 @@ class VEK_CAPABILITY StdMutex : public NoCopy {
 class VEK_SCOPED_CAPABILITY StdGuard : public NoCopy {
   public:
     explicit StdGuard(StdMutex& mutex) VEK_ACQUIRE(mutex) : held(mutex.mutex) {}
+    // The caller has locked `mutex` already.
+    StdGuard(StdMutex& mutex, std::adopt_lock_t) VEK_REQUIRES(mutex)
+        : held(mutex.mutex, std::adopt_lock) {}
     ~StdGuard() VEK_RELEASE() {}
 
     // For std::condition_variable. The mutex is held before and after a wait. Test the condition in

@@ -40,9 +40,13 @@ void Manager::end() {
         }
         if (hasFailed) {
             // No worker will take a stop mark off the queue. Frees a `shutdown` that waits for room
-            // for its own.
+            // for its own, which other threads may take up at once.
             queue.clear();
-            const StdGuard guard(lifecycle);
+            while (!lifecycle.tryLock()) {
+                Sleep(1);
+                queue.clear();
+            }
+            const StdGuard guard(lifecycle, std::adopt_lock);
             if (thread.getId() != 0) {
                 finishShutdown();
             }

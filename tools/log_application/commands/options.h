@@ -1,7 +1,6 @@
 // log_application::Options: the parsed command line.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,12 +8,14 @@
 
 #include "tools/log_application/connection/level_change.h"
 #include "tools/log_application/finding/selection.h"
-#include "tools/log_application/follow/line_filter.h"
+#include "tools/log_application/follow/following.h"
+#include "tools/log_application/forward/collector_address.h"
+#include "tools/log_application/forward/syslog_message.h"
 #include "tools/log_application/show/line_renderer.h"
 
 namespace log_application {
 
-enum class Command { ps, levels, set, sinks, save, tail };
+enum class Command { ps, levels, set, sinks, save, tail, forward };
 
 struct SetOptions {
     std::vector<LevelChange> changes;
@@ -23,12 +24,13 @@ struct SetOptions {
 };
 
 struct TailOptions {
-    FilterOptions filter;
     std::string format;                 // empty: the default format
     std::optional<TextPattern> expect;  // tail ends at the first line whose text it is found in
-    std::optional<std::int64_t> timeoutMs;
-    bool reconnect = false;
-    std::size_t bufferLines = 200'000;
+};
+
+struct ForwardOptions {
+    CollectorAddress to;
+    int facility = userFacility;
 };
 
 struct Options {
@@ -36,7 +38,9 @@ struct Options {
     Selection selection;
     OutputKind output = OutputKind::text;
     SetOptions set;
+    FollowOptions follow;
     TailOptions tail;
+    ForwardOptions forward;
 };
 
 }  // namespace log_application

@@ -47,6 +47,9 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     // The label of the process that is or was followed last. Thread-safe.
     std::string label() const;
 
+    // That process. None if none was found yet. Thread-safe.
+    std::optional<Process> lastProcess() const;
+
   private:
     void followOnce();
     void readMessages(Client& client);
@@ -59,9 +62,9 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     const FollowerContext context;
     const std::size_t source;
     const Selection selection;
-    std::optional<Process> process;
-    mutable vek::StdMutex labelLock;
-    std::string processLabel VEK_GUARDED_BY(labelLock);
+    std::optional<Process> process;  // used on the thread alone
+    mutable vek::StdMutex shownLock;
+    std::optional<Process> shownProcess VEK_GUARDED_BY(shownLock);
     bool wasConnected = false;
     vek::thread::Thread thread;
 };
