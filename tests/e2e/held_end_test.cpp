@@ -179,4 +179,16 @@ TEST_F(HeldEnd, IsNoneAfterTheLastAttempt) {
     EXPECT_GE(outcome.milliseconds, waits::attempts);
 }
 
+TEST_F(HeldEnd, IsNotReachedWhileTheHelperWaitsForALogClient) {
+    support::writeFile(helperDirectory + "\\logging.conf",
+                       "defaults = { wait_log_application = true; };");
+    const auto helper = startHelper("-restartgui " + installedDirectory);
+    expectHeldUp(*helper);
+    EXPECT_EQ(helper->errorText(),
+              "Waiting for log_application program to connect before continuing\r\n");
+    connectClient(*helper);
+    clients.back().send("get-messages:");
+    EXPECT_EQ(finish(*helper).exitCode, 0u);
+}
+
 }  // namespace
