@@ -8,6 +8,8 @@
 
 #include <sched.h>
 
+#include "replaced/tests/support/replaced_import.h"
+
 namespace stand_in {
 
 namespace {
@@ -349,7 +351,9 @@ DWORD WaitForSingleObject(HANDLE object, DWORD timeoutMs) {
     return WaitForMultipleObjects(1, &object, FALSE, timeoutMs);
 }
 
-DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll, DWORD timeoutMs) {
+namespace {
+
+DWORD waitForObjects(DWORD count, const HANDLE* objects, BOOL waitAll, DWORD timeoutMs) {
     if (count == 0 || count > MAXIMUM_WAIT_OBJECTS || waitAll != FALSE) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return WAIT_FAILED;
@@ -363,4 +367,19 @@ DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll, D
         }
     }
     return stand_in::waitForAny(awaited, timeoutMs);
+}
+
+}  // namespace
+
+std::atomic<decltype(&WaitForMultipleObjects)> currentWaitForMultipleObjects = &waitForObjects;
+
+// Relaxed: the look for a replacement orders no threads.
+DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll, DWORD timeoutMs) {
+    return currentWaitForMultipleObjects.load(std::memory_order_relaxed)(count, objects, waitAll,
+                                                                         timeoutMs);
+}
+
+DWORD WaitForMultipleObjectsEx(DWORD count, const HANDLE* objects, BOOL waitAll, DWORD timeoutMs,
+                               BOOL /*alertable*/) {
+    return waitForObjects(count, objects, waitAll, timeoutMs);
 }
