@@ -92,6 +92,10 @@ void Sleep(DWORD milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
+void YieldProcessor() {
+    std::this_thread::yield();
+}
+
 void ExitProcess(UINT code) {
     _exit(static_cast<int>(code));
 }

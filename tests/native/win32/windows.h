@@ -191,6 +191,8 @@ DWORD GetThreadId(HANDLE thread);
 DWORD GetCurrentProcessId();
 HANDLE GetCurrentProcess();
 void Sleep(DWORD milliseconds);
+// A hint to the processor there.
+void YieldProcessor();
 BOOL CreateProcessA(const char* program, char* commandLine, SECURITY_ATTRIBUTES* ofProcess,
                     SECURITY_ATTRIBUTES* ofThread, BOOL inherit, DWORD flags, void* environment,
                     const char* directory, STARTUPINFOA* startup, PROCESS_INFORMATION* created);
