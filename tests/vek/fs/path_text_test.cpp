@@ -255,7 +255,7 @@ TEST(WithoutLongPathPrefix, OtherPathsStayAsTheyAre) {
     for (const std::string path :
          {"", "C:\\x", "\\\\server\\share", "\\\\.\\C:\\x", "\\\\?\\", "\\\\?\\C:", "\\\\?\\UNC",
           "\\\\?\\UNCx\\y", "\\\\?\\Volume{12345678-0000-0000-0000-000000000000}\\x", "\\??\\C:\\x",
-          "x\\\\?\\C:\\x"}) {
+          "x\\\\?\\C:\\x", "abcdC:\\x\\\\?\\y"}) {
         EXPECT_EQ(vek::fs::withoutLongPathPrefix(path), path);
     }
 }

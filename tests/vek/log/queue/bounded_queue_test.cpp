@@ -107,7 +107,8 @@ struct Fragile {
 // With a library that counts sleeping threads.
 class WatchedQueue : public testing::Test {
   protected:
-    unsigned sleeps() const { return sleepCount(); }
+    // Since the start of the test.
+    unsigned sleeps() const { return sleepCount() - sleepsBefore; }
     bool someoneSleeps(unsigned times) {
         return vek_test::becomesTrue([&] { return sleeps() >= times; });
     }
@@ -117,6 +118,7 @@ class WatchedQueue : public testing::Test {
         vek::resolveFunction<unsigned(WINAPI*)()>(library.conditionLibrary(), "sleepCount");
     void(WINAPI* const failSleepsWith)(DWORD) =
         vek::resolveFunction<void(WINAPI*)(DWORD)>(library.conditionLibrary(), "failSleepsWith");
+    const unsigned sleepsBefore = sleepCount();
 };
 
 TEST_F(WatchedQueue, SleepsOnlyWhenEmpty) {
