@@ -33,9 +33,11 @@
 //   VEK_SCOPED_CAPABILITY   a class that holds a lock from its constructor to its destructor
 //   VEK_GUARDED_BY(lock)    a variable that is read and written with `lock` held only
 //   VEK_REQUIRES(lock)      a function whose caller holds `lock`
-//   VEK_ACQUIRE(lock)       a function that returns with `lock` held; without argument, with this
-//   object VEK_ACQUIRE_SHARED(lock), VEK_TRY_ACQUIRE(result, lock)
-//                           the same together with other readers, and if it returns `result`
+//   VEK_ACQUIRE(lock)       a function that returns with `lock` held, or with its own object
+//   VEK_ACQUIRE_SHARED(lock)
+//                           the same together with other readers
+//   VEK_TRY_ACQUIRE(result, lock)
+//                           the same if it returns `result`
 //   VEK_RELEASE(lock)       a function that unlocks it; VEK_RELEASE_ANY also what is held shared
 //   VEK_RETURN_CAPABILITY(lock)
 //                           a function that returns a reference to `lock`
