@@ -12,7 +12,7 @@ namespace {
 
 // True if the command has --output.
 bool showsObjects(Command command) {
-    return command != Command::set && command != Command::save;
+    return command != Command::set && command != Command::save && command != Command::web;
 }
 
 std::string helpCommand(const CommandRow& row) {
@@ -53,7 +53,9 @@ CommandOptions::CommandOptions(const CommandRow& commandRow)
       timeout("", "timeout", "end after this time, as 30s", false, "", "TIME"),
       reconnect("", "reconnect", "wait for a process that isn't there yet, or has ended"),
       buffer("", "buffer", "lines kept while the output is slower than the messages", false,
-             "200000", "LINES") {
+             "200000", "LINES"),
+      port("", "port", "listen on this port of 127.0.0.1 instead of a free one", false, "0",
+           "PORT") {
     parser.setExceptionHandling(false);
     shown = {&name, &pid, &connect, &host};
     if (isFor(Command::ps)) {
@@ -73,6 +75,9 @@ CommandOptions::CommandOptions(const CommandRow& commandRow)
     }
     if (isFor(Command::tail)) {
         shown.insert(shown.end(), {&format, &expect, &timeout, &reconnect, &buffer});
+    }
+    if (isFor(Command::web)) {
+        shown.insert(shown.end(), {&port, &buffer});
     }
     for (TCLAP::Arg* const argument : shown) {
         parser.add(argument);
@@ -122,6 +127,7 @@ Options CommandOptions::parse(const std::vector<std::string>& arguments) {
     options.output = outputKind();
     options.set = setOptions(operands);
     options.tail = tailOptions();
+    options.web = webOptions();
     return options;
 }
 
@@ -213,6 +219,16 @@ TailOptions CommandOptions::tailOptions() {
             "Leave one of the two out.");
     }
     return options;
+}
+
+WebOptions CommandOptions::webOptions() {
+    constexpr std::uint32_t highestPort = 65535;
+    const std::optional<std::uint32_t> number = parseNumber(port.getValue(), highestPort);
+    if (!number) {
+        throw Failure(exitUsage, "\"" + escapeControls(port.getValue()) + "\" is no port.",
+                      "--port takes 1 to 65535; without it, a free port is taken.");
+    }
+    return {static_cast<std::uint16_t>(*number)};
 }
 
 }  // namespace log_application

@@ -35,6 +35,7 @@ class CommandOptions : public vek::NoCopy {
     Selection selection();
     SetOptions setOptions(const std::vector<std::string>& operands);
     TailOptions tailOptions();
+    WebOptions webOptions();
     OutputKind outputKind();
     bool isFor(Command command) const { return row.command == command; }
 
@@ -58,6 +59,7 @@ class CommandOptions : public vek::NoCopy {
     TCLAP::ValueArg<std::string> timeout;
     TCLAP::SwitchArg reconnect;
     TCLAP::ValueArg<std::string> buffer;
+    TCLAP::ValueArg<std::string> port;
 };
 
 }  // namespace log_application

@@ -17,7 +17,7 @@ struct CommandRow {
     std::string_view exampleMeaning;
 };
 
-inline constexpr std::array<CommandRow, 6> commandTable = {{
+inline constexpr std::array<CommandRow, 7> commandTable = {{
     {Command::ps, "ps", "", "find processes: name, pid, port and address", "log_application ps",
      "all that answer within a second"},
     {Command::levels, "levels", "", "show the default level, and each logger with its level",
@@ -32,6 +32,8 @@ inline constexpr std::array<CommandRow, 6> commandTable = {{
     {Command::tail, "tail", "", "follow the messages of one or several processes, live",
      "log_application tail --name tolmarhlp --level INFO --reconnect",
      "all but the debugging, beyond the process's end too"},
+    {Command::web, "web", "", "show processes, levels and messages on a page in the browser",
+     "log_application web", "all processes of this host; prints the address to open"},
 }};
 
 // Returns the row of `command`.

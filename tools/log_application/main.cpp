@@ -14,6 +14,7 @@
 #include "tools/log_application/commands/set_command.h"
 #include "tools/log_application/commands/sinks_command.h"
 #include "tools/log_application/commands/tail_command.h"
+#include "tools/log_application/commands/web_command.h"
 #include "tools/log_application/program/console.h"
 #include "tools/log_application/program/console_quit.h"
 #include "tools/log_application/program/console_text.h"
@@ -39,6 +40,8 @@ ExitCode runCommand(const Options& options, StopSignal& stop) {
             return runSave(options, stop);
         case Command::tail:
             return TailCommand(options, stop).run();
+        case Command::web:
+            return WebCommand(options, stop).run();
     }
     return exitUsage;
 }

@@ -14,7 +14,7 @@
 
 namespace log_application {
 
-enum class Command { ps, levels, set, sinks, save, tail };
+enum class Command { ps, levels, set, sinks, save, tail, web };
 
 struct SetOptions {
     std::vector<LevelChange> changes;
@@ -28,7 +28,11 @@ struct TailOptions {
     std::optional<TextPattern> expect;  // tail ends at the first line whose text it is found in
     std::optional<std::int64_t> timeoutMs;
     bool reconnect = false;
-    std::size_t bufferLines = 200'000;
+    std::size_t bufferLines = 200'000;  // of web too
+};
+
+struct WebOptions {
+    std::uint16_t port = 0;  // of 127.0.0.1; 0: a free one
 };
 
 struct Options {
@@ -37,6 +41,7 @@ struct Options {
     OutputKind output = OutputKind::text;
     SetOptions set;
     TailOptions tail;
+    WebOptions web;
 };
 
 }  // namespace log_application

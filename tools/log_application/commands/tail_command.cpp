@@ -5,7 +5,6 @@
 
 #include "tools/log_application/finding/process_finder.h"
 #include "tools/log_application/program/console.h"
-#include "vek/log/telegram.h"
 
 namespace log_application {
 
@@ -41,7 +40,7 @@ ExitCode TailCommand::run() {
         several ? LineRenderer::formatForSeveral : LineRenderer::formatForOne;
     const std::string format = options.tail.format.empty() ? layout : options.tail.format;
     renderer.emplace(options.output, format, options.output == OutputKind::text && takesColors());
-    merger.emplace(several ? mergeWindowMs : 0);
+    merger.emplace(several ? TimeMerger::usualWindowMs : 0);
     for (const auto& follower : followers) {
         follower->start();
     }
@@ -116,19 +115,11 @@ void TailCommand::loop() {
 void TailCommand::take(std::vector<Arrival> arrivals) {
     const std::int64_t now = nowMs();
     for (Arrival& arrival : arrivals) {
-        MergedItem item = {std::move(arrival), std::nullopt};
-        if (item.arrival.kind == Arrival::ended) {
+        if (arrival.kind == Arrival::ended) {
             ++ended;
             continue;
         }
-        if (item.arrival.kind == Arrival::message) {
-            try {
-                item.line = parseLogLine(item.arrival.text);
-            } catch (const vek::log::Telegram::ParseError&) {
-                // Without a line: reported when it is shown.
-            }
-        }
-        merger->add(std::move(item), now);
+        merger->add(itemOf(std::move(arrival)), now);
     }
 }
 

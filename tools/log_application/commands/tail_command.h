@@ -22,9 +22,6 @@ namespace log_application {
 // Not thread-safe. Starts a thread for each process.
 class TailCommand : public vek::NoCopy {
   public:
-    // How long a line is held back for earlier ones of other processes, in milliseconds.
-    static constexpr std::int64_t mergeWindowMs = 250;
-
     // Neither is owned; both must outlive this.
     TailCommand(const Options& commandOptions, StopSignal& stopSignal);
 
