@@ -1,6 +1,11 @@
 # What every target of this project is compiled and linked with.
 
-option(VEK_WARNINGS_AS_ERRORS "Stop at the first warning" ON)
+# Nobody has seen yet what MSVC warns of.
+set(warnings_are_errors ON)
+if(MSVC)
+  set(warnings_are_errors OFF)
+endif()
+option(VEK_WARNINGS_AS_ERRORS "Stop at the first warning" ${warnings_are_errors})
 
 option(VEK_CHECKED "Trap undefined behaviour, and check the standard library's conditions and the tests' heap" OFF)
 
@@ -10,8 +15,8 @@ target_include_directories(vek_options INTERFACE ${PROJECT_SOURCE_DIR})
 # API; what an older system may lack is looked up at run time.
 target_compile_definitions(vek_options INTERFACE _WIN32_WINNT=0x0A00)
 if(MSVC)
-  target_compile_definitions(vek_options INTERFACE _CRT_SECURE_NO_WARNINGS)
-  target_compile_options(vek_options INTERFACE /W4 /utf-8 $<$<BOOL:${VEK_WARNINGS_AS_ERRORS}>:/WX>)
+  # C4996: calls that its headers call deprecated. We make them on purpose: GetVersionExA, the C runtime's and Winsock's.
+  target_compile_options(vek_options INTERFACE /W4 /wd4996 /utf-8 $<$<BOOL:${VEK_WARNINGS_AS_ERRORS}>:/WX>)
 else()
   target_compile_options(
     vek_options
@@ -22,7 +27,7 @@ else()
               $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
               $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
               $<$<BOOL:${VEK_WARNINGS_AS_ERRORS}>:-Werror>)
-  if(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # GCC 12 warns of overlapping copies inside its own std::string (its bug 105651).
     target_compile_options(vek_options INTERFACE -Wno-restrict)
   endif()
@@ -33,11 +38,35 @@ if(VEK_CHECKED)
   target_compile_options(vek_options INTERFACE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
 endif()
 
-# vek_library(NAME SOURCE... LINKS LIBRARY...): the library of one folder or chief header. It links what stands below it,
-# and nothing else is visible to it, so that an arrow upwards doesn't link.
+# vek_library(NAME SOURCE... [HEADERS HEADER...] LINKS LIBRARY...): the library of one folder or chief header. It links what
+# is below it, and nothing else is visible to it, so that an arrow upwards doesn't link.
+# HEADERS are the public ones: `cmake --install` installs these and no others, and public headers include only these.
 function(vek_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINKS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "HEADERS;LINKS")
   add_library(vek_${name} STATIC ${arg_UNPARSED_ARGUMENTS})
+  target_sources(vek_${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
+  target_compile_features(vek_${name} PUBLIC cxx_std_20)
+  target_link_libraries(vek_${name} PUBLIC $<BUILD_INTERFACE:vek_options> ${arg_LINKS})
   add_library(vek::${name} ALIAS vek_${name})
-  target_link_libraries(vek_${name} PUBLIC vek_options ${arg_LINKS})
+  vek_package_target(${name})
+endfunction()
+
+# relink_library(TARGET PROGRAM): the library is part of what a user gets for linking PROGRAM again (cmake/packages.cmake).
+function(relink_library target program)
+  install(
+    TARGETS ${target}
+    EXPORT relink
+    COMPONENT relink EXCLUDE_FROM_ALL
+    ARCHIVE DESTINATION relink/${program})
+endfunction()
+
+# vek_package_target(NAME): the target vek_NAME is vek::NAME in the installed package.
+function(vek_package_target name)
+  set_target_properties(vek_${name} PROPERTIES EXPORT_NAME ${name})
+  install(
+    TARGETS vek_${name}
+    EXPORT vek
+    COMPONENT vek
+    ARCHIVE DESTINATION lib
+    FILE_SET HEADERS DESTINATION include)
 endfunction()

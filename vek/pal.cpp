@@ -2,9 +2,9 @@
 
 #include <condition_variable>
 #include <iostream>
-#include <mutex>
 
 #include "vek/base/console_colors.h"
+#include "vek/base/std_mutex.h"
 #include "vek/base/terminate_handler.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
@@ -25,27 +25,26 @@ VekPal* currentPal = nullptr;
 // Held while the set of objects that handle console control events changes, and across
 // SetConsoleCtrlHandler. The handler doesn't take it: a quit object may construct or destroy a
 // VekPal.
-std::mutex palObjectsLock;
-bool consoleHandlerInstalled = false;
+StdMutex palObjectsLock;
+bool consoleHandlerInstalled VEK_GUARDED_BY(palObjectsLock) = false;
 
-// The set itself, and the handlers that are running. Both are read and written under `walkLock`,
-// which is held for moments only.
-std::mutex walkLock;
+// The set itself, and the handlers that are running. `walkLock` is held for moments only.
+StdMutex walkLock;
 std::condition_variable handlerEnded;
-std::set<VekPal*> palObjects;
-unsigned runningHandlers = 0;
+std::set<VekPal*> palObjects VEK_GUARDED_BY(walkLock);
+unsigned runningHandlers VEK_GUARDED_BY(walkLock) = 0;
 thread_local bool isHandlerThread = false;
 
 // Returns the next object after `pal`, or null.
 VekPal* nextAfter(VekPal* pal) {
-    const std::lock_guard guard(walkLock);
+    const StdGuard guard(walkLock);
     const auto next = palObjects.upper_bound(pal);
     return next != palObjects.end() ? *next : nullptr;
 }
 
 BOOL WINAPI consoleHandler(DWORD /*ctrlType*/) {
     {
-        const std::lock_guard guard(walkLock);
+        const StdGuard guard(walkLock);
         ++runningHandlers;
     }
     isHandlerThread = true;
@@ -53,7 +52,7 @@ BOOL WINAPI consoleHandler(DWORD /*ctrlType*/) {
         pal->onQuit();
     }
     isHandlerThread = false;
-    const std::lock_guard guard(walkLock);
+    const StdGuard guard(walkLock);
     --runningHandlers;
     handlerEnded.notify_all();
     // Handled, even if the set is empty: the default handler would end the process.
@@ -64,8 +63,10 @@ BOOL WINAPI consoleHandler(DWORD /*ctrlType*/) {
 // a VekPal isn't waited for: its own handler is running.
 void awaitHandlers() {
     if (!isHandlerThread) {
-        std::unique_lock guard(walkLock);
-        handlerEnded.wait(guard, [] { return runningHandlers == 0; });
+        StdGuard guard(walkLock);
+        while (runningHandlers != 0) {
+            handlerEnded.wait(guard.forWait());
+        }
     }
 }
 
@@ -128,10 +129,10 @@ VekPal::~VekPal() {
 }
 
 void VekPal::enableQuitHandling() {
-    const std::lock_guard guard(palObjectsLock);
+    const StdGuard guard(palObjectsLock);
     handlesQuit = true;
     {
-        const std::lock_guard walk(walkLock);
+        const StdGuard walk(walkLock);
         palObjects.insert(this);
     }
     if (!consoleHandlerInstalled) {
@@ -144,10 +145,10 @@ void VekPal::enableQuitHandling() {
 
 void VekPal::leaveQuitHandling() {
     {
-        const std::lock_guard guard(palObjectsLock);
+        const StdGuard guard(palObjectsLock);
         bool isLast = false;
         {
-            const std::lock_guard walk(walkLock);
+            const StdGuard walk(walkLock);
             palObjects.erase(this);
             isLast = palObjects.empty();
         }

@@ -87,7 +87,7 @@ class VekPal final : public VekPalInit, public NoCopy {
 
     bool handlesQuit;
     thread::Mutex lock{true};
-    std::set<VekPalInit*> quitObjects;
+    std::set<VekPalInit*> quitObjects VEK_GUARDED_BY(lock);
     void* const context;
 };
 

@@ -11,6 +11,7 @@
 #include "vek/base/shared_lib.h"
 #include "vek/base/text.h"
 #include "vek/base/windows.h"
+#include "vek/fs/path_text.h"
 #include "vek/fs/program_path.h"
 
 // Behind windows.h, which they need.
@@ -176,9 +177,7 @@ std::string PathInfo::relativePath(const std::string& path, const std::string& k
 
 void PathInfo::set(const std::string& key, const std::string& value) {
     std::string expanded = expand(value);
-    if (!expanded.empty() && (expanded.back() == '/' || expanded.back() == '\\')) {
-        expanded.pop_back();
-    }
+    fs::removeLastSeparator(expanded);
     values[key] = expanded;
     Spellings& spellings = foldedKeys[lowered(key)];
     spellings.all.insert(key);

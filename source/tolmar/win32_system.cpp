@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "vek/base/compiler.h"
+#include "vek/base/fail_fast.h"
 #include "vek/os/objects.h"
 #include "vek/pathinfo.h"
 

@@ -66,7 +66,7 @@ TEST_F(CommandTail, OfTheOptionAndOneLoneQuoteEndsTheProcessAtOnce) {
     EXPECT_EQ(endState(), unregistered);
 }
 
-// The program's name in the command line is any text: the system takes the path from elsewhere.
+// The program's name in a command line may be any text: CreateProcess gets the path separately.
 
 TEST_F(CommandTail, BehindAnUnquotedNameWithAnUmlautSelectsItsMode) {
     runService();
@@ -83,7 +83,7 @@ TEST_F(CommandTail, BehindAnUnquotedNameWithAnUmlautNamesTheDirectory) {
     EXPECT_EQ(endState(), updated);
 }
 
-// The umlaut belongs to the tail, which it makes too long.
+// The umlaut is a part of the tail, which is too long with it.
 TEST_F(CommandTail, ThatStartsWithAnUmlautKeepsIt) {
     installIntoPathOfLength(222);
     runService();

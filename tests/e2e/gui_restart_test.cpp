@@ -1,48 +1,30 @@
 // The hand-shake with a peer and the start of the GUI, with real events and a real GUI program.
 #include "tests/support/files.h"
 #include "tests/support/helper_fixture.h"
+#include "tests/support/peer_event.h"
 
 namespace {
 
+using support::event1Name;
+using support::event2Name;
 using support::limitMs;
 using support::Outcome;
+using support::PeerEvent;
 
-// The names under which the processes of all sessions meet, made here by the system's own call.
-constexpr char event1Name[] = "Global\\vektolmareventguiupdate1";
-constexpr char event2Name[] = "Global\\vektolmareventguiupdate2";
-
-// How long it is observed that something does not happen.
+// How long a test watches that something doesn't happen.
 constexpr DWORD observeMs = 1000;
-
-class Event : public vek::NoCopy {
-  public:
-    Event(const char* name, BOOL manualReset)
-        : handle(CreateEventA(nullptr, manualReset, FALSE, name)) {
-        EXPECT_NE(handle, nullptr) << GetLastError();
-        EXPECT_NE(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS)) << name;
-    }
-    ~Event() { CloseHandle(handle); }
-
-    void set() const { SetEvent(handle); }
-    bool waitFor(DWORD milliseconds) const {
-        return WaitForSingleObject(handle, milliseconds) == WAIT_OBJECT_0;
-    }
-
-  private:
-    HANDLE handle;
-};
 
 class GuiRestart : public support::HelperFixture {
   protected:
-    // The GUI's raw command line, or "" if it didn't come up.
+    // The GUI's raw command line, or "" if it wasn't started.
     std::string guiCommandLine(unsigned waitMs = limitMs) {
         return support::waitUntil([&] { return support::isReadable(guiFile()); }, waitMs)
                    ? support::readFile(guiFile())
                    : "";
     }
 
-    // The helper passes the command line on as it is, without quotes. Where the system then has to
-    // find out by trying which blank ends the program's path, it puts quotes around what it found.
+    // The helper passes the command line without quotes. If it contains blanks, the system tries
+    // which of them ends the program's path, and puts quotes around the path that it found.
     std::string expectedCommandLine() const {
         const std::string program = installedDirectory + "/tolmar.exe";
         return (program.find(' ') == std::string::npos ? program : "\"" + program + "\"") + " -gui";
@@ -55,19 +37,19 @@ class GuiRestart : public support::HelperFixture {
         EXPECT_EQ(guiCommandLine(observeMs), "");
     }
 
-    // The peer's side of a hand-shake: answers once the helper is up.
+    // Acts as the peer: answers once the helper is up.
     void shakeHands(const std::string& tail, BOOL manualReset) {
-        const Event event1(event1Name, manualReset);
-        const Event event2(event2Name, manualReset);
+        const PeerEvent event1(event1Name, manualReset);
+        const PeerEvent event2(event2Name, manualReset);
         const auto helper = startHelper(tail);
         ASSERT_TRUE(event1.waitFor(limitMs)) << "the helper doesn't say that it is up";
-        EXPECT_FALSE(helper->waitForEnd(observeMs)) << "the helper was to wait for the answer";
-        EXPECT_FALSE(support::exists(guiFile())) << "the GUI was to wait for the answer";
+        EXPECT_FALSE(helper->waitForEnd(observeMs)) << "the helper should wait for the answer";
+        EXPECT_FALSE(support::exists(guiFile())) << "the GUI should wait for the answer";
         event2.set();
         const Outcome outcome = finish(*helper);
         EXPECT_EQ(outcome.exitCode, 0u);
         EXPECT_EQ(outcome.errorText, "");
-        // Consumed by the helper's wait exactly if it is of the kind that resets itself.
+        // The helper's wait has reset an auto-reset event.
         EXPECT_EQ(event2.waitFor(0), manualReset != FALSE);
         EXPECT_EQ(guiCommandLine(), expectedCommandLine());
     }
@@ -102,16 +84,16 @@ TEST_F(GuiRestart, TakesATailOf222Bytes) {
 
 TEST_F(GuiRestart, IgnoresATailOf223Bytes) {
     installIntoPathOfLength(223 - 12);
-    const Event event1(event1Name, FALSE);
-    const Event event2(event2Name, FALSE);
+    const PeerEvent event1(event1Name, FALSE);
+    const PeerEvent event2(event2Name, FALSE);
     event2.set();
     expectNoGui(runHelper("-restartgui " + installedDirectory));
     EXPECT_FALSE(event1.waitFor(0));
 }
 
 TEST_F(GuiRestart, IsServedAtOnceByAnAnswerThatCameFirst) {
-    const Event event1(event1Name, FALSE);
-    const Event event2(event2Name, FALSE);
+    const PeerEvent event1(event1Name, FALSE);
+    const PeerEvent event2(event2Name, FALSE);
     event2.set();
     const Outcome outcome = runHelper("-restartgui " + installedDirectory);
     EXPECT_EQ(outcome.exitCode, 0u);
@@ -125,21 +107,21 @@ TEST_F(GuiRestart, WithoutAPeerEndsAtOnce) {
 }
 
 TEST_F(GuiRestart, WithTheFirstEventAloneEndsAtOnceWithoutASignal) {
-    const Event event1(event1Name, FALSE);
+    const PeerEvent event1(event1Name, FALSE);
     expectNoGui(runHelper("-restartgui " + installedDirectory));
     EXPECT_FALSE(event1.waitFor(0));
 }
 
 TEST_F(GuiRestart, WithTheSecondEventAloneEndsAtOnce) {
-    const Event event2(event2Name, FALSE);
+    const PeerEvent event2(event2Name, FALSE);
     event2.set();
     expectNoGui(runHelper("-restartgui " + installedDirectory));
-    EXPECT_TRUE(event2.waitFor(0)) << "nobody was to wait for it";
+    EXPECT_TRUE(event2.waitFor(0)) << "the helper shouldn't have waited for it";
 }
 
 TEST_F(GuiRestart, DoesNotMeetAPeerWhoseEventsBelongToOneSession) {
-    const Event event1(event1Name + sizeof "Global\\" - 1, FALSE);
-    const Event event2(event2Name + sizeof "Global\\" - 1, FALSE);
+    const PeerEvent event1(event1Name + sizeof "Global\\" - 1, FALSE);
+    const PeerEvent event2(event2Name + sizeof "Global\\" - 1, FALSE);
     event2.set();
     expectNoGui(runHelper("-restartgui " + installedDirectory));
     EXPECT_FALSE(event1.waitFor(0));
@@ -147,8 +129,8 @@ TEST_F(GuiRestart, DoesNotMeetAPeerWhoseEventsBelongToOneSession) {
 
 TEST_F(GuiRestart, EndsWithZeroWhereThereIsNoGuiToStart) {
     ASSERT_NE(DeleteFileA(installed().c_str()), 0);
-    const Event event1(event1Name, FALSE);
-    const Event event2(event2Name, FALSE);
+    const PeerEvent event1(event1Name, FALSE);
+    const PeerEvent event2(event2Name, FALSE);
     event2.set();
     expectNoGui(runHelper("-restartgui " + installedDirectory));
     EXPECT_TRUE(event1.waitFor(0));

@@ -1,5 +1,5 @@
 // Host names around the length that is asked for, on a computer that is renamed for it: so this
-// needs a machine or a Wine prefix that nobody else uses meanwhile.
+// needs a machine or a Wine prefix of its own.
 #include "vek/base/host_name.h"
 
 #include <array>

@@ -2,8 +2,8 @@
 """log_service_client.py WINE CONFIGURED_PROGRAM TOLMARHLP EVENT_PEER
 
 Tests the log service from outside, over the loopback address, with bytes that this script makes and
-compares by itself: what a client has to know stands in docs/log-service.md, and nothing here comes
-from the service's own code. WINE runs a Windows program; the others are the programs that are tested,
+compares by itself: docs/log-service.md is all that a client has to know, and nothing here comes from
+the service's own code. WINE runs a Windows program; the others are the programs that are tested,
 and the other side of tolmarhlp.exe's hand-shake.
 """
 import contextlib

@@ -1,4 +1,4 @@
-// The helper's own log, switched on by nothing but a logging.conf beside it.
+// The helper's own log, which a logging.conf beside it switches on.
 #include <regex>
 
 #include "tests/e2e/procedure_waits.h"

@@ -1,4 +1,4 @@
-// The helper has no user: nothing that goes wrong may wait for one to close a message box.
+// The helper has no user, so it must never show a message box, which nobody would close.
 #include "tests/support/files.h"
 #include "tests/support/helper_fixture.h"
 

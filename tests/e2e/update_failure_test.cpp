@@ -1,5 +1,8 @@
-// The update end to end: every way in which it fails, the state it leaves, and how an operator
-// gets out of it.
+// The update end to end: how it fails, the state that each failure leaves, and the operator's way
+// out of it.
+#include <array>
+#include <fstream>
+
 #include "tests/e2e/procedure_waits.h"
 #include "tests/support/files.h"
 #include "tests/support/helper_fixture.h"
@@ -19,7 +22,7 @@ const EndState movedAside = {
 
 class FailingUpdate : public support::HelperFixture {
   protected:
-    // What an operator does where the executable was moved aside.
+    // What an operator does if there is no tolmar.exe.
     void recover() {
         ASSERT_NE(MoveFileA(kept().c_str(), installed().c_str()), 0) << GetLastError();
         startService();
@@ -104,6 +107,32 @@ TEST_F(FailingUpdate, WithABadDefaultLevelTellsWhyAndTouchesNothing) {
     EXPECT_EQ(outcome.exitCode, 0u);
     EXPECT_EQ(outcome.errorText, "Usage error: log manager: bad default level value");
     EXPECT_EQ(endState(), untouched);
+}
+
+// The line of docs/helper.md that shows a message.
+std::string lineThatShowsTheMessage() {
+    std::ifstream document(HELPER_DOCUMENT);
+    for (std::string line; std::getline(document, line);) {
+        if (line.starts_with("start ")) {
+            return line;
+        }
+    }
+    ADD_FAILURE() << "no such line in " << HELPER_DOCUMENT;
+    return "";
+}
+
+TEST_F(FailingUpdate, ShowsItsMessageByTheLineOfTheDocumentation) {
+    SetEnvironmentVariableA("VEKLOG_DEFAULT_LEVEL", "DEFAULT");
+    std::array<char, MAX_PATH> shell = {};
+    GetEnvironmentVariableA("ComSpec", shell.data(), MAX_PATH);
+    // Like the operator, in the directory of the helper.
+    const std::string inItsDirectory = "/c \"cd /d " + helperDirectory + " && ";
+    support::ChildProcess line(shell.data(), inItsDirectory + lineThatShowsTheMessage() + "\"",
+                               root + "\\line.txt");
+    EXPECT_TRUE(line.waitForEnd(limitMs));
+    SetEnvironmentVariableA("VEKLOG_DEFAULT_LEVEL", nullptr);
+    EXPECT_EQ(support::readFile(helperDirectory + "\\error.txt"),
+              "Usage error: log manager: bad default level value");
 }
 
 TEST_F(FailingUpdate, WithAReadOnlyNewExecutableSucceedsTwiceAndThenLeavesTheServiceDown) {
@@ -279,7 +308,7 @@ TEST_F(BadNewVersion, IsRolledBackWhereSomebodyTakesItAwayMeanwhile) {
 
 class EndlessWait : public FailingUpdate {
   protected:
-    // A helper that were not kept waiting would have given up on the new version within this time.
+    // A helper that waits for nothing would have given up on the new version within this time.
     static constexpr DWORD observeMs = static_cast<DWORD>(waits::failedRollBack) + 2000;
 
     void expectToBeKeptWaiting(const EndState& meanwhile) {
@@ -320,7 +349,7 @@ TEST_F(EndlessWait, HoldsForAnOldVersionThatNeverGetsDoneStopping) {
                            .running = 0});
 }
 
-// Nothing warns of it: the way back has to be taken before the helper is run again.
+// Without a warning: put the old version back before you run the helper again.
 TEST_F(FailingUpdate, RunAgainWithTheExecutableMovedAsideDeletesTheKeptOneToo) {
     registerService();
     ASSERT_NE(MoveFileA(installed().c_str(), kept().c_str()), 0);

@@ -111,7 +111,7 @@ TEST_F(Update, MovesAsideTheImageOfAProcessThatLingersBehindItsStop) {
     ASSERT_NE(oldProcess, nullptr);
     const Outcome outcome = runHelper(installedDirectory);
     EXPECT_EQ(WaitForSingleObject(oldProcess, 0), static_cast<DWORD>(WAIT_TIMEOUT))
-        << "the old process was to be there still";
+        << "the old process should still exist";
     CloseHandle(oldProcess);
     expectGoodUpdate(outcome, waits::goodUpdate);
     EXPECT_EQ(endState(), updated);

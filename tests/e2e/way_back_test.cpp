@@ -1,8 +1,7 @@
-// "Putting the old version back" of README.md, line by line as it is there, from every state of its
-// table that refers to it, with services that take 3 seconds to stop.
+// Runs the lines of "Putting the old version back" of README.md, from every state of its table that
+// refers to them, with services that take 3 seconds to stop.
 #include <array>
 #include <fstream>
-#include <sstream>
 
 #include "tests/support/files.h"
 #include "tests/support/helper_fixture.h"
@@ -72,13 +71,13 @@ class WayBack : public support::HelperFixture, public testing::WithParamInterfac
         behave(2, "stop-delay-ms", stopDelayMs);
     }
 
-    // What the update has made of the files: version 1 is kept, version 2 installed.
+    // Makes the files those of an update: version 1 is kept, version 2 installed.
     void layUpdate() {
         ASSERT_NE(MoveFileA(installed().c_str(), kept().c_str()), 0) << GetLastError();
         support::copyFile(fresh(), installed());
     }
 
-    // Gives the lines to the shell. What each of them reports isn't looked at.
+    // Passes the lines to the shell and ignores their exit codes.
     void putTheOldVersionBack() {
         const CurrentDirectory inInstallation(installedDirectory);
         for (const std::string& line : linesOfTheReadme()) {
@@ -92,24 +91,13 @@ class WayBack : public support::HelperFixture, public testing::WithParamInterfac
         }
     }
 
-    // As PowerShell does it: two of the names are its own, every other is a program's.
+    // As PowerShell does, for which some names are commands of its own and not programs.
     void runInPowerShell(const std::string& line) {
-        std::istringstream words(line);
-        std::string name;
-        std::string first;
-        std::string second;
-        words >> name >> first >> second;
-        if (name == "del") {  // Remove-Item
-            DeleteFileA(first.c_str());
-        } else if (name == "ren") {  // Rename-Item
-            MoveFileA(first.c_str(), second.c_str());
-        } else {
-            // These are other commands there, not programs.
-            for (const char* const alias : {"sc", "fc", "type", "copy", "move", "rd", "echo"}) {
-                EXPECT_NE(name, alias) << line;
-            }
-            runProgram(name, line.substr(name.size() + 1));
+        const std::string name = line.substr(0, line.find(' '));
+        for (const char* const alias : {"sc", "fc", "type", "copy", "move", "del", "ren", "echo"}) {
+            EXPECT_NE(name, alias) << line;
         }
+        runProgram(name, line.substr(name.size() + 1));
     }
 
     void runProgram(const std::string& name, const std::string& tail) {
@@ -167,6 +155,8 @@ TEST_P(WayBack, LeadsFromANewVersionThatRunsAndFromReadOnlyFiles) {
     ASSERT_TRUE(TolmarService::waitForState(SERVICE_RUNNING, limitMs));
     ASSERT_EQ(runningVersion(), 2);
     expectTheOldVersionBack();
+    // It had the time to stop by itself.
+    EXPECT_TRUE(journal().ends_with("2 stopping, 2 stopped, 1 starting, 1 running")) << journal();
 }
 
 TEST_P(WayBack, LeadsFromAHelperThatWaitsForANewVersionToStart) {
@@ -176,7 +166,7 @@ TEST_P(WayBack, LeadsFromAHelperThatWaitsForANewVersionToStart) {
     const auto helper = startHelper(installedDirectory);
     ASSERT_TRUE(TolmarService::waitForState(SERVICE_START_PENDING, limitMs));
     expectTheOldVersionBack();
-    EXPECT_TRUE(helper->waitForEnd(0)) << "the helper was to be ended";
+    EXPECT_TRUE(helper->waitForEnd(0)) << "the lines should have ended the helper";
 }
 
 TEST_P(WayBack, LeadsFromAHelperThatWaitsForANewVersionThatStaysStopped) {
@@ -186,7 +176,13 @@ TEST_P(WayBack, LeadsFromAHelperThatWaitsForANewVersionThatStaysStopped) {
     const auto helper = startHelper(installedDirectory);
     ASSERT_TRUE(support::waitUntil([&] { return journal().ends_with("2 stopped"); }, limitMs));
     expectTheOldVersionBack();
-    EXPECT_TRUE(helper->waitForEnd(0)) << "the helper was to be ended";
+    EXPECT_TRUE(helper->waitForEnd(0)) << "the lines should have ended the helper";
+}
+
+// Not offered there, and it must not do harm.
+TEST_P(WayBack, LosesNothingIfNoVersionIsKept) {
+    runService();
+    expectTheOldVersionBack();
 }
 
 INSTANTIATE_TEST_SUITE_P(In, WayBack, testing::Values(Shell::cmd, Shell::powerShell),

@@ -42,12 +42,16 @@ TEST_F(DoubleBytePathTest, CutsAtCharacters) {
 TEST_F(DoubleBytePathTest, KeepsALastCharacterThatEndsLikeASeparator) {
     EXPECT_EQ(changed(&fs::removeTrailingSeparators, "new\\" + table), "new\\" + table);
     EXPECT_EQ(changed(&fs::removeTrailingSeparators, "new\\" + table + "\\/\\"), "new\\" + table);
+    EXPECT_EQ(changed(&fs::removeLastSeparator, "new\\" + table), "new\\" + table);
+    EXPECT_EQ(changed(&fs::removeLastSeparator, "new\\" + table + "\\"), "new\\" + table);
 }
 
 TEST_F(DoubleBytePathTest, ComponentsAreWhole) {
     std::string path = "a\\" + table + "\\b";
     EXPECT_EQ(fs::stripComponents(path, 1), "a\\" + table);
     EXPECT_EQ(fs::stripComponents(path, 1), "a");
+    EXPECT_EQ(fs::components("C:\\" + table + "\\\\b\\"),
+              (std::vector<std::string>{"C:", table, "b"}));
     EXPECT_EQ(fs::commonPrefix("a\\" + table + "x", "a\\" + table + "y"), "a");
     EXPECT_EQ(fs::commonPrefix(table + "\\a", table + "\\b"), table);
     EXPECT_EQ(fs::extension("a.b\\" + table + ".c", true), "c");

@@ -15,8 +15,8 @@ struct CommandLine {
 
 class ChildProcess : public vek::NoCopy {
   public:
-    // Starts `program` with `tail`, raw, behind its quoted path. Its standard error goes into the
-    // file `errorFile`, which is made. Calls CreateProcessA. Throws vek::FsError.
+    // Starts `program` with the raw `tail` behind its quoted path. Its standard error goes into the
+    // file `errorFile`, which is created. Calls CreateProcessA. Throws vek::FsError.
     ChildProcess(const std::string& program, const std::string& tail, const std::string& errorFile);
 
     // The same with `commandLine` as it is.
@@ -26,19 +26,21 @@ class ChildProcess : public vek::NoCopy {
     // Ends the process if it still runs.
     ~ChildProcess();
 
-    // Waits up to `limitMs` milliseconds for its end. True if it has ended.
+    DWORD processId() const { return GetProcessId(process); }
+
+    // Blocks until it has ended, for up to `limitMs` milliseconds. Returns whether it has.
     bool waitForEnd(DWORD limitMs);
 
-    // The whole exit code, or STILL_ACTIVE.
+    // Returns the whole exit code, or STILL_ACTIVE.
     DWORD exitCode() const;
 
-    // Milliseconds since its start, up to its end once `waitForEnd` has seen that.
+    // Returns the milliseconds from its start until now, or until `waitForEnd` saw its end.
     double elapsedMs() const;
 
-    // What it has written to its standard error.
+    // Returns what it has written to its standard error.
     std::string errorText() const;
 
-    // Ends it at once, with exit code 99, and waits until it has gone.
+    // Ends it with exit code 99 and blocks until it has gone.
     void terminate();
 
   private:

@@ -27,7 +27,7 @@
 namespace {
 
 constexpr ULONGLONG safetyLimitMs = 180000;
-constexpr DWORD lookMs = 50;  // how often it looks whether it is to end
+constexpr DWORD lookMs = 50;  // the interval of its checks whether it must end
 constexpr DWORD forever = INFINITE;
 constexpr char serviceName[] = "tolmar";
 
@@ -76,7 +76,7 @@ void pass(DWORD milliseconds, HANDLE interrupt = nullptr) {
 }
 
 void report(DWORD state, const char* name) {
-    // Ahead of the report: who has seen the state finds the line.
+    // Before the report: whoever sees the state finds the line.
     writeText(besideExecutable("tolmar.journal"),
               std::string("version " FAKE_SERVICE_VERSION " ") + name + "\n", FILE_APPEND_DATA,
               OPEN_ALWAYS);

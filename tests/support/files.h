@@ -1,5 +1,5 @@
-// Files for the tests: small helpers straight on the system's calls, so that they prove the
-// framework's file classes instead of leaning on them.
+// Files for the tests: functions that call the system directly. Tests of the framework's file
+// classes can therefore use them too.
 #pragma once
 
 #include <functional>
@@ -7,33 +7,33 @@
 
 namespace support {
 
-// The whole contents of `path`. Throws vek::FsError.
+// Returns the whole contents of `path`. Throws vek::FsError.
 std::string readFile(const std::string& path);
 
-// Makes or replaces `path`. Throws vek::FsError.
+// Creates or replaces `path`. Throws vek::FsError.
 void writeFile(const std::string& path, const std::string& contents);
 
-// Makes or replaces `to`. Throws vek::FsError.
+// Copies `from` to `to`, which it creates or replaces. Throws vek::FsError.
 void copyFile(const std::string& from, const std::string& to);
 
-// Makes one directory. Throws vek::FsError.
+// Creates one directory. Throws vek::FsError.
 void makeDirectory(const std::string& path);
 
-// True for a file and for a directory.
+// Returns true if there is a file or a directory `path`.
 bool exists(const std::string& path);
 
-// True for a file that can be read at this moment: nobody holds it to themselves.
+// Returns true if `path` can be opened for reading now: no process has it open without sharing.
 bool isReadable(const std::string& path);
 
-// The directory for temporary files, without a separator at its end.
+// Returns the directory for temporary files, without a separator at its end.
 std::string temporaryDirectory();
 
-// Removes `directory` with all that is in it, trying again for up to `limitMs` milliseconds, since
-// the executable of a process that is just ending can't be deleted yet. False if something stays.
+// Removes `directory` with everything in it. Retries for up to `limitMs` milliseconds, as the
+// executable of a process that is ending can't be deleted yet. Returns false if something is left.
 bool removeTree(const std::string& directory, unsigned limitMs);
 
-// Looks every 10 milliseconds, up to `limitMs` milliseconds, whether `condition` holds. False if it
-// never did.
+// Checks `condition` every 10 milliseconds for up to `limitMs` milliseconds. Returns false if it
+// was never true.
 bool waitUntil(const std::function<bool()>& condition, unsigned limitMs);
 
 }  // namespace support

@@ -1,6 +1,6 @@
 // support::HelperFixture: an installation of the fake service and of tolmarhlp.exe in a directory
 // of their own, and the state that it is in. It uses the real service manager, where it owns the
-// service "tolmar": the tests need a machine or a Wine prefix that nobody else uses meanwhile.
+// service "tolmar": the tests need a machine or a Wine prefix of their own.
 #pragma once
 
 #include <iosfwd>

@@ -12,7 +12,8 @@ namespace {
 
 // True if the command has --output.
 bool showsObjects(Command command) {
-    return command != Command::set && command != Command::save && command != Command::web;
+    return command != Command::set && command != Command::save && command != Command::web &&
+           command != Command::forward;
 }
 
 std::string helpCommand(const CommandRow& row) {
@@ -52,8 +53,14 @@ CommandOptions::CommandOptions(const CommandRow& commandRow)
              "", "REGEX"),
       timeout("", "timeout", "end after this time, as 30s", false, "", "TIME"),
       reconnect("", "reconnect", "wait for a process that isn't there yet, or has ended"),
-      buffer("", "buffer", "lines kept while the output is slower than the messages", false,
-             "200000", "LINES"),
+      buffer("", "buffer",
+             isFor(Command::forward)
+                 ? "messages kept for a collector that is away or slow, or may not have read them"
+                 : "lines kept while the output is slower than the messages",
+             false, "200000", isFor(Command::forward) ? "MESSAGES" : "LINES"),
+      to("", "to", "the log collector, as syslog+tcp://HOST:PORT", false, "", "COLLECTOR"),
+      facility("", "facility", "the syslog facility: user, daemon, local0 to local7, ...", false,
+               "user", "FACILITY"),
       port("", "port", "listen on this port of 127.0.0.1 instead of a free one", false, "0",
            "PORT") {
     parser.setExceptionHandling(false);
@@ -67,7 +74,10 @@ CommandOptions::CommandOptions(const CommandRow& commandRow)
     if (isFor(Command::set)) {
         shown.insert(shown.end(), {&defaultLevel, &forTime});
     }
-    if (isFor(Command::tail)) {
+    if (isFor(Command::forward)) {
+        shown.insert(shown.end(), {&to, &facility});
+    }
+    if (follows()) {
         shown.insert(shown.end(), {&level, &include, &exclude, &logger});
     }
     if (showsObjects(row.command)) {
@@ -78,6 +88,9 @@ CommandOptions::CommandOptions(const CommandRow& commandRow)
     }
     if (isFor(Command::web)) {
         shown.insert(shown.end(), {&port, &buffer});
+    }
+    if (isFor(Command::forward)) {
+        shown.insert(shown.end(), {&timeout, &buffer});
     }
     for (TCLAP::Arg* const argument : shown) {
         parser.add(argument);
@@ -126,8 +139,10 @@ Options CommandOptions::parse(const std::vector<std::string>& arguments) {
     options.selection = selection();
     options.output = outputKind();
     options.set = setOptions(operands);
+    options.follow = followOptions();
     options.tail = tailOptions();
     options.web = webOptions();
+    options.forward = forwardOptions();
     return options;
 }
 
@@ -186,8 +201,8 @@ SetOptions CommandOptions::setOptions(const std::vector<std::string>& operands) 
     return options;
 }
 
-TailOptions CommandOptions::tailOptions() {
-    TailOptions options;
+FollowOptions CommandOptions::followOptions() {
+    FollowOptions options;
     options.filter.level = parseSeverity("--level", level.getValue());
     for (const std::string& text : include.getValue()) {
         options.filter.include.push_back(parsePattern("--include", text));
@@ -196,22 +211,28 @@ TailOptions CommandOptions::tailOptions() {
         options.filter.exclude.push_back(parsePattern("--exclude", text));
     }
     options.filter.loggers = logger.getValue();
-    options.format = format.getValue();
-    if (expect.isSet()) {
-        options.expect = parsePattern("--expect", expect.getValue());
-    }
     if (timeout.isSet()) {
         options.timeoutMs = parseTime("--timeout", timeout.getValue());
     }
-    options.reconnect = reconnect.getValue();
+    options.reconnect = reconnect.getValue() || isFor(Command::forward);
     constexpr std::uint32_t mostLines = 10'000'000;
     const std::optional<std::uint32_t> lines = parseNumber(buffer.getValue(), mostLines);
     if (lines.value_or(0) == 0) {
         throw Failure(exitUsage,
-                      "\"" + escapeControls(buffer.getValue()) + "\" is no number of lines.",
+                      "\"" + escapeControls(buffer.getValue()) + "\" is no number of " +
+                          (isFor(Command::forward) ? "messages." : "lines."),
                       "--buffer takes 1 to 10000000.");
     }
     options.bufferLines = *lines;
+    return options;
+}
+
+TailOptions CommandOptions::tailOptions() {
+    TailOptions options;
+    options.format = format.getValue();
+    if (expect.isSet()) {
+        options.expect = parsePattern("--expect", expect.getValue());
+    }
     if (format.isSet() && output.getValue() != "text") {
         throw Failure(
             exitUsage,
@@ -229,6 +250,26 @@ WebOptions CommandOptions::webOptions() {
                       "--port takes 1 to 65535; without it, a free port is taken.");
     }
     return {static_cast<std::uint16_t>(*number)};
+}
+
+ForwardOptions CommandOptions::forwardOptions() {
+    ForwardOptions options;
+    if (!isFor(Command::forward)) {
+        return options;
+    }
+    if (!to.isSet()) {
+        throw Failure(exitUsage, "There is no collector to send to.",
+                      "Name it by --to syslog+tcp://HOST:PORT.");
+    }
+    options.to = parseCollectorAddress(to.getValue());
+    const std::optional<int> number = parseFacility(facility.getValue());
+    if (!number) {
+        throw Failure(exitUsage, "\"" + escapeControls(facility.getValue()) + "\" is no facility.",
+                      "--facility takes kern, user, mail, daemon, auth, syslog, lpr, news, uucp, "
+                      "cron, authpriv, ftp, local0 to local7, or a number from 0 to 23.");
+    }
+    options.facility = *number;
+    return options;
 }
 
 }  // namespace log_application

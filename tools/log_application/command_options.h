@@ -34,10 +34,13 @@ class CommandOptions : public vek::NoCopy {
     bool isValueOption(const std::string& name) const;
     Selection selection();
     SetOptions setOptions(const std::vector<std::string>& operands);
+    FollowOptions followOptions();
     TailOptions tailOptions();
     WebOptions webOptions();
+    ForwardOptions forwardOptions();
     OutputKind outputKind();
     bool isFor(Command command) const { return row.command == command; }
+    bool follows() const { return isFor(Command::tail) || isFor(Command::forward); }
 
     const CommandRow& row;
     TCLAP::CmdLine parser;
@@ -59,6 +62,8 @@ class CommandOptions : public vek::NoCopy {
     TCLAP::ValueArg<std::string> timeout;
     TCLAP::SwitchArg reconnect;
     TCLAP::ValueArg<std::string> buffer;
+    TCLAP::ValueArg<std::string> to;
+    TCLAP::ValueArg<std::string> facility;
     TCLAP::ValueArg<std::string> port;
 };
 

@@ -9,8 +9,8 @@ const CommandRow& rowOf(Command command) {
 }
 
 const CommandRow* findCommand(std::string_view name) {
-    const auto* const found = std::ranges::find(commandTable, name, &CommandRow::name);
-    return found == commandTable.end() ? nullptr : found;
+    const auto found = std::ranges::find(commandTable, name, &CommandRow::name);
+    return found == commandTable.end() ? nullptr : &*found;
 }
 
 }  // namespace log_application

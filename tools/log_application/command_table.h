@@ -17,7 +17,7 @@ struct CommandRow {
     std::string_view exampleMeaning;
 };
 
-inline constexpr std::array<CommandRow, 7> commandTable = {{
+inline constexpr std::array<CommandRow, 8> commandTable = {{
     {Command::ps, "ps", "", "find processes: name, pid, port and address", "log_application ps",
      "all that answer within a second"},
     {Command::levels, "levels", "", "show the default level, and each logger with its level",
@@ -34,6 +34,9 @@ inline constexpr std::array<CommandRow, 7> commandTable = {{
      "all but the debugging, beyond the process's end too"},
     {Command::web, "web", "", "show processes, levels and messages on a page in the browser",
      "log_application web", "all processes of this host; prints the address to open"},
+    {Command::forward, "forward", "", "send the messages to a log collector, by syslog over TCP",
+     "log_application forward --name tolmarhlp --to syslog+tcp://logs.example.com:601",
+     "until Ctrl-C; waits for the process and for the collector"},
 }};
 
 // Returns the row of `command`.

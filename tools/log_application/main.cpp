@@ -8,6 +8,7 @@
 #include <io.h>
 
 #include "tools/log_application/command_line.h"
+#include "tools/log_application/commands/forward_command.h"
 #include "tools/log_application/commands/levels_command.h"
 #include "tools/log_application/commands/ps_command.h"
 #include "tools/log_application/commands/save_command.h"
@@ -42,6 +43,8 @@ ExitCode runCommand(const Options& options, StopSignal& stop) {
             return TailCommand(options, stop).run();
         case Command::web:
             return WebCommand(options, stop).run();
+        case Command::forward:
+            return ForwardCommand(options, stop).run();
     }
     return exitUsage;
 }

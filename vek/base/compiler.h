@@ -25,11 +25,49 @@
 #define VEK_PRINTF(format, first)
 #endif
 
+// Which lock guards what, for the compilers that check it (clang's -Wthread-safety). A capability
+// is a class whose objects are locks; `lock` below is an object of such a class, as the declaration
+// sees it.
+//
+//   VEK_CAPABILITY          a class of locks
+//   VEK_SCOPED_CAPABILITY   a class that holds a lock from its constructor to its destructor
+//   VEK_GUARDED_BY(lock)    a variable that is read and written with `lock` held only
+//   VEK_REQUIRES(lock)      a function whose caller holds `lock`
+//   VEK_ACQUIRE(lock)       a function that returns with `lock` held; without argument, with this
+//   object VEK_ACQUIRE_SHARED(lock), VEK_TRY_ACQUIRE(result, lock)
+//                           the same together with other readers, and if it returns `result`
+//   VEK_RELEASE(lock)       a function that unlocks it; VEK_RELEASE_ANY also what is held shared
+//   VEK_RETURN_CAPABILITY(lock)
+//                           a function that returns a reference to `lock`
+//   VEK_NO_LOCK_ANALYSIS    a function whose body isn't checked; a comment says why
+#ifdef __clang__
+#define VEK_LOCK_ATTRIBUTE(...) __attribute__((__VA_ARGS__))
+#else
+#define VEK_LOCK_ATTRIBUTE(...)
+#endif
+#define VEK_CAPABILITY VEK_LOCK_ATTRIBUTE(capability("mutex"))
+#define VEK_SCOPED_CAPABILITY VEK_LOCK_ATTRIBUTE(scoped_lockable)
+#define VEK_GUARDED_BY(lock) VEK_LOCK_ATTRIBUTE(guarded_by(lock))
+#define VEK_REQUIRES(...) VEK_LOCK_ATTRIBUTE(requires_capability(__VA_ARGS__))
+#define VEK_ACQUIRE(...) VEK_LOCK_ATTRIBUTE(acquire_capability(__VA_ARGS__))
+#define VEK_ACQUIRE_SHARED(...) VEK_LOCK_ATTRIBUTE(acquire_shared_capability(__VA_ARGS__))
+#define VEK_TRY_ACQUIRE(...) VEK_LOCK_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
+#define VEK_RELEASE(...) VEK_LOCK_ATTRIBUTE(release_capability(__VA_ARGS__))
+#define VEK_RELEASE_ANY(...) VEK_LOCK_ATTRIBUTE(release_generic_capability(__VA_ARGS__))
+#define VEK_RETURN_CAPABILITY(lock) VEK_LOCK_ATTRIBUTE(lock_returned(lock))
+#define VEK_NO_LOCK_ANALYSIS VEK_LOCK_ATTRIBUTE(no_thread_safety_analysis)
+
 namespace vek {
 
-// Ends the process at once, without any handler, with the exit code 0xC0000409. `reason` is one of
-// the system's FAST_FAIL_... numbers.
-[[noreturn]] inline void failFast(unsigned reason) {
+// Whether std::set_terminate sets the handler of the calling thread only.
+#ifdef _MSC_VER
+inline constexpr bool terminateHandlerIsPerThread = true;
+#else
+inline constexpr bool terminateHandlerIsPerThread = false;
+#endif
+
+// The processor's part of vek::failFast, for systems that have it.
+[[noreturn]] inline void raiseFastFail(unsigned reason) {
 #ifdef _MSC_VER
     __fastfail(reason);
 #else

@@ -30,7 +30,8 @@ bool isWindowsAtLeast(int major, int minor, int servicePack) {
     wanted.wServicePackMajor = static_cast<WORD>(servicePack);
     constexpr DWORD types = VER_MAJORVERSION | VER_MINORVERSION | VER_SERVICEPACKMAJOR;
     DWORDLONG conditions = 0;
-    for (const DWORD type : {VER_MAJORVERSION, VER_MINORVERSION, VER_SERVICEPACKMAJOR}) {
+    for (const DWORD type :
+         {DWORD{VER_MAJORVERSION}, DWORD{VER_MINORVERSION}, DWORD{VER_SERVICEPACKMAJOR}}) {
         conditions = VerSetConditionMask(conditions, type, VER_GREATER_EQUAL);
     }
     return VerifyVersionInfoW(&wanted, types, conditions) != 0;

@@ -1,14 +1,18 @@
 #include "vek/base/terminate_handler.h"
 
+#include <atomic>
 #include <exception>
 #include <iostream>
 
+#include "vek/base/compiler.h"
 #include "vek/base/environment.h"
 #include "vek/exception.h"
 
 namespace vek {
 
 namespace {
+
+std::atomic<bool> installed = false;
 
 void reportException() {
     std::cerr << ">>> unhandled exception occured <<<\n" << std::flush;
@@ -42,6 +46,13 @@ void onTerminate() {
 
 void installTerminateHandler() {
     if (!hasEnv("VEKPAL_NO_TERMINATE_HANDLER")) {
+        std::set_terminate(onTerminate);
+        installed = true;
+    }
+}
+
+void installTerminateHandlerOnNewThread() {
+    if (terminateHandlerIsPerThread && installed) {
         std::set_terminate(onTerminate);
     }
 }

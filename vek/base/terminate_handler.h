@@ -8,8 +8,12 @@ namespace vek {
 // vek::Exception with all its causes, or that the reason is unknown; then the runtime aborts the
 // program. The handler is never removed.
 //
-// Calls std::set_terminate, which some runtimes keep per thread: call this on each thread there.
-// Throws OsError if the environment can't be read.
+// Calls std::set_terminate. Throws OsError if the environment can't be read.
 void installTerminateHandler();
+
+// Called at the start of each vek::thread::Thread. Some runtimes have a handler per thread: there,
+// installs the handler on the calling thread if installTerminateHandler has installed it on any.
+// Elsewhere does nothing. Throws nothing.
+void installTerminateHandlerOnNewThread();
 
 }  // namespace vek

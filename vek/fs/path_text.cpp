@@ -14,8 +14,12 @@ bool endsInBackslash(const std::string& path) {
     return path.ends_with('\\') && !isTrailByte(path, path.size() - 1);
 }
 
+bool endsInSeparator(const std::string& path) {
+    return endsInBackslash(path) || path.ends_with('/');
+}
+
 // The parts of `path` between its backslashes; with `keepEmpty` the empty ones too.
-std::vector<std::string> components(const std::string& path, bool keepEmpty) {
+std::vector<std::string> splitPath(const std::string& path, bool keepEmpty) {
     std::vector<std::string> parts;
     std::size_t start = 0;
     for (std::size_t i = 0; i <= path.size(); ++i) {
@@ -66,7 +70,14 @@ std::string rootOf(const std::string& path) {
 
 std::string& removeTrailingSeparators(std::string& path) {
     const std::size_t shortest = rootOf(path).size();
-    while (path.size() > shortest && (endsInBackslash(path) || path.ends_with('/'))) {
+    while (path.size() > shortest && endsInSeparator(path)) {
+        path.pop_back();
+    }
+    return path;
+}
+
+std::string& removeLastSeparator(std::string& path) {
+    if (endsInSeparator(path)) {
         path.pop_back();
     }
     return path;
@@ -106,12 +117,16 @@ std::string commonPrefix(const std::string& a, const std::string& b) {
     if (isAbsolute(a) != isAbsolute(b)) {
         return "";
     }
-    std::vector<std::string> parts = components(a, true);
-    const std::vector<std::string> others = components(b, true);
+    std::vector<std::string> parts = splitPath(a, true);
+    const std::vector<std::string> others = splitPath(b, true);
     const auto differing =
         std::mismatch(parts.begin(), parts.end(), others.begin(), others.end()).first;
     parts.erase(differing, parts.end());
     return join(parts);
+}
+
+std::vector<std::string> components(const std::string& path) {
+    return splitPath(path, false);
 }
 
 std::string join(const std::vector<std::string>& parts) {
@@ -141,7 +156,7 @@ std::string expandFrom(const std::string& path, const std::string& directory) {
     if (directory.empty() || isOtherDrive(root, directory)) {
         throw RuntimeError("can't expand path, because CWD doesn't exist");
     }
-    std::vector<std::string> parts = components(path.substr(root.size()), false);
+    std::vector<std::string> parts = components(path.substr(root.size()));
     if (!parts.empty() && parts[0] == ".") {
         parts[0] = directory;
     } else if (!parts.empty() && parts[0] == "..") {

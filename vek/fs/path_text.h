@@ -29,6 +29,9 @@ std::string rootOf(const std::string& path);
 // Returns `path`.
 std::string& removeTrailingSeparators(std::string& path);
 
+// Removes one backslash or slash, if it is the last character of `path`, in place. Returns `path`.
+std::string& removeLastSeparator(std::string& path);
+
 // Cuts `path` before its last backslash, in place; without a backslash it becomes ".". Returns
 // `path`.
 std::string& dirName(std::string& path);
@@ -50,6 +53,9 @@ std::vector<std::string> extensionParts(const std::string& path);
 // byte by byte. A leading backslash has an empty component before it. Empty if one path is absolute
 // and the other isn't.
 std::string commonPrefix(const std::string& a, const std::string& b);
+
+// The parts of `path` between its backslashes, without the empty ones.
+std::vector<std::string> components(const std::string& path);
 
 // `parts`, joined by one backslash.
 std::string join(const std::vector<std::string>& parts);

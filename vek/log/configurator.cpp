@@ -169,7 +169,9 @@ void Configurator::applyCategory(const std::string& setting) {
     const std::string name = setting.substr(0, separator);
     const std::string level = setting.substr(separator + 1);
     try {
-        loggerLevels[name] = parseLevel(level);
+        const Level parsed = parseLevel(level);
+        const thread::ScopeGuard guard(levelsLock);
+        loggerLevels[name] = parsed;
     } catch (const std::exception&) {
         std::cerr << format("Skipping logger setting '%1$s': given level '%2$s' is unrecognized",
                             name.c_str(), level.c_str())
@@ -206,7 +208,12 @@ void Configurator::addFileSink(const FileSinkConfig& config) {
 // For existing loggers. New ones get their level by applyConfiguredLevel.
 void Configurator::applyLevels() {
     manager.setDefaultLevel(defaultLevel);
-    for (const auto& [name, level] : loggerLevels) {
+    std::map<std::string, Level> levels;
+    {
+        const thread::ScopeGuard guard(levelsLock);
+        levels = loggerLevels;
+    }
+    for (const auto& [name, level] : levels) {
         manager.setLoggerLevel(name, level);
     }
 }

@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/log/level.h"
 #include "vek/log/message.h"
@@ -62,13 +63,13 @@ class Logger : public NoCopy {
     // deliberately stay for the next statements. Throws OsError with code 1131
     // (ERROR_POSSIBLE_DEADLOCK) if this thread holds the lock already, as in a statement within a
     // statement on the same logger.
-    std::ostream& stream();
+    std::ostream& stream() VEK_ACQUIRE(lock);
 
     // A copy of the stream's text. For the thread that holds the lock.
-    std::string streamText() const { return buffer.str(); }
+    std::string streamText() const VEK_REQUIRES(lock) { return buffer.str(); }
 
     // Unlocks this logger. For the thread that holds the lock.
-    void releaseStream() { lock.unlock(); }
+    void releaseStream() VEK_RELEASE(lock) { lock.unlock(); }
 
     // --- messages ---
 
@@ -97,6 +98,9 @@ class Logger : public NoCopy {
     void submit(Message* message);
 
   private:
+    // Its annotations name the lock.
+    friend class StreamRelease;
+
     template <class Made>
     Made* make(Level messageLevel, std::string& text) const;
     template <class Made>
@@ -115,8 +119,8 @@ class Logger : public NoCopy {
     // The stream still has the format flags from before a shutdown.
     std::atomic<bool> hasOldFormat = false;
     // Keeps its memory from one statement to the next.
-    std::stringbuf buffer{std::ios_base::out};
-    std::ostream out{&buffer};
+    std::stringbuf buffer VEK_GUARDED_BY(lock){std::ios_base::out};
+    std::ostream out VEK_GUARDED_BY(lock){&buffer};
     thread::Mutex lock{true};
 };
 

@@ -34,15 +34,19 @@ void Manager::end() {
     try {
         bool hasFailed = false;
         {
-            const std::lock_guard<std::mutex> guard(mutex);
+            const StdGuard guard(mutex);
             ending = true;
             hasFailed = workerFailed;
         }
         if (hasFailed) {
             // No worker will take a stop mark off the queue. Frees a `shutdown` that waits for room
-            // for its own.
+            // for its own, which other threads may take up at once.
             queue.clear();
-            const std::lock_guard<std::mutex> guard(lifecycle);
+            while (!lifecycle.tryLock()) {
+                Sleep(1);
+                queue.clear();
+            }
+            const StdGuard guard(lifecycle, std::adopt_lock);
             if (thread.getId() != 0) {
                 finishShutdown();
             }
@@ -50,7 +54,7 @@ void Manager::end() {
             shutdown();
         }
         {
-            const std::lock_guard<std::mutex> guard(mutex);
+            const StdGuard guard(mutex);
             destroySinks();
         }
         queue.clear();
@@ -60,7 +64,7 @@ void Manager::end() {
 }
 
 Logger* Manager::getLogger(const std::string& name) {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     const auto found = loggers.find(name);
     if (found != loggers.end()) {
         return found->second.get();
@@ -83,7 +87,7 @@ Logger* Manager::getLogger(const std::string& name) {
 }
 
 std::vector<Logger*> Manager::listLoggers() const {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     std::vector<Logger*> result;
     result.reserve(loggers.size());
     for (const auto& [name, logger] : loggers) {
@@ -93,7 +97,7 @@ std::vector<Logger*> Manager::listLoggers() const {
 }
 
 std::vector<Manager::LoggerLevel> Manager::ownLevels() const {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     if (phase == Phase::closed) {
         throw RuntimeError("The log has been shut down.");
     }
@@ -110,7 +114,7 @@ void Manager::setDefaultLevel(Level level) {
     if (level >= DEFAULT) {
         throw UsageError("log manager: bad default level value");
     }
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     defaultLevel = level;
     for (const auto& [name, logger] : loggers) {
         if (logger->usesDefault()) {
@@ -120,7 +124,7 @@ void Manager::setDefaultLevel(Level level) {
 }
 
 void Manager::setLoggerLevel(const std::string& name, Level level) {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     const auto found = loggers.find(name);
     if (found == loggers.end()) {
         return;
@@ -143,12 +147,12 @@ void Manager::addSink(Sink* sink) {
     if (sink == nullptr) {
         throw UsageError("log manager: received null sink");
     }
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     sinks.push_back(sink);
 }
 
 bool Manager::addSinkUnlessShutDown(Sink* sink) {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     if (phase == Phase::closed) {
         return false;
     }
@@ -157,7 +161,7 @@ bool Manager::addSinkUnlessShutDown(Sink* sink) {
 }
 
 void Manager::removeSink(Sink* sink) {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     for (auto entry = sinks.begin(); entry != sinks.end(); ++entry) {
         if (*entry == sink) {
             sinks.erase(entry);
@@ -167,9 +171,9 @@ void Manager::removeSink(Sink* sink) {
 }
 
 void Manager::start() {
-    const std::lock_guard<std::mutex> guard(lifecycle);
+    const StdGuard guard(lifecycle);
     thread.start();
-    const std::lock_guard<std::mutex> mutexGuard(mutex);
+    const StdGuard mutexGuard(mutex);
     phase = Phase::open;
 }
 
@@ -182,7 +186,7 @@ void Manager::run() {
     } catch (...) {
         bool isAwaited = false;
         {
-            const std::lock_guard<std::mutex> guard(mutex);
+            const StdGuard guard(mutex);
             workerFailed = true;
             isAwaited = ending;
         }
@@ -194,7 +198,7 @@ void Manager::run() {
 }
 
 void Manager::dispatch(const Message& message) {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     std::vector<Sink*> failed;
     for (Sink* const sink : sinks) {
         try {
@@ -221,7 +225,7 @@ void Manager::dispatch(const Message& message) {
 }
 
 void Manager::shutdown() {
-    const std::lock_guard<std::mutex> guard(lifecycle);
+    const StdGuard guard(lifecycle);
     if (thread.getId() == 0) {
         return;
     }
@@ -241,7 +245,7 @@ void Manager::finishShutdown() {
 // New messages would end up behind the stop mark and fill the queue, until their threads block for
 // good.
 void Manager::muteLoggers() {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     phase = Phase::draining;
     for (const auto& [name, logger] : loggers) {
         logger->setMuted(true);
@@ -250,7 +254,7 @@ void Manager::muteLoggers() {
 
 // The part of a shutdown after the worker's end.
 void Manager::dropAll() {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     formerLoggers.merge(loggers);
     destroySinks();
     configurator = nullptr;
@@ -267,7 +271,7 @@ void Manager::destroySinks() {
 }
 
 void Manager::setConfigurator(LevelSource* newConfigurator) {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     configurator = newConfigurator;
     if (configurator != nullptr && phase == Phase::closed) {
         phase = Phase::open;
@@ -275,7 +279,7 @@ void Manager::setConfigurator(LevelSource* newConfigurator) {
 }
 
 void Manager::onFork() {
-    const std::lock_guard<std::mutex> guard(mutex);
+    const StdGuard guard(mutex);
     pid = GetCurrentProcessId();
     for (const auto& [name, logger] : loggers) {
         logger->setPid(pid);

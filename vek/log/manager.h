@@ -23,11 +23,11 @@
 #include <list>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "vek/base/no_copy.h"
+#include "vek/base/std_mutex.h"
 #include "vek/log/level.h"
 #include "vek/log/logger.h"
 #include "vek/log/message.h"
@@ -122,7 +122,7 @@ class Manager : public thread::Runnable, public NoCopy {
     // must call nothing of the manager.
     template <class Visit>
     auto withSinks(Visit visit) const {
-        const std::lock_guard<std::mutex> guard(mutex);
+        const StdGuard guard(mutex);
         return visit(sinks, pid);
     }
 
@@ -160,33 +160,32 @@ class Manager : public thread::Runnable, public NoCopy {
     enum class Phase { open, draining, closed };
 
     void dispatch(const Message& message);
-    void finishShutdown();
+    void finishShutdown() VEK_REQUIRES(lifecycle);
     void muteLoggers();
     void dropAll();
-    void destroySinks();
+    void destroySinks() VEK_REQUIRES(mutex);
     void end();
 
-    Level defaultLevel = INFO;
+    Level defaultLevel VEK_GUARDED_BY(mutex) = INFO;
     BoundedQueue<std::unique_ptr<Message>> queue{queueCapacity};
-    Loggers loggers;
+    Loggers loggers VEK_GUARDED_BY(mutex);
     // Owned.
-    std::list<Sink*> sinks;
+    std::list<Sink*> sinks VEK_GUARDED_BY(mutex);
     vek::thread::Thread thread;
-    // Guards the level, both registries, the sinks, and everything below up to `lifecycle`, and is
-    // held during each dispatch. Locked before a sink's own locks and before the configurator's,
+    // Held during each dispatch. Locked before a sink's own locks and before the configurator's,
     // and never together with the queue's.
-    mutable std::mutex mutex;
-    std::uint32_t pid;
-    LevelSource* configurator = nullptr;
+    mutable StdMutex mutex;
+    std::uint32_t pid VEK_GUARDED_BY(mutex);
+    LevelSource* configurator VEK_GUARDED_BY(mutex) = nullptr;
     // From before a `shutdown`, muted. Kept for threads that still use them, and for `getLogger`.
-    Loggers formerLoggers;
-    Phase phase = Phase::open;
+    Loggers formerLoggers VEK_GUARDED_BY(mutex);
+    Phase phase VEK_GUARDED_BY(mutex) = Phase::open;
     // An exception has ended the worker, which hasn't been joined yet.
-    bool workerFailed = false;
+    bool workerFailed VEK_GUARDED_BY(mutex) = false;
     // The destructor runs, or the process ends.
-    bool ending = false;
+    bool ending VEK_GUARDED_BY(mutex) = false;
     // Guards the starting and joining of the worker. Locked before all others.
-    std::mutex lifecycle;
+    StdMutex lifecycle;
 };
 
 }  // namespace vek::log

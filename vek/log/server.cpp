@@ -2,10 +2,11 @@
 
 #include <iostream>
 #include <optional>
-#include <source_location>
 #include <sstream>
 #include <utility>
 
+#include "vek/base/compiler.h"
+#include "vek/base/scope_guard.h"
 #include "vek/exception.h"
 #include "vek/log/manager.h"
 #include "vek/log/service/discovery.h"
@@ -85,7 +86,7 @@ void Server::waitForClient() {
         throw RuntimeError("Server was not initialized");
     }
     thread::ScopeGuard guard(clientSignal);
-    while (!clientConnected) {
+    while (!clientConnected && !serviceEnded) {
         thread::sleepUnder(guard, clientSignal, [this] { clientSignal.wait(); });
     }
 }
@@ -109,7 +110,7 @@ bool Server::trySetCustomIP(net::IP4Address& address, const std::string& text,
         return true;
     } catch (const Exception& error) {
         std::ostringstream report;
-        report << std::source_location::current().function_name() << ": " << failureText << "\n\n"
+        report << VEK_FUNCTION_SIGNATURE << ": " << failureText << "\n\n"
                << error.printableText() << "\n";
         std::cerr << report.str() << std::flush;
         return false;
@@ -117,6 +118,17 @@ bool Server::trySetCustomIP(net::IP4Address& address, const std::string& text,
 }
 
 void Server::run() {
+    const ScopeGuard<Server> atEnd(this, [](Server* server) { server->endWait(); });
+    serve();
+}
+
+void Server::endWait() {
+    const thread::ScopeGuard guard(clientSignal);
+    serviceEnded = true;
+    clientSignal.wakeAll();
+}
+
+void Server::serve() {
     bindSockets();
     while (thread.getState() == thread::Thread::RUNNING) {
         serveReadySocket();

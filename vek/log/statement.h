@@ -6,10 +6,10 @@
 namespace vek::log {
 
 // Unlocks a logger at the end of a statement, also if its expression throws.
-class StreamRelease {
+class VEK_SCOPED_CAPABILITY StreamRelease {
   public:
-    explicit StreamRelease(Logger& locked) : logger(locked) {}
-    ~StreamRelease() { logger.releaseStream(); }
+    explicit StreamRelease(Logger& locked) VEK_REQUIRES(locked.lock) : logger(locked) {}
+    ~StreamRelease() VEK_RELEASE() { logger.releaseStream(); }
     StreamRelease(const StreamRelease&) = delete;
     StreamRelease& operator=(const StreamRelease&) = delete;
 

@@ -11,7 +11,7 @@
 namespace vek::net {
 
 // Sockets are blocking. Each operation makes one system call and throws NetError with its error
-// number, unless noted otherwise. Not thread-safe. Winsock must have been started (winsock.h).
+// number, unless noted otherwise. Not thread-safe. Winsock must have been started: see vek::VekPal.
 //
 // Child processes don't inherit sockets. The handle is made non-inheritable right after the call
 // that creates it, so only a child that another thread starts in between gets a copy.

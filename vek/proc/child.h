@@ -9,8 +9,8 @@
 // On a system without condition variables (before Windows Vista) children can't be started: `start`
 // throws RuntimeError and creates nothing.
 //
-// The shepherd's thread (shepherd.h) notices the exit of a child; `wait` collects the result from
-// it. vek::proc::Program adds pipes and the search for the program.
+// A thread of this library, the shepherd, notices the exit of a child; `wait` collects the result
+// from it. vek::proc::Program adds pipes and the search for the program.
 //
 // A child inherits every handle of this process that is inheritable when it starts, whatever the
 // handle is for. All Child and Program objects share one lock for their starts, and a Program makes

@@ -3,6 +3,7 @@
 
 #include "vek/base/no_copy.h"
 #include "vek/base/windows.h"
+#include "vek/proc/start_lock.h"
 
 namespace vek::proc {
 
@@ -13,7 +14,7 @@ class InheritedStream : public NoCopy {
     // (STD_INPUT_HANDLE, ...). A handle that isn't inheritable, such as the null device, is
     // duplicated; the original doesn't change. If duplication fails the original is used. Calls
     // GetStdHandle and DuplicateHandle. Doesn't throw.
-    InheritedStream(HANDLE chosen, DWORD standard);
+    InheritedStream(HANDLE chosen, DWORD standard) VEK_REQUIRES(startLock());
 
     // Closes the duplicate, if any.
     ~InheritedStream();

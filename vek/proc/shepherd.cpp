@@ -37,13 +37,14 @@ thread::Condition& usersGone() {
 }
 
 // Locks for a scope unless the calling thread holds the lock already.
-class LockUnlessHeld : public NoCopy {
+class VEK_SCOPED_CAPABILITY LockUnlessHeld : public NoCopy {
   public:
-    explicit LockUnlessHeld(thread::Condition& lock) {
+    explicit LockUnlessHeld(thread::Condition& lock) VEK_ACQUIRE(lock) {
         if (!lock.getMutex().isHeldByCaller()) {
             guard.emplace(lock);
         }
     }
+    ~LockUnlessHeld() VEK_RELEASE() {}
 
   private:
     std::optional<thread::ScopeGuard> guard;

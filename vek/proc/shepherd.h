@@ -9,6 +9,7 @@
 #include <map>
 #include <vector>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/base/windows.h"
 #include "vek/thread/condition.h"
@@ -52,7 +53,7 @@ class Shepherd final : public thread::Runnable, public NoCopy {
 
     // Guards everything in this object; signalled for each new result. Locking it twice on one
     // thread throws OsError with code 1131.
-    thread::Condition& getLock() { return lock; }
+    thread::Condition& getLock() VEK_RETURN_CAPABILITY(lock) { return lock; }
 
     // Throws OsError with code 1131 if the calling thread holds the lock, and leaves it held once.
     void refuseLockHeld();
@@ -63,7 +64,7 @@ class Shepherd final : public thread::Runnable, public NoCopy {
     // Starts to watch `info`. `child` may be null; otherwise its callback is called when it exits,
     // and it must live until then. The caller holds the lock. Throws RuntimeError if maxChildren
     // are running; the process isn't watched then.
-    void addChild(const PROCESS_INFORMATION& info, Child* child);
+    void addChild(const PROCESS_INFORMATION& info, Child* child) VEK_REQUIRES(lock);
 
     // Blocks until the child has exited, for `*timeoutMs` milliseconds at most if that isn't null.
     // Stores the exit code in `code` and returns true, or returns false after a time-out; 0 looks
@@ -92,16 +93,16 @@ class Shepherd final : public thread::Runnable, public NoCopy {
 
     bool isRunning() const;
     bool isOwnThread() const;
-    bool awaitChildren(std::vector<HANDLE>& watched);
-    void awaitEnd(const std::vector<HANDLE>& watched);
+    bool awaitChildren(std::vector<HANDLE>& watched) VEK_TRY_ACQUIRE(true, inWait);
+    void awaitEnd(const std::vector<HANDLE>& watched) VEK_RELEASE(inWait);
     Child* takeEnded(HANDLE handle, std::size_t index);
-    bool takeResult(const PROCESS_INFORMATION& info, std::uint32_t& code);
+    bool takeResult(const PROCESS_INFORMATION& info, std::uint32_t& code) VEK_REQUIRES(lock);
     static void notifyChildExited(Child& child);
 
     thread::Thread thread;
     thread::Condition lock;
     // The running children, in order of registration.
-    std::vector<HANDLE> handles;
+    std::vector<HANDLE> handles VEK_GUARDED_BY(lock);
     // Interrupts the system's wait so that the thread reads `handles` again. Owned.
     HANDLE wakeEvent;
     // Held by the thread while it is in the system's wait. Taken with `lock` held; `lock` is never
@@ -109,14 +110,14 @@ class Shepherd final : public thread::Runnable, public NoCopy {
     thread::Mutex inWait{true};
     // How often `forget` has removed a handle, and how often when the thread copied the handles: if
     // the two differ, the thread's copy is out of date.
-    std::uint32_t removals = 0;
-    std::uint32_t removalsAtCopy = 0;
+    std::uint32_t removals VEK_GUARDED_BY(lock) = 0;
+    std::uint32_t removalsAtCopy VEK_GUARDED_BY(lock) = 0;
     // Results that nobody has collected yet.
-    std::map<PROCESS_INFORMATION, std::uint32_t, ByHandle> exitCodes;
+    std::map<PROCESS_INFORMATION, std::uint32_t, ByHandle> exitCodes VEK_GUARDED_BY(lock);
     // The children with a callback.
-    std::map<PROCESS_INFORMATION, Child*, ByHandle> callbacks;
+    std::map<PROCESS_INFORMATION, Child*, ByHandle> callbacks VEK_GUARDED_BY(lock);
     // Set by endWaits.
-    bool isClosed = false;
+    bool isClosed VEK_GUARDED_BY(lock) = false;
     // The ShepherdUse objects that hold this shepherd; guarded by the lock of ensureShepherd.
     std::uint32_t users = 0;
     const std::uint32_t number;

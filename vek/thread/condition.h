@@ -9,6 +9,7 @@
 #include <memory>
 #include <variant>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
@@ -21,7 +22,11 @@
 namespace vek::thread {
 
 // Thread-safe. Must outlive its waiters.
-class Condition : public NoCopy {
+//
+// For the compiler's check of locks a condition is a lock: a ScopeGuard on it holds it, and members
+// may be guarded by it. The check doesn't know that a shared mutex belongs to a condition, so the
+// waits don't ask for it.
+class VEK_CAPABILITY Condition : public NoCopy {
   public:
     // Makes its own mutex, which checks re-entry. Throws OsError if an emulation can't be made; on
     // a system with condition variables this can't happen.
@@ -35,12 +40,12 @@ class Condition : public NoCopy {
     // held. Spurious wake-ups are possible. Throws OsError if the system call fails: the mutex is
     // held then, but if it checks re-entry, the count of a native wait is one locking short. Calls
     // SleepConditionVariableCS.
-    void wait();
+    void wait() VEK_NO_LOCK_ANALYSIS;
 
     // The same, but returns at `deadline` at the latest. Returns true on a wake-up, false on
     // time-out. With a deadline in the past the mutex is still released for a moment. The remaining
     // time is computed at the call and truncated to 32 bits (see deadline.h).
-    bool waitUntil(const time::MonotonicClock& deadline);
+    bool waitUntil(const time::MonotonicClock& deadline) VEK_NO_LOCK_ANALYSIS;
 
     // Wake one waiter, or all; without waiters nothing happens. The mutex may be held or not. A
     // native condition throws nothing, an emulated one OsError if the system call fails. Call

@@ -23,6 +23,7 @@
 #include <cstdint>
 #include <deque>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/base/windows.h"
 #include "vek/thread/mutex.h"
@@ -42,12 +43,12 @@ class ConditionEmulation : public NoCopy {
     // Releases `mutex`, which the caller holds once, and blocks until this waiter is woken, which
     // throws as said above. Throws OsError, with `mutex` held, if the system call fails. Calls
     // WaitForSingleObject.
-    void wait(Mutex& mutex);
+    void wait(Mutex& mutex) VEK_REQUIRES(mutex);
 
     // The same, but returns false, with `mutex` held, on time-out. The remaining time until
     // `deadline` is computed once, at the call, and deliberately used in full again each time a
     // wake-up of another waiter interrupts the wait.
-    bool waitUntil(Mutex& mutex, const time::MonotonicClock& deadline);
+    bool waitUntil(Mutex& mutex, const time::MonotonicClock& deadline) VEK_REQUIRES(mutex);
 
     // Release the first waiter, or all; do nothing if all are released already. Call SetEvent.
     // Throw OsError if that fails; the waiters count as released then.
@@ -55,25 +56,27 @@ class ConditionEmulation : public NoCopy {
     void wakeAll();
 
     // The internal lock, for a woken waiter to unlock.
-    Mutex& getLock() { return lock; }
+    Mutex& getLock() VEK_RETURN_CAPABILITY(lock) { return lock; }
 
   private:
-    bool sleep(Mutex& mutex, std::uint32_t timeoutMs);
-    bool leaveIfReleased(std::uint32_t ticket, Mutex& mutex);
-    void giveUp(std::uint32_t ticket, Mutex& mutex);
+    bool sleep(Mutex& mutex, std::uint32_t timeoutMs) VEK_REQUIRES(mutex);
+    // Its body isn't checked: the lock that it leaves held is deliberately the wrong one.
+    bool leaveIfReleased(std::uint32_t ticket, Mutex& mutex)
+        VEK_TRY_ACQUIRE(true, mutex) VEK_NO_LOCK_ANALYSIS;
+    void giveUp(std::uint32_t ticket, Mutex& mutex) VEK_ACQUIRE(mutex);
     void signal();
 
     // Waiters that are released but haven't returned yet.
-    std::uint32_t releaseCount = 0;
-    std::uint32_t waiterCount = 0;
-    std::uint32_t nextTicket = 1;
+    std::uint32_t releaseCount VEK_GUARDED_BY(lock) = 0;
+    std::uint32_t waiterCount VEK_GUARDED_BY(lock) = 0;
+    std::uint32_t nextTicket VEK_GUARDED_BY(lock) = 1;
     // The highest ticket that is released.
-    std::uint32_t releasedUpTo = 0;
+    std::uint32_t releasedUpTo VEK_GUARDED_BY(lock) = 0;
     // The tickets of waiters that gave up, in the order in which they left.
-    std::deque<std::uint32_t> abandoned;
+    std::deque<std::uint32_t> abandoned VEK_GUARDED_BY(lock);
     // All waiters wait for it; signalled while a released waiter hasn't returned yet.
     HANDLE event;
-    // Guards the members above. The innermost lock of all.
+    // The innermost lock of all.
     Mutex lock{true};
 };
 

@@ -3,12 +3,13 @@
 
 #include <cstdint>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/base/windows.h"
 
 namespace vek::thread {
 
-class Mutex : public NoCopy {
+class VEK_CAPABILITY Mutex : public NoCopy {
   public:
     // With `checkReentry` a second lock by the owner throws; without it, the mutex is recursive.
     explicit Mutex(bool checkReentry);
@@ -19,10 +20,10 @@ class Mutex : public NoCopy {
     // If re-entry is checked, a second lock by the owner throws OsError with code 1131
     // (ERROR_POSSIBLE_DEADLOCK). Deliberately, the section stays entered once more then: the caller
     // must call `unlock` once more.
-    void lock();
+    void lock() VEK_ACQUIRE();
 
     // Unlocks once. Only the owner may call this. Calls LeaveCriticalSection. Throws nothing.
-    void unlock();
+    void unlock() VEK_RELEASE();
 
     // Returns whether the calling thread holds the mutex. Throws nothing.
     bool isHeldByCaller() const;

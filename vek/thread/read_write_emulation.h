@@ -10,6 +10,7 @@
 
 #include <cstdint>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/thread/condition.h"
 #include "vek/thread/mutex.h"
@@ -17,32 +18,31 @@
 namespace vek::thread {
 
 // Thread-safe. A thread that locks what it holds is not detected.
-class ReadWriteEmulation : public NoCopy {
+class VEK_CAPABILITY ReadWriteEmulation : public NoCopy {
   public:
     // Throws OsError as Condition's constructor does.
     ReadWriteEmulation() = default;
 
     // Blocks until no writer holds the lock or waits for it, and locks it together with other
     // readers. Throws as Condition::wait does.
-    void lockShared();
+    void lockShared() VEK_ACQUIRE_SHARED();
 
     // Blocks until the lock is free, and locks it exclusively. Throws as above.
-    void lockExclusive();
+    void lockExclusive() VEK_ACQUIRE();
 
     // Unlocks what the caller holds. The last holder wakes the next writer, or all readers if no
     // writer waits. A free lock must not be unlocked. Throws as Condition::wakeOne does.
-    void unlock();
+    void unlock() VEK_RELEASE_ANY();
 
   private:
-    // Guards the members below.
     Mutex lock{true};
     Condition readerGate{lock};
     Condition writerGate{lock};
-    std::uint32_t readersWaiting = 0;
-    std::uint32_t writersWaiting = 0;
+    std::uint32_t readersWaiting VEK_GUARDED_BY(lock) = 0;
+    std::uint32_t writersWaiting VEK_GUARDED_BY(lock) = 0;
     // The number of holders.
-    std::uint32_t readers = 0;
-    std::uint32_t writer = 0;
+    std::uint32_t readers VEK_GUARDED_BY(lock) = 0;
+    std::uint32_t writer VEK_GUARDED_BY(lock) = 0;
 };
 
 }  // namespace vek::thread

@@ -9,6 +9,7 @@
 #include <memory>
 #include <variant>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/base/windows.h"
 #include "vek/thread/read_write_emulation.h"
@@ -17,7 +18,7 @@
 namespace vek::thread {
 
 // Thread-safe. A thread that holds it, in either way, must not lock it.
-class ReadWriteLock : public NoCopy {
+class VEK_CAPABILITY ReadWriteLock : public NoCopy {
   public:
     // Throws OsError if an emulation can't be made; natively this can't happen.
     ReadWriteLock();
@@ -25,12 +26,12 @@ class ReadWriteLock : public NoCopy {
     // Block until the lock is free for it, and lock it together with other readers, or exclusively.
     // A native lock throws nothing, an emulated one as ReadWriteEmulation does. Call
     // AcquireSRWLockShared and AcquireSRWLockExclusive.
-    void lockShared();
-    void lockExclusive();
+    void lockShared() VEK_ACQUIRE_SHARED();
+    void lockExclusive() VEK_ACQUIRE();
 
     // Unlocks what the caller holds. A free lock must not be unlocked. Throws as above. Calls
     // ReleaseSRWLockShared or ReleaseSRWLockExclusive.
-    void unlock();
+    void unlock() VEK_RELEASE_ANY();
 
   private:
     // Has a copy of the functions, so that it works after resetReadWriteFunctions.

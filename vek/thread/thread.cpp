@@ -7,6 +7,7 @@
 
 #include <process.h>
 
+#include "vek/base/terminate_handler.h"
 #include "vek/exception.h"
 #include "vek/os/objects.h"
 #include "vek/os/thread_name.h"
@@ -68,6 +69,7 @@ unsigned WINAPI Thread::enter(void* startRecord) {
 }
 
 void Thread::body() {
+    installTerminateHandlerOnNewThread();
     ++liveThreads;
     ownId = currentId();
     if (!name.empty()) {

@@ -128,9 +128,9 @@ class Thread : public Runnable, public NoCopy {
     std::atomic<std::uint32_t> ownId = 0;
     const std::string name;
     const std::unique_ptr<_Run_Interface> runInterface;
-    // Guards `state`; the worker waits on it.
+    // The worker waits on it.
     mutable Condition condition;
-    State state = CREATED;
+    State state VEK_GUARDED_BY(condition) = CREATED;
 };
 
 }  // namespace vek::thread

@@ -91,9 +91,16 @@ BOOL ScriptedSystem::controlService(SC_HANDLE service, DWORD control, SERVICE_ST
     if (failing("ControlService", handleName(service), control)) {
         return FALSE;
     }
-    if (states.front() == SERVICE_STOPPED) {
-        lastError = ERROR_SERVICE_NOT_ACTIVE;
-        return FALSE;
+    switch (states.front()) {
+        case SERVICE_STOPPED:
+            lastError = ERROR_SERVICE_NOT_ACTIVE;
+            return FALSE;
+        case SERVICE_START_PENDING:
+            lastError = ERROR_INVALID_SERVICE_CONTROL;
+            return FALSE;
+        case SERVICE_STOP_PENDING:
+            lastError = ERROR_SERVICE_CANNOT_ACCEPT_CTRL;
+            return FALSE;
     }
     states = statesAfterStop;
     if (states.back() != SERVICE_RUNNING) {

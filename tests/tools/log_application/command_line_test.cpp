@@ -39,6 +39,7 @@ TEST(CommandLine, KnowsEachCommand) {
     EXPECT_EQ(parsed({"sinks"}).command, Command::sinks);
     EXPECT_EQ(parsed({"save"}).command, Command::save);
     EXPECT_EQ(parsed({"tail"}).command, Command::tail);
+    EXPECT_EQ(parsed({"forward", "--to", "syslog+tcp://h:1"}).command, Command::forward);
 }
 
 TEST(CommandLine, NamesProcessesInEachWay) {
@@ -56,8 +57,8 @@ TEST(CommandLine, TakesValuesBehindAnEqualsSignToo) {
     const Options options =
         parsed({"tail", "--name=a=b", "--include", "--level=INFO", "--level=warn"});
     EXPECT_EQ(options.selection.names, (Texts{"a=b"}));
-    EXPECT_EQ(options.tail.filter.level, vek::log::WARN);
-    EXPECT_EQ(options.tail.filter.include.size(), 1u);
+    EXPECT_EQ(options.follow.filter.level, vek::log::WARN);
+    EXPECT_EQ(options.follow.filter.include.size(), 1u);
 }
 
 TEST(CommandLine, SetTakesLevelsBetweenItsOptions) {
@@ -76,18 +77,36 @@ TEST(CommandLine, TailTakesAllItsOptions) {
         {"tail", "--level",   "INFO", "--include",   "a",        "--include", "b",     "--exclude",
          "c",    "--logger",  "l",    "--output",    "text",     "--format",  "{msg}", "--expect",
          "done", "--timeout", "30s",  "--reconnect", "--buffer", "5"});
-    EXPECT_EQ(options.tail.filter.level, vek::log::INFO);
-    EXPECT_EQ(options.tail.filter.include.size(), 2u);
-    EXPECT_EQ(options.tail.filter.exclude.size(), 1u);
-    EXPECT_EQ(options.tail.filter.loggers, (Texts{"l"}));
+    EXPECT_EQ(options.follow.filter.level, vek::log::INFO);
+    EXPECT_EQ(options.follow.filter.include.size(), 2u);
+    EXPECT_EQ(options.follow.filter.exclude.size(), 1u);
+    EXPECT_EQ(options.follow.filter.loggers, (Texts{"l"}));
     EXPECT_EQ(options.tail.format, "{msg}");
     EXPECT_TRUE(options.tail.expect.has_value());
-    EXPECT_EQ(options.tail.timeoutMs, 30'000);
-    EXPECT_TRUE(options.tail.reconnect);
-    EXPECT_EQ(options.tail.bufferLines, 5u);
+    EXPECT_EQ(options.follow.timeoutMs, 30'000);
+    EXPECT_TRUE(options.follow.reconnect);
+    EXPECT_EQ(options.follow.bufferLines, 5u);
     EXPECT_EQ(parsed({"tail", "--output", "json"}).output, OutputKind::json);
     EXPECT_EQ(parsed({"tail", "--output", "raw"}).output, OutputKind::raw);
     EXPECT_EQ(parsed({"tail"}).output, OutputKind::text);
+}
+
+TEST(CommandLine, ForwardTakesAllItsOptions) {
+    const Options options =
+        parsed({"forward", "--to", "syslog+tcp://logs.example.com:601", "--level", "INFO",
+                "--include", "a", "--exclude", "c", "--logger", "l", "--facility", "local5",
+                "--timeout", "30s", "--buffer", "5"});
+    EXPECT_EQ(options.forward.to.text(), "logs.example.com:601");
+    EXPECT_EQ(options.forward.facility, 21);
+    EXPECT_EQ(options.follow.filter.level, vek::log::INFO);
+    EXPECT_EQ(options.follow.filter.include.size(), 1u);
+    EXPECT_EQ(options.follow.filter.exclude.size(), 1u);
+    EXPECT_EQ(options.follow.filter.loggers, (Texts{"l"}));
+    EXPECT_EQ(options.follow.timeoutMs, 30'000);
+    EXPECT_EQ(options.follow.bufferLines, 5u);
+    // It always goes on when a process ends.
+    EXPECT_TRUE(options.follow.reconnect);
+    EXPECT_EQ(parsed({"forward", "--to", "syslog+tcp://h:1"}).forward.facility, 1);
 }
 
 TEST(CommandLine, RefusesWhatItCannotUnderstand) {
@@ -123,6 +142,13 @@ TEST(CommandLine, RefusesWhatItCannotUnderstand) {
              {"tail", "--buffer", "many"},
              {"tail", "--output", "json", "--format", "{msg}"},
              {"tail", "--nosuch"},
+             {"tail", "--to", "syslog+tcp://h:1"},
+             {"forward"},
+             {"forward", "--to", "h:1"},
+             {"forward", "--to", "syslog+tcp://h:1", "--facility", "local8"},
+             {"forward", "--to", "syslog+tcp://h:1", "--buffer", "0"},
+             {"forward", "--to", "syslog+tcp://h:1", "--reconnect"},
+             {"forward", "--to", "syslog+tcp://h:1", "--output", "json"},
          }) {
         EXPECT_NE(refused(arguments), "") << testing::PrintToString(arguments);
     }

@@ -169,7 +169,8 @@ void expectCopiesKeepTheClassAndTheText(const E& error) {
     static_assert(std::is_copy_constructible_v<E>);
     const std::unique_ptr<vek::Exception> copy(error.clone());
     ASSERT_NE(copy, nullptr);
-    EXPECT_EQ(typeid(*copy), typeid(E));
+    const vek::Exception& copied = *copy;
+    EXPECT_EQ(typeid(copied), typeid(E));
     EXPECT_STREQ(copy->what(), error.what());
     try {
         copy->raise();

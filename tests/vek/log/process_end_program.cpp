@@ -92,11 +92,22 @@ int run(const char* how) {
         logMessages(100);
         return exitCode;
     }
-    if (is("broken-full") || is("broken-at-the-end") || is("broken-shutdown")) {
+    if (is("broken-full") || is("broken-at-the-end") || is("broken-shutdown") ||
+        is("broken-shutdown-busy")) {
         manager.start();
         // One in the worker's hand, and as many as the queue holds.
         logMessages(1 + static_cast<int>(Manager::queueCapacity));
-        if (is("broken-shutdown")) {
+        if (is("broken-shutdown-busy")) {
+            // They take up whatever room the queue has.
+            for (int i = 0; i < 8; ++i) {
+                std::thread([] {
+                    for (;;) {
+                        Manager::instance().getLogger("y")->emit(WARN, "busy");
+                    }
+                }).detach();
+            }
+        }
+        if (!is("broken-full") && !is("broken-at-the-end")) {
             std::thread([] { Manager::instance().shutdown(); }).detach();
             Sleep(200);
         }

@@ -100,4 +100,8 @@ TEST(ProcessEnd, EndsAlsoIfAShutdownWaitsForADeadWorkerForGood) {
     expectEndWithoutTheWorker("broken-shutdown");
 }
 
+TEST(ProcessEnd, EndsAlsoIfBusyThreadsTakeTheRoomThatSuchAShutdownWaitsFor) {
+    expectEndWithoutTheWorker("broken-shutdown-busy");
+}
+
 }  // namespace

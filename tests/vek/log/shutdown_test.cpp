@@ -1,12 +1,13 @@
 // What a shutdown does to the loggers, while the queue drains and afterwards.
-#include <array>
 #include <ios>
 
 #include <gtest/gtest.h>
 
+#include "tests/support/heap_use.h"
 #include "tests/vek/log/log_capture.h"
 #include "tests/vek/thread/lock_support.h"
 #include "vek/exception.h"
+#include "vek/log/level_source.h"
 #include "vek/log/manager.h"
 #include "vek/log/statement.h"
 
@@ -132,10 +133,27 @@ TEST_F(DrainingManager, HasThemAgainBehindANewStart) {
     EXPECT_TRUE(isWritten(x, ERR));
 }
 
+TEST_F(DrainingManager, HasThemAgainWithANewConfigurator) {
+    struct Source final : LevelSource {
+        void applyConfiguredLevel(Logger&) override {}
+    } source;
+    beginShutdown();
+    finish();
+    manager.setConfigurator(nullptr);
+    EXPECT_THROW(manager.ownLevels(), vek::RuntimeError);
+    manager.setConfigurator(&source);
+    EXPECT_TRUE(ownLevelsOf(manager).empty());
+    LogCapture late(manager);
+    manager.removeSink(late.getSink());
+    EXPECT_TRUE(manager.addSinkUnlessShutDown(late.getSink()));
+    manager.setConfigurator(nullptr);
+}
+
 TEST(LoggerAfterAShutdown, HasTheStateOfANewOne) {
     Manager manager;
     Logger& before = *manager.getLogger("x");
     manager.setLoggerLevel("x", TRACE);
+    before.setPid(1);
     VEK_LOG(before, ERR, std::hex << std::showbase);
     manager.start();
     manager.shutdown();
@@ -153,29 +171,7 @@ TEST(LoggerAfterAShutdown, HasTheStateOfANewOne) {
     manager.start();
     manager.shutdown();
     EXPECT_EQ(capture.texts(), (Texts{"255", "ff", "ff"}));
-}
-
-struct HeapUse {
-    std::size_t bytes = 0;
-    std::size_t blocks = 0;
-};
-
-HeapUse heapUse() {
-    std::array<HANDLE, 64> heaps;
-    const DWORD count = GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
-    HeapUse use;
-    for (DWORD i = 0; i < count && i < heaps.size(); ++i) {
-        PROCESS_HEAP_ENTRY entry = {};
-        HeapLock(heaps[i]);
-        while (HeapWalk(heaps[i], &entry) != 0) {
-            if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) {
-                use.bytes += entry.cbData;
-                ++use.blocks;
-            }
-        }
-        HeapUnlock(heaps[i]);
-    }
-    return use;
+    EXPECT_EQ(capture.messages()[0].pid, GetCurrentProcessId());
 }
 
 void startAndShutDown(Manager& manager, int rounds) {
@@ -191,9 +187,9 @@ void startAndShutDown(Manager& manager, int rounds) {
 TEST(LoggerAfterAShutdown, TakesNoMemoryOverAThousandRounds) {
     Manager manager;
     startAndShutDown(manager, 10);
-    const HeapUse before = heapUse();
+    const support::HeapUse before = support::heapUse();
     startAndShutDown(manager, 1000);
-    const HeapUse after = heapUse();
+    const support::HeapUse after = support::heapUse();
     RecordProperty("bytes", std::to_string(after.bytes - before.bytes));
     ASSERT_GT(before.blocks, 0u);
     EXPECT_LT(after.bytes, before.bytes + 50000);

@@ -2,6 +2,8 @@
 #include <atomic>
 #include <thread>
 
+#include "tests/support/files.h"
+#include "tests/support/replaced_import.h"
 #include "tests/vek/proc/proc_test.h"
 #include "vek/proc/shepherd.h"
 #include "vek/thread/scope_guard.h"
@@ -146,6 +148,39 @@ TEST_F(ForgottenChild, CallbackIsNotCalled) {
     end.set();
     EXPECT_EQ(waited(other).code, 4u);
     EXPECT_EQ(callback.calls, 0);
+}
+
+std::atomic<bool> delaysWaits = false;
+std::atomic<bool> isDelayed = false;
+
+DWORD WINAPI waitLater(DWORD count, const HANDLE* handles, BOOL all, DWORD timeoutMs) {
+    // On two children and the shepherd's event.
+    if (delaysWaits && count == 3) {
+        isDelayed = true;
+        Sleep(300);
+    }
+    return WaitForMultipleObjectsEx(count, handles, all, timeoutMs, FALSE);
+}
+
+TEST_F(ForgottenChild, HandleStaysOpenUntilTheShepherdHasLeftItsWait) {
+    const support::ReplacedImport<decltype(&WaitForMultipleObjects)> replaced(
+        "WaitForMultipleObjects", waitLater);
+    const NamedEvent end;
+    const NamedEvent endOfOther;
+    Child child;
+    Child other;
+    startWaiting(other, endOfOther, "4");
+    testing::internal::CaptureStderr();
+    delaysWaits = true;
+    startWaiting(child, end, "3");
+    // The shepherd has copied the handles, and the system doesn't wait on them yet.
+    EXPECT_TRUE(support::waitUntil([] { return isDelayed.load(); }, vek::test::limitMs));
+    EXPECT_EQ(waitWithTheLockHeld(child), 1131u);
+    delaysWaits = false;
+    end.set();
+    endOfOther.set();
+    EXPECT_EQ(waited(other).code, 4u);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(ForgottenChild, ManyThreadsForgetAndStartAtOnce) {

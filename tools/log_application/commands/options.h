@@ -1,7 +1,6 @@
 // log_application::Options: the parsed command line.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,12 +8,14 @@
 
 #include "tools/log_application/connection/level_change.h"
 #include "tools/log_application/finding/selection.h"
-#include "tools/log_application/follow/line_filter.h"
+#include "tools/log_application/follow/following.h"
+#include "tools/log_application/forward/collector_address.h"
+#include "tools/log_application/forward/syslog_message.h"
 #include "tools/log_application/show/line_renderer.h"
 
 namespace log_application {
 
-enum class Command { ps, levels, set, sinks, save, tail, web };
+enum class Command { ps, levels, set, sinks, save, tail, web, forward };
 
 struct SetOptions {
     std::vector<LevelChange> changes;
@@ -23,16 +24,17 @@ struct SetOptions {
 };
 
 struct TailOptions {
-    FilterOptions filter;
     std::string format;                 // empty: the default format
     std::optional<TextPattern> expect;  // tail ends at the first line whose text it is found in
-    std::optional<std::int64_t> timeoutMs;
-    bool reconnect = false;
-    std::size_t bufferLines = 200'000;  // of web too
 };
 
 struct WebOptions {
     std::uint16_t port = 0;  // of 127.0.0.1; 0: a free one
+};
+
+struct ForwardOptions {
+    CollectorAddress to;
+    int facility = userFacility;
 };
 
 struct Options {
@@ -40,8 +42,10 @@ struct Options {
     Selection selection;
     OutputKind output = OutputKind::text;
     SetOptions set;
+    FollowOptions follow;
     TailOptions tail;
     WebOptions web;
+    ForwardOptions forward;
 };
 
 }  // namespace log_application

@@ -35,9 +35,9 @@ class StopAtEnd : public vek::NoCopy {
 WebCommand::WebCommand(const Options& commandOptions, StopSignal& stopSignal)
     : options(commandOptions),
       stop(stopSignal),
-      queue(commandOptions.tail.bufferLines),
+      queue(commandOptions.follow.bufferLines),
       merger(TimeMerger::usualWindowMs),
-      lines(commandOptions.tail.bufferLines) {}
+      lines(commandOptions.follow.bufferLines) {}
 
 ExitCode WebCommand::run() {
     const std::string token = randomToken();

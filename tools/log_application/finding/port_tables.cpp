@@ -7,6 +7,7 @@
 // Needs windows.h.
 #include <iphlpapi.h>
 
+#include "vek/fs/path_text.h"
 #include "vek/net/ip4_address.h"
 
 namespace log_application {
@@ -77,7 +78,7 @@ class SystemPortTables : public PortTables {
             return "";
         }
         path.resize(size);
-        path.erase(0, path.find_last_of("\\/") + 1);
+        vek::fs::baseName(path);
         constexpr std::size_t extensionSize = 4;
         if (path.size() > extensionSize &&
             _stricmp(path.c_str() + path.size() - extensionSize, ".exe") == 0) {

@@ -34,14 +34,19 @@ Follower::~Follower() {
 }
 
 void Follower::setProcess(Process now) {
-    const std::lock_guard guard(labelLock);
-    processLabel = now.label();
-    process = std::move(now);
+    process = now;
+    const vek::StdGuard guard(shownLock);
+    shownProcess = std::move(now);
 }
 
 std::string Follower::label() const {
-    const std::lock_guard guard(labelLock);
-    return processLabel;
+    const vek::StdGuard guard(shownLock);
+    return shownProcess ? shownProcess->label() : "";
+}
+
+std::optional<Process> Follower::lastProcess() const {
+    const vek::StdGuard guard(shownLock);
+    return shownProcess;
 }
 
 void Follower::run() {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -12,6 +11,7 @@
 #include "tools/log_application/follow/followed_processes.h"
 #include "tools/log_application/follow/line_queue.h"
 #include "tools/log_application/program/stop_signal.h"
+#include "vek/base/std_mutex.h"
 #include "vek/thread/runnable.h"
 #include "vek/thread/thread.h"
 
@@ -49,6 +49,9 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     // The label of the process that is or was followed last. Thread-safe.
     std::string label() const;
 
+    // That process. None if none was found yet. Thread-safe.
+    std::optional<Process> lastProcess() const;
+
   private:
     void followOnce();
     void readMessages(Client& client);
@@ -61,9 +64,9 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     const FollowerContext context;
     const std::size_t source;
     const Selection selection;
-    std::optional<Process> process;
-    mutable std::mutex labelLock;
-    std::string processLabel;  // guarded by `labelLock`
+    std::optional<Process> process;  // used on the thread alone
+    mutable vek::StdMutex shownLock;
+    std::optional<Process> shownProcess VEK_GUARDED_BY(shownLock);
     bool wasConnected = false;
     vek::thread::Thread thread;
 };

@@ -27,7 +27,6 @@ void LineQueue::addEnd(std::size_t source) {
     add({Arrival::ended, source, ""});
 }
 
-// The caller holds the lock.
 void LineQueue::add(Arrival arrival) {
     // The dropped messages of this source came earlier.
     if (const auto drop = drops.extract(arrival.source)) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tools/log_application/follow/arrival.h"
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/thread/condition.h"
 #include "vek/time/clock.h"
@@ -35,14 +36,14 @@ class LineQueue : public vek::NoCopy {
     std::vector<Arrival> take(const vek::time::MonotonicClock& deadline);
 
   private:
-    void add(Arrival arrival);
+    void add(Arrival arrival) VEK_REQUIRES(condition);
 
     const std::size_t capacity;
     vek::thread::Condition condition;
-    std::vector<Arrival> arrivals;
-    std::size_t messages = 0;
-    std::size_t bytes = 0;
-    std::map<std::size_t, std::uint64_t> drops;
+    std::vector<Arrival> arrivals VEK_GUARDED_BY(condition);
+    std::size_t messages VEK_GUARDED_BY(condition) = 0;
+    std::size_t bytes VEK_GUARDED_BY(condition) = 0;
+    std::map<std::size_t, std::uint64_t> drops VEK_GUARDED_BY(condition);
 };
 
 }  // namespace log_application

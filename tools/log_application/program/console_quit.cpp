@@ -2,23 +2,23 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <mutex>
 
+#include "vek/base/std_mutex.h"
 #include "vek/exception.h"
 
 namespace log_application {
 
 namespace {
 
-std::mutex lock;
+vek::StdMutex lock;
 std::condition_variable gone;
-StopSignal* target = nullptr;  // guarded by `lock`
+StopSignal* target VEK_GUARDED_BY(lock) = nullptr;
 
 }  // namespace
 
 ConsoleQuit::ConsoleQuit(StopSignal& stopSignal) {
     {
-        const std::lock_guard guard(lock);
+        const vek::StdGuard guard(lock);
         target = &stopSignal;
     }
     if (SetConsoleCtrlHandler(handle, TRUE) == 0) {
@@ -28,7 +28,7 @@ ConsoleQuit::ConsoleQuit(StopSignal& stopSignal) {
 
 ConsoleQuit::~ConsoleQuit() {
     {
-        const std::lock_guard guard(lock);
+        const vek::StdGuard guard(lock);
         target = nullptr;
     }
     gone.notify_all();
@@ -36,13 +36,16 @@ ConsoleQuit::~ConsoleQuit() {
 }
 
 BOOL WINAPI ConsoleQuit::handle(DWORD kind) {
-    std::unique_lock guard(lock);
+    vek::StdGuard guard(lock);
     if (target != nullptr) {
         target->onQuit();
     }
     if (kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT) {
-        gone.wait_for(guard, std::chrono::milliseconds(closingTimeMs),
-                      [] { return target == nullptr; });
+        const auto deadline =
+            std::chrono::steady_clock::now() + std::chrono::milliseconds(closingTimeMs);
+        while (target != nullptr &&
+               gone.wait_until(guard.forWait(), deadline) != std::cv_status::timeout) {
+        }
     }
     return TRUE;
 }

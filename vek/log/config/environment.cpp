@@ -8,6 +8,7 @@
 #include "vek/base/environment_block.h"
 #include "vek/base/text.h"
 #include "vek/log/configurator.h"
+#include "vek/thread/scope_guard.h"
 
 namespace vek::log {
 
@@ -56,6 +57,7 @@ bool Configurator::parseEnvCategoryLevel(const std::string& name, const std::str
     const std::string logger = name.substr(pieces[0].size() + pieces[1].size() + 2);
     try {
         const Level level = parseLevel(value);
+        const thread::ScopeGuard guard(levelsLock);
         loggerLevels[logger] = level;
         return true;
     } catch (const std::exception&) {

@@ -11,6 +11,7 @@
 #include "vek/log/config/file_check.h"
 #include "vek/log/config/report.h"
 #include "vek/log/configurator.h"
+#include "vek/thread/scope_guard.h"
 
 namespace vek::log {
 
@@ -145,6 +146,7 @@ void Configurator::parseLoggers(const libconfig::Setting& loggers, std::string& 
     for (int i = 0; i < loggers.getLength(); ++i) {
         const std::string name = loggers[i].getName();
         loggers.lookupValue(name, value);
+        const thread::ScopeGuard guard(levelsLock);
         Level& level = loggerLevels[name];
         try {
             level = parseLevel(value);

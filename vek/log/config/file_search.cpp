@@ -1,7 +1,6 @@
 // Finds logging.conf.
 #include <vector>
 
-#include "vek/base/text.h"
 #include "vek/fs/operations.h"
 #include "vek/fs/path_text.h"
 #include "vek/fs/program_path.h"
@@ -12,8 +11,7 @@ namespace vek::log {
 // Searches the executable's directory and its parents, and in each of them the directory "etc". The
 // entry found need not be a file.
 std::string Configurator::findConfigFile() {
-    std::vector<std::string> components;
-    split(programDirectory(), '\\', components, false, false);
+    std::vector<std::string> components = fs::components(programDirectory());
     for (; !components.empty(); components.pop_back()) {
         const std::string directory = fs::join(components);
         for (const std::string& path : {fs::join({directory, configFileName}),

@@ -4,10 +4,10 @@
 
 #include <cstddef>
 #include <deque>
-#include <mutex>
 #include <utility>
 
 #include "vek/base/no_copy.h"
+#include "vek/base/std_mutex.h"
 #include "vek/log/queue/queue_lock.h"
 
 namespace vek::log {
@@ -26,7 +26,7 @@ class BoundedQueue : public NoCopy {
     // Appends `element`. Blocks, without a time-out, while the queue is full. Throws also what
     // appending throws, as std::bad_alloc; the queue is unchanged then.
     void push(Element element) {
-        const std::lock_guard<QueueLock> guard(lock);
+        const LockGuard<QueueLock> guard(lock);
         while (elements.size() >= capacity) {
             lock.wait(QueueLock::notFull);
         }
@@ -43,7 +43,7 @@ class BoundedQueue : public NoCopy {
     // Removes and returns the element at the front. Blocks, without a time-out, while the queue is
     // empty.
     Element pop() {
-        const std::lock_guard<QueueLock> guard(lock);
+        const LockGuard<QueueLock> guard(lock);
         while (elements.empty()) {
             lock.wait(QueueLock::notEmpty);
         }
@@ -56,13 +56,13 @@ class BoundedQueue : public NoCopy {
     // Destroys all elements and wakes all threads that wait for room.
     void clear() {
         std::deque<Element> dropped;
-        const std::lock_guard<QueueLock> guard(lock);
+        const LockGuard<QueueLock> guard(lock);
         dropped.swap(elements);
         lock.wakeAll(QueueLock::notFull);
     }
 
   private:
-    std::deque<Element> elements;
+    std::deque<Element> elements VEK_GUARDED_BY(lock);
     const std::size_t capacity;
     QueueLock lock;
 };

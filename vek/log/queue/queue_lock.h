@@ -8,12 +8,13 @@
 #include <cstddef>
 #include <memory>
 
+#include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 
 namespace vek::log {
 
 // Thread-safe. Every operation throws std::system_error if the system fails.
-class QueueLock : public NoCopy {
+class VEK_CAPABILITY QueueLock : public NoCopy {
   public:
     enum Condition : std::size_t { notEmpty = 0, notFull = 1 };
 
@@ -22,22 +23,22 @@ class QueueLock : public NoCopy {
     ~QueueLock();
 
     // Lock (without a time-out) and unlock the mutex, which isn't recursive.
-    void lock();
-    void unlock();
+    void lock() VEK_ACQUIRE();
+    void unlock() VEK_RELEASE();
 
     // Call with the mutex held: unlocks it, sleeps until a wake-up, and locks it again. May return
     // without a wake-up. The mutex is held also if this throws.
-    void wait(Condition condition);
+    void wait(Condition condition) VEK_REQUIRES(this);
 
     // Call with the mutex held: wakes one thread that waits for `condition` and hasn't been woken
     // yet, if there is one.
-    void wakeOne(Condition condition);
+    void wakeOne(Condition condition) VEK_REQUIRES(this);
 
     // The same for all such threads.
-    void wakeAll(Condition condition);
+    void wakeAll(Condition condition) VEK_REQUIRES(this);
 
   private:
-    void leave(Condition condition);
+    void leave(Condition condition) VEK_REQUIRES(this);
 
     struct Native;
     struct Portable;
@@ -47,8 +48,8 @@ class QueueLock : public NoCopy {
     const std::unique_ptr<Portable> portable;
     // Threads waiting on each condition, and how many of those have been woken but don't run yet. A
     // wake-up that nobody needs is skipped.
-    std::size_t waiters[2] = {};
-    std::size_t woken[2] = {};
+    std::size_t waiters[2] VEK_GUARDED_BY(this) = {};
+    std::size_t woken[2] VEK_GUARDED_BY(this) = {};
 };
 
 }  // namespace vek::log

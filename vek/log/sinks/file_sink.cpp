@@ -5,10 +5,10 @@
 #include <iostream>
 #include <iterator>
 #include <limits>
-#include <source_location>
 #include <sstream>
 #include <utility>
 
+#include "vek/base/compiler.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/fs/current_directory.h"
@@ -115,8 +115,7 @@ void FileSink::store(const Message& message) {
     } catch (const Exception& error) {
         // In one write: this may be repeated at each message.
         std::ostringstream report;
-        report << std::source_location::current().function_name()
-               << ": Logfile rotation failed: " << error.what() << "\n";
+        report << VEK_FUNCTION_SIGNATURE << ": Logfile rotation failed: " << error.what() << "\n";
         std::cerr << report.str() << std::flush;
         if (config.enabled) {
             openFile();

@@ -1,5 +1,5 @@
 // vek::log::FileSink: writes messages to a log file and limits its size and age by rotation: the
-// file becomes archive 1 (see archives.h), older archives move up, the oldest is deleted.
+// file becomes archive 1, "<path>.old.1", older archives move up, the oldest is deleted.
 #pragma once
 
 #include <cstdint>

@@ -34,8 +34,8 @@ static_assert(std::ranges::is_sorted(keywords, {}, &Keyword::text));
 
 // Null for an unknown keyword.
 const Keyword* findKeyword(std::string_view text) {
-    const auto* const found = std::ranges::lower_bound(keywords, text, {}, &Keyword::text);
-    return found != keywords.end() && found->text == text ? found : nullptr;
+    const auto found = std::ranges::lower_bound(keywords, text, {}, &Keyword::text);
+    return found != keywords.end() && found->text == text ? &*found : nullptr;
 }
 
 void reportUnknown(std::string_view keyword) {

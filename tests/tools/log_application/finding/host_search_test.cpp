@@ -11,7 +11,9 @@
 #include "tests/tools/log_application/support/tool_test.h"
 #include "tools/log_application/commands/levels_command.h"
 #include "tools/log_application/commands/ps_command.h"
+#include "tools/log_application/commands/save_command.h"
 #include "tools/log_application/commands/set_command.h"
+#include "tools/log_application/commands/sinks_command.h"
 #include "tools/log_application/commands/tail_command.h"
 #include "tools/log_application/program/failure.h"
 
@@ -35,6 +37,13 @@ void serve(Peer& peer) {
             peer.sendFrame("agent-list:net=DEBUG");
         } else if (type == "change-default-scope") {
             peer.sendFrame("change-default-scope:ack");
+        } else if (type == "evidence-info") {
+            peer.sendFrame(
+                "evidence-info:custom_format=false\x1F"
+                "enabled=true\x1Fid=file#0\x1Fmax_scope=INFO\x1Fpath=C:\\x.log");
+            peer.sendFrame("evidence-info:end-of-reply");
+        } else if (type == "persist-config") {
+            peer.sendFrame("persist-config:ack");
         } else if (type == "get-messages") {
             peer.sendFrame(messageTelegram("live"));
             return;
@@ -141,6 +150,31 @@ TEST_F(ThreeHiddenProcesses, AreReachedByTail) {
     options.output = OutputKind::raw;
     const std::string shown = outputOf([&] { return TailCommand(options, stop).run(); }, exitLost);
     EXPECT_EQ(shown, "live\nlive\nlive\n");
+}
+
+TEST_F(ThreeHiddenProcesses, AreFollowedAgainByTailWithReconnect) {
+    options.output = OutputKind::raw;
+    options.follow.reconnect = true;
+    options.follow.timeoutMs = 5000;
+    const std::string shown = outputOf([&] { return TailCommand(options, stop).run(); });
+    // Each server ends the connection behind its message and stays.
+    EXPECT_GE(lineCount(shown), 6u) << shown;
+    EXPECT_EQ(shown.find_first_not_of("live\n"), std::string::npos) << shown;
+}
+
+TEST_F(ThreeHiddenProcesses, AreReachedBySinksAndSave) {
+    const std::string sinks = outputOf([&] { return runSinks(options, stop); });
+    options.selection.all = true;
+    const std::string save = outputOf([&] { return runSave(options, stop); });
+    for (std::size_t i = 0; i < servers.size(); ++i) {
+        const std::string label = "demo" + std::to_string(i) + "* (" +
+                                  std::to_string(firstPid + static_cast<std::uint32_t>(i)) + ")";
+        EXPECT_TRUE(
+            holds(sinks, label + " at 127.0.0.1:" + std::to_string(servers[i]->port) + "\n"))
+            << sinks;
+        EXPECT_TRUE(holds(save, label + ": the levels are saved\n")) << save;
+    }
+    EXPECT_TRUE(holds(sinks, "  file#0  true     INFO       false       C:\\x.log\n")) << sinks;
 }
 
 TEST_F(ThreeHiddenProcesses, AreSelectedByTheNameOfTheProgram) {

@@ -1,9 +1,11 @@
 // log_application on a real console: Ctrl-C, and colours.
+#include <atomic>
 #include <string>
 
 #include "tests/support/console_fixture.h"
 #include "tests/support/files.h"
 #include "tests/tools/log_application/support/output_pipe.h"
+#include "tests/tools/log_application/support/scripted_collector.h"
 #include "tests/tools/log_application/support/tool_test.h"
 
 namespace {
@@ -85,6 +87,46 @@ TEST_F(CtrlC, EndsTheWaitForAnAnswer) {
     const DWORD start = GetTickCount();
     EXPECT_EQ(runTool("levels " + server.connect()).code, static_cast<DWORD>(exitLost));
     EXPECT_LT(GetTickCount() - start, 4000u);
+}
+
+TEST_F(CtrlC, EndsForwardWith0AfterWhatIsLeftWasSent) {
+    ScriptedServer server([](Peer& peer) {
+        peer.request();
+        peer.sendFrame(messageTelegram("one"));
+        peer.waitForEnd();
+    });
+    std::atomic<bool> isPressed = false;
+    ScriptedCollector collector([&isPressed](ScriptedCollector::Connection& connection, int) {
+        if (isPressed) {
+            connection.readAll();
+        } else {
+            connection.resetAtTheEnd();
+        }
+    });
+    ToolRun run("forward " + server.connect() + " " + collector.to());
+    ASSERT_TRUE(run.waitForErrors(" was lost: ")) << run.errors();
+    isPressed = true;
+    press();
+    EXPECT_EQ(run.wait(), static_cast<DWORD>(exitDone)) << run.errors();
+    EXPECT_EQ(collector.texts(), std::vector<std::string>{"one"});
+}
+
+TEST_F(CtrlC, EndsForwardWith3WithinItsTimeIfTheCollectorIsAway) {
+    ScriptedServer server([](Peer& peer) {
+        peer.request();
+        peer.sendFrame(messageTelegram("one"));
+        peer.waitForEnd();
+    });
+    ToolRun run("forward --to syslog+tcp://127.0.0.1:" + std::to_string(freePort()) + " " +
+                server.connect());
+    ASSERT_TRUE(run.waitForErrors("following ")) << run.errors();
+    Sleep(1000);
+    const DWORD start = GetTickCount();
+    press();
+    EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost)) << run.errors();
+    EXPECT_LT(GetTickCount() - start, 10'000u);
+    EXPECT_TRUE(holds(run.errors(), "1 messages may not have reached the collector: "))
+        << run.errors();
 }
 
 TEST_F(CtrlC, TheSecondTimeEndsTheProgramThoughItsOutputTakesNothing) {

@@ -4,6 +4,8 @@
 #include "tests/support/files.h"
 #include "tests/vek/log/config/config_fixture.h"
 #include "tests/vek/log/service/log_service.h"
+#include "vek/pal.h"
+#include "vek/proc/child.h"
 
 namespace {
 
@@ -119,6 +121,72 @@ TEST_F(ConfiguratorService, GroupOfTheProcessWinsOverTheDefaultsInTheWait) {
           " }; processes = { p = { wait_log_application = false; }; };");
     EXPECT_NE(portAt(address), 0);
     EXPECT_EQ(program->errorText(), "");
+}
+
+TEST_F(ConfiguratorService, DoesNotWaitForAServiceThatHasDied) {
+    support::writeFile(root + "\\logging.conf",
+                       "defaults = { wait_log_application = true; listen_addr = \"192.0.2.1\"; " +
+                           discoveryAddress() + " };");
+    program = std::make_unique<support::ChildProcess>(
+        CONFIGURED_PROGRAM, "configure=p threads -- --logcfg " + root + "\\logging.conf",
+        root + "\\error.txt");
+    EXPECT_TRUE(program->waitForEnd(limitMs));
+    EXPECT_EQ(program->exitCode(), 0u);
+    const std::string report = program->errorText();
+    EXPECT_NE(report.find("Waiting for log_application program to connect"), std::string::npos);
+    EXPECT_NE(report.find("Thread log-server ("), std::string::npos) << report;
+    EXPECT_NE(report.find("died with VEK exception:"), std::string::npos) << report;
+}
+
+TEST_F(ConfiguratorService, ReportsThatNobodyReadsStopTheServiceUntilTheyAreRead) {
+    support::writeFile(root + "\\logging.conf", "defaults = { " + discoveryAddress() + " };");
+    const vek::VekPal pal(false, 0, 4, nullptr);
+    vek::proc::Pipe errors;
+    errors.keepReadEnd();
+    vek::proc::Child child;
+    child.setArguments(
+        {CONFIGURED_PROGRAM, "configure=p", "stay", "--", "--logcfg", root + "\\logging.conf"},
+        true);
+    child.setStderrHandle(errors, vek::proc::PipeEnd::write);
+    child.start();
+    errors.closeWriteEnd();
+    const std::uint16_t port = portAt(address);
+    ASSERT_NE(port, 0);
+    // Long enough for an answer of a service that isn't stopped.
+    const DWORD answerMs = 3000;
+    int reports = 0;
+    bool isStopped = false;
+    while (reports < 100 && !isStopped) {
+        ServiceClient client(port);
+        client.socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &answerMs, sizeof answerMs);
+        try {
+            // The report repeats the type.
+            EXPECT_EQ(client.ask(std::string(1000, 'x') + ":"), "unsupported:");
+            ++reports;
+        } catch (const vek::NetError&) {
+            isStopped = true;
+        }
+    }
+    EXPECT_TRUE(isStopped);
+    EXPECT_LE(reports, 4);
+    ServiceClient other(port);
+    other.socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &answerMs, sizeof answerMs);
+    other.send("get-default-scope:");
+    EXPECT_THROW(other.receive(), vek::NetError);
+    limitReceiving(other.socket);
+
+    vek_test::ScopedThread reader([&] {
+        char buffer[1000];
+        DWORD count = 0;
+        while (ReadFile(errors.readEnd, buffer, sizeof buffer, &count, nullptr) != 0) {
+        }
+    });
+    EXPECT_EQ(other.receive(), "default-scope:scope=WARN");
+    vek::proc::Child::kill(child.getProcess().dwProcessId);
+    vek::proc::ExitStatus status;
+    child.wait(status);
+    reader.join();
+    errors.closeReadEnd();
 }
 
 TEST_F(ConfiguratorService, SavesItselfForAClientWhichLearnsOfAFailureInOneReply) {
