@@ -15,6 +15,9 @@ namespace {
 
 using namespace log_application_test;
 
+// Settings with which the logger "a" logs.
+constexpr const char* ticking = "default_level = \"INFO\";";
+
 // The address that the program has printed, in its parts.
 struct PageAddress {
     explicit PageAddress(const std::string& output) {
@@ -90,8 +93,8 @@ TEST_F(WebTest, TakesTheGivenPort) {
 }
 
 TEST_F(WebTest, ShowsSeveralProcessesAndTheirMessages) {
-    ServiceProcess one("idle", ownName("one"));
-    ServiceProcess two("idle", ownName("two"));
+    ServiceProcess one("idle", ownName("one"), ticking);
+    ServiceProcess two("idle", ownName("two"), ticking);
     const ToolRun run("web");
     const PageAddress page = addressOf(run);
     HttpPeer peer(page.port);
@@ -215,7 +218,7 @@ TEST_F(WebTest, PutsLevelsBackAtItsEnd) {
 
 TEST_F(WebTest, AProcessThatEndsAndReturnsIsFollowedAgain) {
     const std::string name = ownName("again");
-    auto service = std::make_unique<ServiceProcess>("idle", name);
+    auto service = std::make_unique<ServiceProcess>("idle", name, ticking);
     const ToolRun run("web --name " + name);
     const PageAddress page = addressOf(run);
     HttpPeer peer(page.port);
@@ -223,7 +226,7 @@ TEST_F(WebTest, AProcessThatEndsAndReturnsIsFollowedAgain) {
     peer.readUntil("\"tick ");
     service.reset();
     peer.readUntil("\"state\":\"ended\"");
-    service = std::make_unique<ServiceProcess>("idle", name);
+    service = std::make_unique<ServiceProcess>("idle", name, ticking);
     const std::string pid = std::to_string(service->process().processId());
     const std::string text = peer.readUntil("\"pid\":" + pid + ",\"tid\"");
     EXPECT_FALSE(holds(text.substr(text.rfind("event: processes")), "\"state\":\"ended\"")) << text;
@@ -231,7 +234,7 @@ TEST_F(WebTest, AProcessThatEndsAndReturnsIsFollowedAgain) {
 }
 
 TEST_F(WebTest, ABrowserThatConnectsAgainGetsWhatItDoesNotHave) {
-    ServiceProcess service("idle", ownName("resumed"));
+    ServiceProcess service("idle", ownName("resumed"), ticking);
     const ToolRun run("web " + service.connect());
     const PageAddress page = addressOf(run);
     HttpPeer first(page.port);
