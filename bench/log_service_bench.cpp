@@ -144,15 +144,18 @@ void measureStreaming(const net::IP4Address& service, std::size_t textSize) {
 
     BareConnection bare;
     const std::string frame(size, 'x');
+    const auto bytesPerRound = [size] {
+        return std::uint64_t{size} * static_cast<unsigned>(messagesPerRound());
+    };
     const auto stream = [&] {
-        std::thread reader([&] { client.drain(std::uint64_t{size} * messagesPerRound()); });
+        std::thread reader([&] { client.drain(bytesPerRound()); });
         for (int i = 0; i < messagesPerRound(); ++i) {
             logger.emit(log::WARN, text);
         }
         reader.join();
     };
     const auto sendLoop = [&] {
-        std::thread reader([&] { bare.client->drain(std::uint64_t{size} * messagesPerRound()); });
+        std::thread reader([&] { bare.client->drain(bytesPerRound()); });
         for (int i = 0; i < messagesPerRound(); ++i) {
             bare.server->write(frame.data(), size);
         }
@@ -163,7 +166,7 @@ void measureStreaming(const net::IP4Address& service, std::size_t textSize) {
     log::NetSink sink(log::SinkConfig(), std::move(direct.server), std::move(buffer));
     const log::Message message("bench", text, log::WARN, GetCurrentProcessId());
     const auto storeLoop = [&] {
-        std::thread reader([&] { direct.client->drain(std::uint64_t{size} * messagesPerRound()); });
+        std::thread reader([&] { direct.client->drain(bytesPerRound()); });
         for (int i = 0; i < messagesPerRound(); ++i) {
             sink.store(message);
         }

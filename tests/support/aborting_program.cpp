@@ -5,6 +5,7 @@
 //   4    with one: the runtime has loaded user32.dll
 //   5    user32.dll was there from the start, so nothing can be said
 //   6    the system may show message boxes
+//   7    the runtime may show message boxes: not every runtime shows one for an abort
 #include <csignal>
 #include <cstdlib>
 
@@ -33,6 +34,9 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     const tolmar::Win32System system;
     if ((GetErrorMode() & noBoxes) != noBoxes) {
         return 6;
+    }
+    if (_set_error_mode(_REPORT_ERRMODE) != _OUT_TO_STDERR) {
+        return 7;
     }
     std::abort();
 }

@@ -1,7 +1,9 @@
 // Fails a test program of the checked build that ends with more open handles than it began with,
 // and names them.
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <set>
 #include <string>
 #include <thread>
@@ -26,6 +28,16 @@ void openWhatStays() {
     }
     CloseHandle(CreateEventA(nullptr, TRUE, FALSE, "vek-tests-first-named-object"));
     std::thread([] {}).join();
+    // The runtime opens objects of its own at its first exception, lock and wait.
+    try {
+        throw 1;
+    } catch (int) {
+    }
+    std::mutex mutex;
+    std::condition_variable condition;
+    std::unique_lock<std::mutex> held(mutex);
+    condition.notify_one();
+    condition.wait_for(held, std::chrono::milliseconds(1));
 }
 
 // The type of the object and its name, as far as the system gives them.

@@ -1,4 +1,5 @@
 // Values of the registry: listed, read and written.
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -175,7 +176,7 @@ TEST_F(RegistryData, NamesAreListedOfTheDefaultValueOnly) {
 // The last byte that the system gives is dropped as the terminator. Windows adds a terminator to a
 // text that is read by its name, Wine doesn't.
 TEST_F(RegistryData, TextWithoutATerminatorLosesTheLastByteThatTheSystemGives) {
-    for (const DWORD type : {REG_SZ, REG_EXPAND_SZ}) {
+    for (const DWORD type : std::initializer_list<DWORD>{REG_SZ, REG_EXPAND_SZ}) {
         store("text", type, "%abc");
         ASSERT_EQ(stored("text"), "%abc");
         char data[8] = {};

@@ -1,5 +1,6 @@
 #include "vek/registry_value.h"
 
+#include <initializer_list>
 #include <iomanip>
 #include <sstream>
 #include <stdexcept>
@@ -187,7 +188,7 @@ TEST(RegistryValue, BinaryIsTheBytes) {
 }
 
 TEST(RegistryValue, TextLosesItsLastByteWhateverItIs) {
-    for (const DWORD type : {REG_SZ, REG_EXPAND_SZ}) {
+    for (const DWORD type : std::initializer_list<DWORD>{REG_SZ, REG_EXPAND_SZ}) {
         EXPECT_EQ(fromSystem(type, text("abc\0")).strings, Strings({"abc"}));
         EXPECT_EQ(fromSystem(type, "abc").strings, Strings({"ab"}));
         EXPECT_EQ(fromSystem(type, text("a\0b\0\0")).strings, Strings({text("a\0b\0")}));

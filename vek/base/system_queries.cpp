@@ -31,7 +31,7 @@ bool isWindowsAtLeast(int major, int minor, int servicePack) {
     constexpr DWORD types = VER_MAJORVERSION | VER_MINORVERSION | VER_SERVICEPACKMAJOR;
     DWORDLONG conditions = 0;
     for (const DWORD type :
-         {DWORD{VER_MAJORVERSION}, DWORD{VER_MINORVERSION}, DWORD{VER_SERVICEPACKMAJOR}}) {
+         std::initializer_list<DWORD>{VER_MAJORVERSION, VER_MINORVERSION, VER_SERVICEPACKMAJOR}) {
         conditions = VerSetConditionMask(conditions, type, VER_GREATER_EQUAL);
     }
     return VerifyVersionInfoW(&wanted, types, conditions) != 0;

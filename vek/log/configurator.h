@@ -68,7 +68,7 @@ class Configurator final : public IForkHandler,
     // Applies the settings of the process `name`, which defaults to the executable's file name
     // without its extension if it is empty, and starts the manager and the server. Call it once,
     // after the command line has been parsed. If the settings say so, it then blocks, without a
-    // time-out, until a client has asked for messages or the server's thread has died.
+    // time-out, until a client has asked for messages.
     //
     // Throws UsageError, "log manager: bad default level value", if a setting sets DEFAULT as the
     // default level; libconfig::FileIOException if logging.conf was found, or named, and can't be

@@ -1,9 +1,11 @@
 #include "vek/log/logger.h"
 
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include "vek/base/format.h"
+#include "vek/log/fast_numbers.h"
 #include "vek/log/manager.h"
 
 namespace vek::log {
@@ -13,7 +15,9 @@ Logger::Logger(Manager& owner, std::string loggerName, Level initialLevel, std::
       ownName(std::move(loggerName)),
       currentLevel(initialLevel),
       threshold(initialLevel),
-      pid(processId) {}
+      pid(processId) {
+    printNumbersFast(out);
+}
 
 void Logger::setLevel(Level newLevel, bool followDefault) {
     currentLevel.store(newLevel, std::memory_order_relaxed);
@@ -43,17 +47,23 @@ std::ostream& Logger::stream() {
         lock.unlock();
         throw;
     }
-    buffer.str("");
+    buffer.clear();
     out.clear();
     if (hasOldFormat.load(std::memory_order_relaxed)) {
         hasOldFormat.store(false, std::memory_order_relaxed);
         out.copyfmt(std::ios(nullptr));
+        printNumbersFast(out);
     }
     return out;
 }
 
 void Logger::emit(Level messageLevel, std::string text) {
     submit(makeMessage(messageLevel, std::move(text)));
+}
+
+void Logger::emitStream(Level messageLevel) {
+    Message* const reused = reuse(messageLevel, buffer.view());
+    submit(reused != nullptr ? reused : makeMessage(messageLevel, streamText()));
 }
 
 void Logger::logf(Level messageLevel, const char* pattern, ...) {
@@ -73,9 +83,28 @@ void Logger::logfv(Level messageLevel, const char* pattern, std::va_list argumen
     }
 }
 
+// Null if there is no spent message, or no memory for the text.
+Message* Logger::reuse(Level messageLevel, std::string_view text) const {
+    std::unique_ptr<Message> message = manager->takeSpent();
+    if (message == nullptr) {
+        return nullptr;
+    }
+    try {
+        message->reuse(ownName, text, messageLevel, pid.load(std::memory_order_relaxed));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+    return message.release();
+}
+
 // Null also if there is no memory for the strings.
 template <class Made>
 Made* Logger::make(Level messageLevel, std::string& text) const {
+    if constexpr (std::is_same_v<Made, Message>) {
+        if (Message* const reused = reuse(messageLevel, text)) {
+            return reused;
+        }
+    }
     try {
         return new (std::nothrow)
             Made(ownName, std::move(text), messageLevel, pid.load(std::memory_order_relaxed));

@@ -8,13 +8,14 @@
 #include <cstdarg>
 #include <cstdint>
 #include <ostream>
-#include <sstream>
 #include <string>
+#include <string_view>
 
 #include "vek/base/compiler.h"
 #include "vek/base/no_copy.h"
 #include "vek/log/level.h"
 #include "vek/log/message.h"
+#include "vek/log/text_buffer.h"
 #include "vek/thread/mutex.h"
 
 namespace vek::log {
@@ -66,7 +67,10 @@ class Logger : public NoCopy {
     std::ostream& stream() VEK_ACQUIRE(lock);
 
     // A copy of the stream's text. For the thread that holds the lock.
-    std::string streamText() const VEK_REQUIRES(lock) { return buffer.str(); }
+    std::string streamText() const VEK_REQUIRES(lock) { return std::string(buffer.view()); }
+
+    // Does as `emit` with the stream's text. For the thread that holds the lock.
+    void emitStream(Level messageLevel) VEK_REQUIRES(lock);
 
     // Unlocks this logger. For the thread that holds the lock.
     void releaseStream() VEK_RELEASE(lock) { lock.unlock(); }
@@ -101,6 +105,7 @@ class Logger : public NoCopy {
     // Its annotations name the lock.
     friend class StreamRelease;
 
+    Message* reuse(Level messageLevel, std::string_view text) const;
     template <class Made>
     Made* make(Level messageLevel, std::string& text) const;
     template <class Made>
@@ -119,7 +124,7 @@ class Logger : public NoCopy {
     // The stream still has the format flags from before a shutdown.
     std::atomic<bool> hasOldFormat = false;
     // Keeps its memory from one statement to the next.
-    std::stringbuf buffer VEK_GUARDED_BY(lock){std::ios_base::out};
+    TextBuffer buffer VEK_GUARDED_BY(lock);
     std::ostream out VEK_GUARDED_BY(lock){&buffer};
     thread::Mutex lock{true};
 };

@@ -180,8 +180,9 @@ void Manager::start() {
 void Manager::run() {
     // Null is the stop mark.
     try {
-        while (const std::unique_ptr<Message> message = queue.pop()) {
+        while (std::unique_ptr<Message> message = queue.pop()) {
             dispatch(*message);
+            spent.keep(std::move(message));
         }
     } catch (...) {
         bool isAwaited = false;

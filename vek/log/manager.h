@@ -33,6 +33,7 @@
 #include "vek/log/message.h"
 #include "vek/log/queue/bounded_queue.h"
 #include "vek/log/sink.h"
+#include "vek/log/spent_messages.h"
 #include "vek/thread/runnable.h"
 #include "vek/thread/thread.h"
 
@@ -95,6 +96,9 @@ class Manager : public thread::Runnable, public NoCopy {
     void setLoggerLevel(const std::string& name, Level level);
 
     // --- messages and sinks ---
+
+    // For loggers: returns a message to be used again, with old contents, or null. Throws nothing.
+    std::unique_ptr<Message> takeSpent() { return spent.take(); }
 
     // Queues `message` and takes ownership of it. Blocks, without a time-out, while the queue is
     // full. Throws UsageError, "log manager: received null message", and std::bad_alloc.
@@ -167,6 +171,7 @@ class Manager : public thread::Runnable, public NoCopy {
     void end();
 
     Level defaultLevel VEK_GUARDED_BY(mutex) = INFO;
+    SpentMessages spent;
     BoundedQueue<std::unique_ptr<Message>> queue{queueCapacity};
     Loggers loggers VEK_GUARDED_BY(mutex);
     // Owned.

@@ -15,4 +15,14 @@ Message::Message(std::string loggerName, std::string messageText, Level messageL
       tid(GetCurrentThreadId()),
       timestamp(true) {}
 
+void Message::reuse(const std::string& loggerName, std::string_view messageText, Level messageLevel,
+                    std::uint32_t messagePid) {
+    category = loggerName;
+    text = messageText;
+    level = messageLevel;
+    pid = messagePid;
+    tid = GetCurrentThreadId();
+    timestamp.refresh();
+}
+
 }  // namespace vek::log

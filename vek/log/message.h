@@ -6,6 +6,7 @@
 #include <map>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "vek/log/level.h"
@@ -27,6 +28,12 @@ class Message {
     virtual ~Message() = default;
     Message(const Message&) = delete;
     Message& operator=(const Message&) = delete;
+
+    // Makes this the message of another statement, stamped with the calling thread and the current
+    // time. Reuses the memory of the strings. For the owner, before it submits the message. Throws
+    // nothing but std::bad_alloc.
+    void reuse(const std::string& loggerName, std::string_view messageText, Level messageLevel,
+               std::uint32_t messagePid);
 
     // Whether this is an AttrMessage, even one without attributes.
     virtual bool hasAttrs() const { return false; }

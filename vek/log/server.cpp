@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "vek/base/compiler.h"
-#include "vek/base/scope_guard.h"
 #include "vek/exception.h"
 #include "vek/log/manager.h"
 #include "vek/log/service/discovery.h"
@@ -86,7 +85,7 @@ void Server::waitForClient() {
         throw RuntimeError("Server was not initialized");
     }
     thread::ScopeGuard guard(clientSignal);
-    while (!clientConnected && !serviceEnded) {
+    while (!clientConnected) {
         thread::sleepUnder(guard, clientSignal, [this] { clientSignal.wait(); });
     }
 }
@@ -118,17 +117,6 @@ bool Server::trySetCustomIP(net::IP4Address& address, const std::string& text,
 }
 
 void Server::run() {
-    const ScopeGuard<Server> atEnd(this, [](Server* server) { server->endWait(); });
-    serve();
-}
-
-void Server::endWait() {
-    const thread::ScopeGuard guard(clientSignal);
-    serviceEnded = true;
-    clientSignal.wakeAll();
-}
-
-void Server::serve() {
     bindSockets();
     while (thread.getState() == thread::Thread::RUNNING) {
         serveReadySocket();

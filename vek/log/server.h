@@ -65,8 +65,8 @@ class Server : public thread::Runnable, public NoCopy {
     void start();
 
     // Blocks, without a time-out, until a client has asked for messages; returns at once if one has
-    // before. Returns also once the thread has ended, as when an address can't be bound: no client
-    // can ask any more. Throws RuntimeError, "Server was not initialized", if it was never started.
+    // before. Blocks for good if the thread has died. Throws RuntimeError, "Server was not
+    // initialized", if it was never started.
     void waitForClient();
 
     // Ends the thread and waits for it. Blocks as long as a client has sent only part of a frame;
@@ -90,8 +90,6 @@ class Server : public thread::Runnable, public NoCopy {
     };
 
     bool wasStarted() const;
-    void serve();
-    void endWait();
     void bindSockets();
     void rebuildSocketSet();
     void serveReadySocket();
@@ -101,10 +99,8 @@ class Server : public thread::Runnable, public NoCopy {
     bool handleClient(Client& client);
     void streamMessages(Client& client);
 
-    // A client has asked for messages.
+    // True once a client has asked for messages.
     bool clientConnected VEK_GUARDED_BY(clientSignal) = false;
-    // The thread serves nobody any more.
-    bool serviceEnded VEK_GUARDED_BY(clientSignal) = false;
     thread::Condition clientSignal;
     net::UDPSocket discoverySocket{false};
     net::WakeupChannel wakeup;

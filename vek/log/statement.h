@@ -34,7 +34,6 @@ class VEK_SCOPED_CAPABILITY StreamRelease {
             ::std::ostream& vekLogStatementStream_ = vekLogStatementLogger_.stream();        \
             const ::vek::log::StreamRelease vekLogStatementRelease_(vekLogStatementLogger_); \
             vekLogStatementStream_ << __VA_ARGS__;                                           \
-            vekLogStatementLogger_.emit(vekLogStatementLevel_,                               \
-                                        vekLogStatementLogger_.streamText());                \
+            vekLogStatementLogger_.emitStream(vekLogStatementLevel_);                        \
         }                                                                                    \
     } while (false)

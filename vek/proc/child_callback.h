@@ -14,6 +14,9 @@ class IChildCallback {
     // child also returns at once if that one's exit has been noticed; otherwise it throws
     // RuntimeError, and that child is neither watched nor reported any more.
     //
+    // If another thread may be in `wait` of `child` at the same time, this must not use `child` at
+    // all: that `wait` writes it.
+    //
     // An exception derived from std::exception is reported on std::cerr. Any other ends the
     // shepherd's thread: no `wait` without a time-out returns after that until the shepherd is shut
     // down.

@@ -1,5 +1,7 @@
 #include "vek/thread/mutex.h"
 
+#include <atomic>
+
 #include "vek/exception.h"
 
 namespace vek::thread {
@@ -37,8 +39,8 @@ void Mutex::unlock() {
 
 bool Mutex::isHeldByCaller() const {
     // Other threads may enter and leave meanwhile, but only the caller stores its own id.
-    const HANDLE volatile& owner = section.OwningThread;
-    return owner == ULongToHandle(GetCurrentThreadId());
+    const std::atomic_ref<HANDLE> owner(const_cast<HANDLE&>(section.OwningThread));
+    return owner.load(std::memory_order_relaxed) == ULongToHandle(GetCurrentThreadId());
 }
 
 }  // namespace vek::thread

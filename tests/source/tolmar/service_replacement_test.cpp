@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <numeric>
 
 #include <gtest/gtest.h>
@@ -194,8 +195,9 @@ TEST_F(ServiceReplacement, WaitsSecondBySecondWhileTheServiceStops) {
 }
 
 TEST_F(ServiceReplacement, AnyStateButStopPendingCountsAsStopped) {
-    for (const DWORD state : {SERVICE_STOPPED, SERVICE_START_PENDING, SERVICE_RUNNING,
-                              SERVICE_CONTINUE_PENDING, SERVICE_PAUSE_PENDING, SERVICE_PAUSED}) {
+    for (const DWORD state : std::initializer_list<DWORD>{SERVICE_STOPPED, SERVICE_START_PENDING,
+                                                          SERVICE_RUNNING, SERVICE_CONTINUE_PENDING,
+                                                          SERVICE_PAUSE_PENDING, SERVICE_PAUSED}) {
         ScriptedSystem other;
         other.statesAfterStop = {state};
         EXPECT_EQ(tolmar::ServiceReplacement(other, logger).controlService("tolmar", 2), 1);
@@ -374,8 +376,9 @@ TEST_F(ServiceReplacement, WaitsWhileTheServiceIsPendingOrStopped) {
 }
 
 TEST_F(ServiceReplacement, AnyOtherStateEndsTheWaitForTheStart) {
-    for (const DWORD state : {SERVICE_STOP_PENDING, SERVICE_RUNNING, SERVICE_CONTINUE_PENDING,
-                              SERVICE_PAUSE_PENDING, SERVICE_PAUSED}) {
+    for (const DWORD state : std::initializer_list<DWORD>{SERVICE_STOP_PENDING, SERVICE_RUNNING,
+                                                          SERVICE_CONTINUE_PENDING,
+                                                          SERVICE_PAUSE_PENDING, SERVICE_PAUSED}) {
         ScriptedSystem other;
         other.states = {SERVICE_STOPPED};
         other.statesAfterStartOfOld = {state};
@@ -385,7 +388,7 @@ TEST_F(ServiceReplacement, AnyOtherStateEndsTheWaitForTheStart) {
 }
 
 TEST_F(ServiceReplacement, WaitForTheStartHasNoBound) {
-    for (const DWORD state : {SERVICE_STOPPED, SERVICE_START_PENDING}) {
+    for (const DWORD state : std::initializer_list<DWORD>{SERVICE_STOPPED, SERVICE_START_PENDING}) {
         ScriptedSystem other;
         other.statesAfterStartOfNew = {state};
         other.pollLimit = 12000;

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/documented_samples.h"
 #include "tests/vek/log/log_capture.h"
 #include "vek/log/manager.h"
 #include "vek/log/sinks/stdout_sink.h"
@@ -18,56 +19,12 @@
 namespace {
 
 using namespace vek::log;
+using support::linesOf;
 using vek_test::LogCapture;
-using Texts = std::vector<std::string>;
-
-// The lines of a file, without the blanks at their ends.
-Texts linesOf(const char* path) {
-    std::ifstream file(path);
-    EXPECT_TRUE(file.good()) << path;
-    Texts lines;
-    for (std::string line; std::getline(file, line);) {
-        const std::size_t first = line.find_first_not_of(" \r");
-        const std::size_t last = line.find_last_not_of(" \r");
-        lines.push_back(first == std::string::npos ? "" : line.substr(first, last - first + 1));
-    }
-    return lines;
-}
-
-std::string joined(const Texts& lines) {
-    std::string text = "\n";
-    for (const std::string& line : lines) {
-        text += line.empty() ? "" : line + "\n";
-    }
-    return text;
-}
-
-// The blocks of code in the documentation.
-std::vector<Texts> blocks() {
-    std::vector<Texts> found;
-    bool inside = false;
-    for (const std::string& line : linesOf(LOGGING_DOCUMENTATION)) {
-        if (!inside && line == "```cpp") {
-            inside = true;
-            found.emplace_back();
-        } else if (inside && line == "```") {
-            inside = false;
-        } else if (inside) {
-            found.back().push_back(line);
-        }
-    }
-    EXPECT_FALSE(inside);
-    return found;
-}
+using Texts = support::Lines;
 
 TEST(LoggingSamples, AreThoseOfTheDocumentation) {
-    const std::string source = joined(linesOf(LOGGING_SAMPLES));
-    const std::vector<Texts> documented = blocks();
-    EXPECT_EQ(documented.size(), 7u);
-    for (const Texts& block : documented) {
-        EXPECT_NE(source.find(joined(block)), std::string::npos)
-            << "not in logging_samples.cpp:" << joined(block);
-    }
+    support::expectSamplesIn(LOGGING_DOCUMENTATION, LOGGING_SAMPLES, 7);
 }
 
 // A sink that stays until the manager is shut down.

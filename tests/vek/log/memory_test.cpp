@@ -66,6 +66,32 @@ TEST_F(Memory, StatementOf80CharactersTakesAtMost320BytesOnTheHeap) {
     EXPECT_LE(allocations() - allocationsBefore, 2 * count + count / 50);
 }
 
+TEST_F(Memory, StatementWithASpentMessageAllocatesNothing) {
+    VEK_LOG(named, INFO, longText << longText);
+    VEK_LOG(named, INFO, longText << longText);
+    manager.start();
+    // Waits until the messages are spent.
+    manager.shutdown();
+    Logger& logger = *manager.getLogger(longName);
+    VEK_LOG(logger, INFO, "renews the stream");
+    EXPECT_EQ(allocationsOf([&] { VEK_LOG(logger, INFO, longText << 1 << 0.5); }), 0);
+    EXPECT_GT(allocationsOf([&] { VEK_LOG(logger, INFO, longText << 2 << 0.5); }), 0);
+}
+
+TEST_F(Memory, SpentMessageIsNoUseIfItsTextFindsNoMemory) {
+    VEK_LOG(unnamed, INFO, "short");
+    manager.start();
+    manager.shutdown();
+    Logger& logger = *manager.getLogger("");
+    Message* message = nullptr;
+    {
+        std::string text = longText;
+        const Limit limit(0);
+        message = logger.makeMessage(INFO, std::move(text));
+    }
+    EXPECT_EQ(message, nullptr);
+}
+
 TEST_F(Memory, StatementThatIsOffAllocatesNothing) {
     EXPECT_EQ(allocationsOf([&] { VEK_LOG(named, TRACE, longText << longText); }), 0);
 }

@@ -1,6 +1,7 @@
 // process_end_program HOW: logs, and ends its process HOW it is told to, with exit code 7. A sink
 // tells on the standard error how many messages it has seen when it is destroyed. Started by
 // process_end_test.
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -63,6 +64,25 @@ void logMessages(int count) {
     std::abort();
 }
 
+// Returns when the shutdown waits for room in the queue. A `late` one doesn't run again until
+// others have had time to take up the room that comes.
+void shutDownOnAnotherThread(bool late) {
+    static std::atomic<DWORD> id = 0;
+    std::thread([] {
+        id = GetCurrentThreadId();
+        Manager::instance().shutdown();
+    }).detach();
+    Sleep(200);
+    if (late) {
+        const HANDLE thread = OpenThread(THREAD_SUSPEND_RESUME, FALSE, id);
+        SuspendThread(thread);
+        std::thread([thread] {
+            Sleep(500);
+            ResumeThread(thread);
+        }).detach();
+    }
+}
+
 // Constructed before the manager, and so destroyed after it.
 struct ToldLast {
     ~ToldLast() { std::fprintf(stderr, "statics end\n"); }
@@ -108,8 +128,7 @@ int run(const char* how) {
             }
         }
         if (!is("broken-full") && !is("broken-at-the-end")) {
-            std::thread([] { Manager::instance().shutdown(); }).detach();
-            Sleep(200);
+            shutDownOnAnotherThread(is("broken-shutdown-busy"));
         }
         return exitCode;
     }

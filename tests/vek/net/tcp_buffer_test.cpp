@@ -235,7 +235,7 @@ TEST_F(TCPBufferTest, BlocksUntilAPeerThatReadsSlowlyHasRoom) {
     }
     reader.join();
     ASSERT_EQ(received.size(), frames * 16384u);
-    for (int i = 0; i < frames; ++i) {
+    for (unsigned i = 0; i < frames; ++i) {
         ASSERT_EQ(received.compare(i * 16384u, 16384u, frame(payload)), 0) << i;
     }
 }

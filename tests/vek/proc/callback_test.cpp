@@ -139,15 +139,18 @@ TEST_F(ChildCallback, OwnerThatWaitsForItsSignalTooMayDestroyItAndTheChild) {
     struct Signalling final : vek::proc::IChildCallback {
         explicit Signalling(HANDLE toSet) : exited(toSet) {}
         ~Signalling() { exited = nullptr; }
-        void childExited(Child& child) override {
-            Sleep(child.getProcess().dwProcessId % 3);
+        // Doesn't look at the child, which the owner waits for at the same time.
+        void childExited(Child&) override {
+            Sleep(delayMs);
             SetEvent(exited);
         }
         HANDLE exited;
+        DWORD delayMs = 0;
     };
     const HANDLE exited = CreateEventA(nullptr, FALSE, FALSE, nullptr);
     for (int i = 0; i < 30; ++i) {
         const auto callback = std::make_unique<Signalling>(exited);
+        callback->delayMs = static_cast<DWORD>(i % 3);
         const auto child = std::make_unique<Child>();
         prepare(*child, {"exit", "3"});
         child->setNotifyCallback(callback.get());

@@ -4,7 +4,6 @@
 #include <locale>
 
 #include "tests/vek/thread/lock_support.h"
-#include "tests/vek/thread_names_debugger.h"
 #include "vek/base/os_error_text.h"
 
 namespace {
@@ -454,8 +453,10 @@ TEST_F(Threads, DyingCountNoMoreAndCanBeStartedAnew) {
 
 // --- names ---
 
+constexpr DWORD nameThreadException = 0x406D1388;
+
 LONG CALLBACK endProcessAtANaming(EXCEPTION_POINTERS* raised) {
-    if (raised->ExceptionRecord->ExceptionCode == vek::test::nameThreadException) {
+    if (raised->ExceptionRecord->ExceptionCode == nameThreadException) {
         ExitProcess(77);
     }
     return EXCEPTION_CONTINUE_SEARCH;
@@ -472,7 +473,7 @@ TEST_F(Threads, NamedOnesRunWithoutADebugger) {
     EXPECT_TRUE(ran);
 }
 
-// Also the test that the next one debugs.
+// Also the test that thread_names_test.cpp debugs.
 TEST_F(Threads, WithAndWithoutANameRunAlike) {
     int runs = 0;
     for (const char* name : {"log-manager", ""}) {
@@ -481,14 +482,6 @@ TEST_F(Threads, WithAndWithoutANameRunAlike) {
         worker.thread.join();
     }
     EXPECT_EQ(runs, 2);
-}
-
-TEST_F(Threads, TellADebuggerTheirNameIfTheyHaveOne) {
-    const vek::test::Debugged seen = vek::test::debugTest("Threads.WithAndWithoutANameRunAlike");
-    ASSERT_EQ(seen.namings.size(), 1u);
-    EXPECT_EQ(seen.namings[0].name, "log-manager");
-    EXPECT_TRUE(seen.namings[0].fromTheNamedThread);
-    EXPECT_EQ(seen.exitCode, 0u);
 }
 
 }  // namespace

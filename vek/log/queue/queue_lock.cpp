@@ -4,6 +4,7 @@
 #include <mutex>
 #include <system_error>
 
+#include "vek/base/windows.h"
 #include "vek/exception.h"
 #include "vek/thread/condition.h"
 #include "vek/thread/condition_functions.h"
@@ -27,6 +28,15 @@ namespace {
 bool haveNativeConditions() {
     thread::resolveConditionFunctions();
     return thread::nativeConditions() != nullptr;
+}
+
+// Takes 2 to 20 microseconds, as the processor's pause does.
+constexpr int looks = 400;
+
+void lookForChange(const std::atomic<std::size_t>& size, std::size_t before) {
+    for (int i = 0; i < looks && size.load(std::memory_order_relaxed) == before; ++i) {
+        YieldProcessor();
+    }
 }
 
 }  // namespace
@@ -53,8 +63,24 @@ void QueueLock::unlock() {
     }
 }
 
-void QueueLock::wait(Condition condition) {
-    ++waiters[condition];
+void QueueLock::wait(Condition condition, const std::atomic<std::size_t>& size) {
+    bool& isLooking = waiters[condition].isLooking;
+    if (!isLooking) {
+        const std::size_t before = size.load(std::memory_order_relaxed);
+        isLooking = true;
+        unlock();
+        lookForChange(size, before);
+        lock();
+        isLooking = false;
+        if (size.load(std::memory_order_relaxed) != before) {
+            return;
+        }
+    }
+    sleep(condition);
+}
+
+void QueueLock::sleep(Condition condition) {
+    ++waiters[condition].sleeping;
     if (native != nullptr) {
         try {
             native->conditions[condition].wait();
@@ -70,30 +96,28 @@ void QueueLock::wait(Condition condition) {
     leave(condition);
 }
 
-// A thread that the system woke by itself is counted as a woken one, if there are any. The thread
-// that was really woken comes too, so that at worst one wake-up too many follows.
+// A thread that the system woke by itself is taken for the woken one. The thread that was really
+// woken comes too, so that at worst one wake-up too many follows.
 void QueueLock::leave(Condition condition) {
-    --waiters[condition];
-    if (woken[condition] != 0) {
-        --woken[condition];
-    }
+    Waiters& all = waiters[condition];
+    --all.sleeping;
+    all.isWoken = false;
 }
 
-void QueueLock::wakeOne(Condition condition) {
-    if (woken[condition] == waiters[condition]) {
-        return;
+bool QueueLock::mustWake(Condition condition) {
+    Waiters& all = waiters[condition];
+    if (all.isLooking || all.isWoken || all.sleeping == 0) {
+        return false;
     }
-    ++woken[condition];
+    all.isWoken = true;
+    return true;
+}
+
+void QueueLock::wake(Condition condition) {
     if (native != nullptr) {
         native->conditions[condition].wakeOne();
     } else {
         portable->conditions[condition].notify_one();
-    }
-}
-
-void QueueLock::wakeAll(Condition condition) {
-    while (woken[condition] != waiters[condition]) {
-        wakeOne(condition);
     }
 }
 

@@ -5,6 +5,7 @@
 // of vek::thread throw at each wake-up.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 
@@ -26,18 +27,24 @@ class VEK_CAPABILITY QueueLock : public NoCopy {
     void lock() VEK_ACQUIRE();
     void unlock() VEK_RELEASE();
 
-    // Call with the mutex held: unlocks it, sleeps until a wake-up, and locks it again. May return
-    // without a wake-up. The mutex is held also if this throws.
-    void wait(Condition condition) VEK_REQUIRES(this);
+    // Call with the mutex held, while the condition doesn't hold and `size` is the size of the
+    // queue: unlocks the mutex, blocks until the condition may hold, and locks it again. The mutex
+    // is held also if this throws.
+    //
+    // One thread for each condition first looks for some microseconds whether `size` changes: going
+    // to sleep and being woken takes longer than the other side mostly needs. The others sleep.
+    void wait(Condition condition, const std::atomic<std::size_t>& size) VEK_REQUIRES(this);
 
-    // Call with the mutex held: wakes one thread that waits for `condition` and hasn't been woken
-    // yet, if there is one.
-    void wakeOne(Condition condition) VEK_REQUIRES(this);
+    // Call with the mutex held, when `condition` holds: whether a sleeping thread must be woken for
+    // it. If so, call `wake` once after unlocking. Returns false if a thread is on its way already,
+    // woken or looking: it calls this when it leaves.
+    bool mustWake(Condition condition) VEK_REQUIRES(this);
 
-    // The same for all such threads.
-    void wakeAll(Condition condition) VEK_REQUIRES(this);
+    // Call without the mutex. Throws nothing.
+    void wake(Condition condition);
 
   private:
+    void sleep(Condition condition) VEK_REQUIRES(this);
     void leave(Condition condition) VEK_REQUIRES(this);
 
     struct Native;
@@ -46,10 +53,15 @@ class VEK_CAPABILITY QueueLock : public NoCopy {
     // One of the two is null.
     const std::unique_ptr<Native> native;
     const std::unique_ptr<Portable> portable;
-    // Threads waiting on each condition, and how many of those have been woken but don't run yet. A
-    // wake-up that nobody needs is skipped.
-    std::size_t waiters[2] VEK_GUARDED_BY(this) = {};
-    std::size_t woken[2] VEK_GUARDED_BY(this) = {};
+    // Of one condition.
+    struct Waiters {
+        std::size_t sleeping = 0;
+        // One of those has been woken, but doesn't run yet.
+        bool isWoken = false;
+        // Another thread looks for the condition without sleeping.
+        bool isLooking = false;
+    };
+    Waiters waiters[2] VEK_GUARDED_BY(this);
 };
 
 }  // namespace vek::log

@@ -1,6 +1,7 @@
 #include "tools/log_application/program/console_quit.h"
 
 #include <atomic>
+#include <initializer_list>
 #include <optional>
 #include <thread>
 
@@ -36,7 +37,8 @@ TEST_F(ConsoleQuitTest, AnEventThatComesTooLateTouchesNothing) {
 }
 
 TEST_F(ConsoleQuitTest, TheEndOfTheConsoleWaitsForTheEndOfTheProgram) {
-    for (const DWORD kind : {CTRL_CLOSE_EVENT, CTRL_LOGOFF_EVENT, CTRL_SHUTDOWN_EVENT}) {
+    for (const DWORD kind :
+         std::initializer_list<DWORD>{CTRL_CLOSE_EVENT, CTRL_LOGOFF_EVENT, CTRL_SHUTDOWN_EVENT}) {
         StopSignal signal;
         quit.reset();
         quit.emplace(signal);

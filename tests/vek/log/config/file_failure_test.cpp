@@ -228,7 +228,7 @@ TEST_F(ConfigFileFailure, DeepNestingIsReadOrRefusedByTheParser) {
     EXPECT_EQ(runWith("a=" + repeated("(", 4000) + repeated(")", 4000) + ";" + good,
                       {"configure=p", "report"}),
               (ProgramOutput{0, goodReport, ""}));
-    for (const std::size_t depth : {10000, 100000}) {
+    for (const std::size_t depth : {10000u, 100000u}) {
         expectParseError("a=" + repeated("(", depth) + repeated(")", depth), 1, "memory exhausted");
     }
     // With as many settings as pass.

@@ -229,30 +229,6 @@ TEST_F(ServerLife, WaitForClientReturnsAtOnceIfOneCameEarlier) {
     server->waitForClient();
 }
 
-TEST_F(ServerLife, WaitForClientReturnsIfTheServiceDies) {
-    server->setListenAddress("192.0.2.1");
-    server->start();
-    // Before or after the failure.
-    server->waitForClient();
-    EXPECT_TRUE(errors.waitFor("died with VEK exception:"));
-    server->waitForClient();
-    server->stop();
-    EXPECT_EQ(sinkCount(), 0u);
-}
-
-TEST_F(ServerLife, WaitForClientReturnsIfTheServerIsStopped) {
-    start();
-    std::atomic<bool> returned = false;
-    vek_test::ScopedThread waiter([&] {
-        server->waitForClient();
-        returned = true;
-    });
-    Sleep(100);
-    EXPECT_FALSE(returned);
-    server->stop();
-    waiter.join();
-}
-
 TEST(TrySetCustomIP, ChangesTheAddressAndNotThePort) {
     net::IP4Address changed = loopbackAddress(123);
     const SharedErrors errors;

@@ -1,0 +1,4 @@
+// See windows.h.
+#pragma once
+
+using LPFN_WSARECVMSG = int (*)();

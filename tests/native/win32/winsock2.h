@@ -1,0 +1,2 @@
+// See windows.h: there are no sockets.
+#pragma once
