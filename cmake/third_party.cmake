@@ -14,3 +14,12 @@ add_library(vek::libconfigxx STATIC IMPORTED)
 set_target_properties(vek::libconfigxx PROPERTIES IMPORTED_LOCATION ${LIBCONFIGXX_LIBRARY})
 target_include_directories(vek::libconfigxx INTERFACE ${LIBCONFIGXX_INCLUDE_DIR})
 target_compile_definitions(vek::libconfigxx INTERFACE LIBCONFIG_STATIC LIBCONFIGXX_STATIC)
+
+# All in one header, which takes long to compile: one source file includes it.
+find_path(HTTPLIB_INCLUDE_DIR httplib.h PATHS ${DEPS_ROOT}/include-httplib NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+find_path(HTTPLIB_INCLUDE_DIR httplib.h REQUIRED)
+add_library(httplib INTERFACE)
+target_include_directories(httplib SYSTEM INTERFACE ${HTTPLIB_INCLUDE_DIR})
+if(WIN32)
+  target_link_libraries(httplib INTERFACE ws2_32)
+endif()

@@ -12,7 +12,8 @@ namespace {
 
 // True if the command has --output.
 bool showsObjects(Command command) {
-    return command != Command::set && command != Command::save && command != Command::forward;
+    return command != Command::set && command != Command::save && command != Command::web &&
+           command != Command::forward;
 }
 
 std::string helpCommand(const CommandRow& row) {
@@ -59,7 +60,9 @@ CommandOptions::CommandOptions(const CommandRow& commandRow)
              false, "200000", isFor(Command::forward) ? "MESSAGES" : "LINES"),
       to("", "to", "the log collector, as syslog+tcp://HOST:PORT", false, "", "COLLECTOR"),
       facility("", "facility", "the syslog facility: user, daemon, local0 to local7, ...", false,
-               "user", "FACILITY") {
+               "user", "FACILITY"),
+      port("", "port", "listen on this port of 127.0.0.1 instead of a free one", false, "0",
+           "PORT") {
     parser.setExceptionHandling(false);
     shown = {&name, &pid, &connect, &host};
     if (isFor(Command::ps)) {
@@ -82,6 +85,9 @@ CommandOptions::CommandOptions(const CommandRow& commandRow)
     }
     if (isFor(Command::tail)) {
         shown.insert(shown.end(), {&format, &expect, &timeout, &reconnect, &buffer});
+    }
+    if (isFor(Command::web)) {
+        shown.insert(shown.end(), {&port, &buffer});
     }
     if (isFor(Command::forward)) {
         shown.insert(shown.end(), {&timeout, &buffer});
@@ -135,6 +141,7 @@ Options CommandOptions::parse(const std::vector<std::string>& arguments) {
     options.set = setOptions(operands);
     options.follow = followOptions();
     options.tail = tailOptions();
+    options.web = webOptions();
     options.forward = forwardOptions();
     return options;
 }
@@ -233,6 +240,16 @@ TailOptions CommandOptions::tailOptions() {
             "Leave one of the two out.");
     }
     return options;
+}
+
+WebOptions CommandOptions::webOptions() {
+    constexpr std::uint32_t highestPort = 65535;
+    const std::optional<std::uint32_t> number = parseNumber(port.getValue(), highestPort);
+    if (!number) {
+        throw Failure(exitUsage, "\"" + escapeControls(port.getValue()) + "\" is no port.",
+                      "--port takes 1 to 65535; without it, a free port is taken.");
+    }
+    return {static_cast<std::uint16_t>(*number)};
 }
 
 ForwardOptions CommandOptions::forwardOptions() {

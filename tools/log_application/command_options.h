@@ -36,6 +36,7 @@ class CommandOptions : public vek::NoCopy {
     SetOptions setOptions(const std::vector<std::string>& operands);
     FollowOptions followOptions();
     TailOptions tailOptions();
+    WebOptions webOptions();
     ForwardOptions forwardOptions();
     OutputKind outputKind();
     bool isFor(Command command) const { return row.command == command; }
@@ -63,6 +64,7 @@ class CommandOptions : public vek::NoCopy {
     TCLAP::ValueArg<std::string> buffer;
     TCLAP::ValueArg<std::string> to;
     TCLAP::ValueArg<std::string> facility;
+    TCLAP::ValueArg<std::string> port;
 };
 
 }  // namespace log_application

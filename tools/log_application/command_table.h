@@ -17,7 +17,7 @@ struct CommandRow {
     std::string_view exampleMeaning;
 };
 
-inline constexpr std::array<CommandRow, 7> commandTable = {{
+inline constexpr std::array<CommandRow, 8> commandTable = {{
     {Command::ps, "ps", "", "find processes: name, pid, port and address", "log_application ps",
      "all that answer within a second"},
     {Command::levels, "levels", "", "show the default level, and each logger with its level",
@@ -32,6 +32,8 @@ inline constexpr std::array<CommandRow, 7> commandTable = {{
     {Command::tail, "tail", "", "follow the messages of one or several processes, live",
      "log_application tail --name tolmarhlp --level INFO --reconnect",
      "all but the debugging, beyond the process's end too"},
+    {Command::web, "web", "", "show processes, levels and messages on a page in the browser",
+     "log_application web", "all processes of this host; prints the address to open"},
     {Command::forward, "forward", "", "send the messages to a log collector, by syslog over TCP",
      "log_application forward --name tolmarhlp --to syslog+tcp://logs.example.com:601",
      "until Ctrl-C; waits for the process and for the collector"},

@@ -15,6 +15,7 @@
 #include "tools/log_application/commands/set_command.h"
 #include "tools/log_application/commands/sinks_command.h"
 #include "tools/log_application/commands/tail_command.h"
+#include "tools/log_application/commands/web_command.h"
 #include "tools/log_application/program/console.h"
 #include "tools/log_application/program/console_quit.h"
 #include "tools/log_application/program/console_text.h"
@@ -40,6 +41,8 @@ ExitCode runCommand(const Options& options, StopSignal& stop) {
             return runSave(options, stop);
         case Command::tail:
             return TailCommand(options, stop).run();
+        case Command::web:
+            return WebCommand(options, stop).run();
         case Command::forward:
             return ForwardCommand(options, stop).run();
     }

@@ -15,7 +15,7 @@
 
 namespace log_application {
 
-enum class Command { ps, levels, set, sinks, save, tail, forward };
+enum class Command { ps, levels, set, sinks, save, tail, web, forward };
 
 struct SetOptions {
     std::vector<LevelChange> changes;
@@ -26,6 +26,10 @@ struct SetOptions {
 struct TailOptions {
     std::string format;                 // empty: the default format
     std::optional<TextPattern> expect;  // tail ends at the first line whose text it is found in
+};
+
+struct WebOptions {
+    std::uint16_t port = 0;  // of 127.0.0.1; 0: a free one
 };
 
 struct ForwardOptions {
@@ -40,6 +44,7 @@ struct Options {
     SetOptions set;
     FollowOptions follow;
     TailOptions tail;
+    WebOptions web;
     ForwardOptions forward;
 };
 

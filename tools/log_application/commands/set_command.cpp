@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iostream>
+#include <map>
+#include <string>
 
 #include "tools/log_application/commands/each_process.h"
 #include "tools/log_application/finding/process_finder.h"
@@ -9,19 +11,6 @@
 namespace log_application {
 
 namespace {
-
-constexpr const char* followsDefault = "default";
-
-// Converts a level as a process names it. Throws Failure if the name is unknown.
-vek::log::Level levelOf(const std::string& text, const Process& process) {
-    try {
-        return text == followsDefault ? vek::log::DEFAULT : vek::log::parseLevel(text);
-    } catch (const vek::UsageError&) {
-        throw Failure(exitLost,
-                      process.label() + " calls \"" + escapeControls(text) + "\" a level.",
-                      "It stands on another version of the log service.");
-    }
-}
 
 std::string changesText(const SetOptions& set) {
     std::string text;
@@ -64,7 +53,8 @@ void SetCommand::change(const Process& process) {
     const auto loggers = client.loggers();
     tellNew(options.set, loggers, process);
     if (options.set.forMs) {
-        remember(client, process, loggers);
+        earlier.push_back(earlierLevels(client, process, options.set.defaultLevel.has_value(),
+                                        options.set.changes, loggers));
     }
     if (options.set.defaultLevel) {
         client.setDefaultLevel(*options.set.defaultLevel);
@@ -72,21 +62,6 @@ void SetCommand::change(const Process& process) {
     client.setLevels(options.set.changes);
     std::cout << process.label() << ": " << changesText(options.set) << "\n";
     flushOutput();
-}
-
-void SetCommand::remember(Client& client, const Process& process,
-                          const std::map<std::string, std::string>& loggers) {
-    Earlier state = {process, std::nullopt, {}};
-    if (options.set.defaultLevel) {
-        state.defaultLevel = levelOf(client.defaultLevel(), process);
-    }
-    for (const LevelChange& change : options.set.changes) {
-        const auto known = loggers.find(change.logger);
-        state.loggers.push_back({change.logger, known == loggers.end()
-                                                    ? vek::log::DEFAULT
-                                                    : levelOf(known->second, process)});
-    }
-    earlier.push_back(state);
 }
 
 void SetCommand::waitForEnd() const {
@@ -97,14 +72,9 @@ void SetCommand::waitForEnd() const {
 
 ExitCode SetCommand::putBack() const {
     ExitCode worst = exitDone;
-    for (const Earlier& state : earlier) {
+    for (const EarlierLevels& state : earlier) {
         worst = std::max(worst, forEach({state.process}, [&state](const Process& process) {
-                             // Without the stop signal: it may be requested already.
-                             Client client(process, nullptr);
-                             if (state.defaultLevel) {
-                                 client.setDefaultLevel(*state.defaultLevel);
-                             }
-                             client.setLevels(state.loggers);
+                             putBackLevels(state);
                              std::cout << process.label() << ": the earlier levels are back\n";
                              flushOutput();
                          }));

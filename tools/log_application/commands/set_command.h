@@ -1,13 +1,10 @@
 // log_application::SetCommand: changes levels, and restores the earlier ones after --for.
 #pragma once
 
-#include <map>
-#include <optional>
-#include <string>
 #include <vector>
 
 #include "tools/log_application/commands/options.h"
-#include "tools/log_application/connection/client.h"
+#include "tools/log_application/connection/earlier_levels.h"
 #include "tools/log_application/program/exit_code.h"
 #include "tools/log_application/program/stop_signal.h"
 
@@ -27,22 +24,13 @@ class SetCommand : public vek::NoCopy {
     ExitCode run();
 
   private:
-    // The levels of a process before the change.
-    struct Earlier {
-        Process process;
-        std::optional<vek::log::Level> defaultLevel;
-        std::vector<LevelChange> loggers;
-    };
-
     void change(const Process& process);
-    void remember(Client& client, const Process& process,
-                  const std::map<std::string, std::string>& loggers);
     void waitForEnd() const;
     ExitCode putBack() const;
 
     const Options& options;
     StopSignal& stop;
-    std::vector<Earlier> earlier;
+    std::vector<EarlierLevels> earlier;
 };
 
 }  // namespace log_application

@@ -117,8 +117,8 @@ void Follower::tellEnd(const Client& client, const std::string& reason) {
     if (hasGone(client.endpoint())) {
         context.queue.addNotice(source, label + " has ended");
     } else if (reason.empty()) {
-        context.queue.addNotice(
-            source, label + " has closed the connection, but is still there; --reconnect goes on");
+        context.queue.addNotice(source, label + " has closed the connection, but is still there; " +
+                                            context.afterClosing);
     }
 }
 

@@ -23,6 +23,8 @@ struct FollowerContext {
     StopSignal& stop;
     FollowedProcesses& followed;
     bool reconnect;
+    // What follows the report that a process has closed the connection and still runs.
+    const char* afterClosing = "--reconnect goes on";
 };
 
 class Follower : public vek::thread::Runnable, public vek::NoCopy {

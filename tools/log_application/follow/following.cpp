@@ -5,7 +5,6 @@
 
 #include "tools/log_application/finding/process_finder.h"
 #include "tools/log_application/program/console.h"
-#include "vek/log/telegram.h"
 
 namespace log_application {
 
@@ -120,7 +119,7 @@ bool Following::isFinished(const LineOutput& output) const {
 }
 
 void Following::run(LineOutput& output) {
-    merger.emplace(isSeveral() ? mergeWindowMs : 0);
+    merger.emplace(isSeveral() ? TimeMerger::usualWindowMs : 0);
     for (const auto& follower : followers) {
         follower->start();
     }
@@ -141,19 +140,11 @@ void Following::run(LineOutput& output) {
 void Following::take(std::vector<Arrival> arrivals) {
     const std::int64_t now = nowMs();
     for (Arrival& arrival : arrivals) {
-        MergedItem item = {std::move(arrival), std::nullopt};
-        if (item.arrival.kind == Arrival::ended) {
+        if (arrival.kind == Arrival::ended) {
             ++ended;
             continue;
         }
-        if (item.arrival.kind == Arrival::message) {
-            try {
-                item.line = parseLogLine(item.arrival.text);
-            } catch (const vek::log::Telegram::ParseError&) {
-                // Without a line: reported when it is passed on.
-            }
-        }
-        merger->add(std::move(item), now);
+        merger->add(itemOf(std::move(arrival)), now);
     }
 }
 

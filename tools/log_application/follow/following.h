@@ -54,9 +54,6 @@ class LineOutput {
 // Not thread-safe. Starts a thread for each process.
 class Following : public vek::NoCopy {
   public:
-    // How long a line is held back for earlier ones of other processes, in milliseconds.
-    static constexpr std::int64_t mergeWindowMs = 250;
-
     // The time of `followOptions` begins now. Nothing is owned; everything must outlive this.
     Following(const Selection& wanted, const FollowOptions& followOptions, StopSignal& stopSignal);
 

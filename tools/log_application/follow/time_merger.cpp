@@ -4,7 +4,21 @@
 #include <limits>
 #include <utility>
 
+#include "vek/log/telegram.h"
+
 namespace log_application {
+
+MergedItem itemOf(Arrival arrival) {
+    MergedItem item = {std::move(arrival), std::nullopt};
+    if (item.arrival.kind == Arrival::message) {
+        try {
+            item.line = parseLogLine(item.arrival.text);
+        } catch (const vek::log::Telegram::ParseError&) {
+            // Without a line.
+        }
+    }
+    return item;
+}
 
 void TimeMerger::add(MergedItem item, std::int64_t nowMs) {
     constexpr std::int64_t never = std::numeric_limits<std::int64_t>::min();

@@ -20,10 +20,16 @@ struct MergedItem {
     std::optional<LogLine> line;
 };
 
+// Parses the telegram of a message. Without a line the telegram is none, or isn't a message.
+MergedItem itemOf(Arrival arrival);
+
 // Holds each item back for a while, so that an earlier one that arrives a little later on another
 // connection still comes first. Items of one source keep their order. Not thread-safe.
 class TimeMerger {
   public:
+    // Long enough for processes of one host.
+    static constexpr std::int64_t usualWindowMs = 250;
+
     // `windowMs` is how long an item is held back, in milliseconds. With 0 items are returned at
     // once in order of arrival.
     explicit TimeMerger(std::int64_t windowMs) : window(windowMs) {}

@@ -34,8 +34,12 @@ void JsonObject::addNull(std::string_view key) {
 }
 
 void JsonObject::add(std::string_view key, const JsonObject& object) {
+    addJson(key, object.text());
+}
+
+void JsonObject::addJson(std::string_view key, std::string_view json) {
     addKey(key);
-    members += object.text();
+    members += json;
 }
 
 }  // namespace log_application

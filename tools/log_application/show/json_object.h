@@ -18,6 +18,9 @@ class JsonObject {
     void addNull(std::string_view key);
     void add(std::string_view key, const JsonObject& object);
 
+    // `json` is inserted as it is.
+    void addJson(std::string_view key, std::string_view json);
+
     // Adds null for an empty optional.
     template <class Value>
     void add(std::string_view key, const std::optional<Value>& value) {

@@ -4,9 +4,14 @@
 //     idle     makes the loggers "a" and "b" and logs "tick" at INFO to the one, "detail" at DEBUG
 //              to the other, again and again, until it is ended, or after 100 seconds
 //     burst    logs "message 0" and so on, COUNT messages, and ends
+//     work     logs what a busy program may log, at all levels, until it is ended, or after 100
+//              seconds
+//     hostile  logs markup in place of texts, again and again, until it is ended, or after 100
+//              seconds
 //     samples  logs one message of each kind that is hard to show, and ends
 #include <cstdlib>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,6 +38,52 @@ void idle() {
         VEK_LOG(a, INFO, "tick " << i);
         VEK_LOG(b, DEBUG, "detail " << i);
         Sleep(20);
+    }
+}
+
+void submitWith(Logger& logger, Level level, const std::string& text,
+                const std::map<std::string, std::string>& attributes) {
+    AttrMessage* const message = logger.makeAttrMessage(level, text);
+    for (const auto& [key, value] : attributes) {
+        message->attrs[key] = value;
+    }
+    logger.submit(message);
+}
+
+void work() {
+    Logger& net = *Manager::instance().getLogger("net");
+    Logger& store = *Manager::instance().getLogger("store");
+    Logger& jobs = *Manager::instance().getLogger("jobs");
+    for (int i = 0; i < 1250; ++i) {
+        VEK_LOG(net, DEBUG, "received frame of " << 200 + i * 37 % 900 << " bytes");
+        if (i % 3 == 0) {
+            VEK_LOG(jobs, INFO, "job " << 4000 + i / 3 << " taken, " << i % 7 << " waiting");
+        }
+        if (i % 5 == 0) {
+            submitWith(store, INFO, "order saved",
+                       {{"order", std::to_string(70'000 + i)}, {"ms", std::to_string(3 + i % 11)}});
+        }
+        if (i % 23 == 7) {
+            VEK_LOG(store, WARN, "slow query: " << 800 + i % 400 << " ms for 3 rows");
+        }
+        if (i % 61 == 11) {
+            submitWith(net, ERR, "peer closed the connection in the middle of a frame",
+                       {{"peer", "10.1.0." + std::to_string(i % 250)}, {"port", "5012"}});
+        }
+        VEK_LOG(jobs, TRACE, "tick " << i);
+        Sleep(80);
+    }
+}
+
+void hostile() {
+    Logger& logger = *Manager::instance().getLogger("<b>bold</b>");
+    for (int i = 0; i < 500; ++i) {
+        submitWith(logger, ERR,
+                   "<script>document.title='owned'</script><img src=x onerror=\"document.title="
+                   "'owned'\"> \x1b[31m \xE2\x80\xAE" +
+                       std::to_string(i),
+                   {{"<i>key</i>", "<svg onload=alert(1)>"}});
+        Sleep(200);
     }
 }
 
@@ -66,6 +117,10 @@ int run(const std::string& mode, int count, std::vector<std::string> options) {
     configurator.configure(name);
     if (mode == "idle") {
         idle();
+    } else if (mode == "work") {
+        work();
+    } else if (mode == "hostile") {
+        hostile();
     } else if (mode == "burst") {
         burst(count);
     } else {
