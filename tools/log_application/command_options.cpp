@@ -214,7 +214,11 @@ FollowOptions CommandOptions::followOptions() {
     if (timeout.isSet()) {
         options.timeoutMs = parseTime("--timeout", timeout.getValue());
     }
-    options.reconnect = reconnect.getValue() || isFor(Command::forward);
+    options.reconnect = reconnect.getValue();
+    if (isFor(Command::forward)) {
+        options.reconnect = true;
+        options.afterClosing = "it is followed again";
+    }
     constexpr std::uint32_t mostLines = 10'000'000;
     const std::optional<std::uint32_t> lines = parseNumber(buffer.getValue(), mostLines);
     if (lines.value_or(0) == 0) {

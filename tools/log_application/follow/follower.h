@@ -24,7 +24,7 @@ struct FollowerContext {
     FollowedProcesses& followed;
     bool reconnect;
     // What follows the report that a process has closed the connection and still runs.
-    const char* afterClosing = "--reconnect goes on";
+    const char* afterClosing;
 };
 
 class Follower : public vek::thread::Runnable, public vek::NoCopy {

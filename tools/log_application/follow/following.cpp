@@ -96,7 +96,8 @@ void Following::awaitOthers(const Selection& wanted, const std::vector<Process>&
 }
 
 void Following::addFollower(const Selection& wanted, const std::optional<Process>& found) {
-    const FollowerContext context = {queue, stop, followed, options.reconnect};
+    const FollowerContext context = {queue, stop, followed, options.reconnect,
+                                     options.afterClosing};
     followers.push_back(std::make_unique<Follower>(context, followers.size(), wanted, found));
 }
 

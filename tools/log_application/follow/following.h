@@ -24,6 +24,8 @@ struct FollowOptions {
     FilterOptions filter;
     std::optional<std::int64_t> timeoutMs;
     bool reconnect = false;
+    // As in FollowerContext.
+    const char* afterClosing = "--reconnect goes on";
     std::size_t bufferLines = 200'000;
 };
 

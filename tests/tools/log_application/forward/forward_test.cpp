@@ -106,6 +106,9 @@ TEST_F(ForwardTest, FollowsTheProcessAgainAfterItsEnd) {
     ToolRun run("forward --timeout 50s " + server.connect() + " " + collector.to());
     EXPECT_TRUE(collector.waitForTexts(3)) << run.errors();
     EXPECT_EQ(collector.texts()[2], "3");
+    EXPECT_TRUE(
+        run.waitForErrors("has closed the connection, but is still there; it is followed again\n"))
+        << run.errors();
     run.terminate();
     server.stop();
 }
