@@ -218,6 +218,9 @@ TEST_F(TailTest, FollowsTwoHundredProcessesAtOnce) {
         EXPECT_EQ(peer.request(), "get-messages:");
         peer.sendFrame(messageTelegram("number " + std::to_string(i)));
     }
+    // Otherwise the last line could be read ahead of one on another connection, and end the run.
+    EXPECT_TRUE(support::waitUntil([&run] { return lineCount(run.output()) == std::size_t{count}; },
+                                   ToolRun::limitMs));
     Peer(*sockets.back()).sendFrame(messageTelegram("last"));
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitDone)) << run.errors();
     EXPECT_EQ(lineCount(run.output()), std::size_t{count} + 1) << run.output();
