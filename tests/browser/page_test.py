@@ -292,12 +292,17 @@ def scene_reload(browser):
 
 def scene_return(browser, services):
     """A process ends and returns."""
+    # Only the rows in sight are in the document, and others soon push a note out of sight.
+    browser.run("""(() => { window.notes_ = [];
+      const look = () => document.querySelectorAll('.row.note').forEach((row) => notes_.push(row.textContent));
+      new MutationObserver(look).observe(document.body, { subtree: true, childList: true, characterData: true, attributes: true });
+    })()""")
     services[0].end()
     browser.wait_for("the end", f"{card('orders')}?.classList.contains('ended')")
     browser.screenshot(f"{SHOTS}/ended.png")
     services[0] = service("orders", "work")
     browser.wait_for("the return", is_live("orders"))
-    browser.wait_for("what the page says", "[...document.querySelectorAll('.row.note')].some((row) => /following orders/.test(row.textContent))")
+    browser.wait_for("what the page says", "notes_.some((note) => /following orders/.test(note))")
 
 
 def scene_lost(browser, page):
