@@ -46,9 +46,9 @@ class Counter {
         LOCK(mutex.unlock();)
     }  // missing-error {{mutex 'mutex' is still held at the end of function}}
 
-    void wakesAWaiterOfTheQueue() {
+    bool mustWakeAWaiterOfTheQueue() {
         LOCK(const vek::LockGuard<vek::log::QueueLock> guard(queueLock);)
-        queueLock.wakeOne(vek::log::QueueLock::notEmpty);  // missing-error {{requires holding}}
+        return queueLock.mustWake(vek::log::QueueLock::notEmpty);  // missing-error {{holding}}
     }
 
   private:
