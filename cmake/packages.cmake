@@ -31,7 +31,6 @@ package_notice(${PROJECT_SOURCE_DIR}/cmake/package/third-party.txt README.txt)
 package_notice(${DEPS_ROOT}/share/libconfig/COPYING.LIB libconfig.txt)
 package_notice(${DEPS_ROOT}/share/cpp-httplib/LICENSE cpp-httplib.txt)
 package_notice(${PACKAGE_DOC_DIR}/libtclap-dev/copyright tclap.txt)
-package_notice(${DEPS_ROOT}/share/cpp-httplib/LICENSE cpp-httplib.txt)
 package_notice(${PACKAGE_DOC_DIR}/g++-mingw-w64-i686-posix/copyright gcc-runtime.txt)
 package_notice(${PACKAGE_DOC_DIR}/mingw-w64-i686-dev/copyright mingw-w64.txt)
 

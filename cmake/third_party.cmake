@@ -20,6 +20,3 @@ find_path(HTTPLIB_INCLUDE_DIR httplib.h PATHS ${DEPS_ROOT}/include-httplib NO_DE
 find_path(HTTPLIB_INCLUDE_DIR httplib.h REQUIRED)
 add_library(httplib INTERFACE)
 target_include_directories(httplib SYSTEM INTERFACE ${HTTPLIB_INCLUDE_DIR})
-if(WIN32)
-  target_link_libraries(httplib INTERFACE ws2_32)
-endif()
