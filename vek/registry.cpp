@@ -76,7 +76,7 @@ std::shared_ptr<RegistryKey> RegistryKey::openSubkey(const std::string& name, in
 }
 
 std::shared_ptr<RegistryKey> RegistryKey::createSubkey(const std::string& name) {
-    const std::shared_ptr<RegistryKey> subkey(new RegistryKey(view));
+    std::shared_ptr<RegistryKey> subkey(new RegistryKey(view));
     check(RegCreateKeyA(key, name.c_str(), &subkey->key), "Unable to create subkey with name '",
           name, "'");
     return subkey;

@@ -18,7 +18,7 @@ Dir::~Dir() {
 }
 
 void Dir::open(const std::string& newPath) {
-    const std::string opened = newPath;  // the caller's text may be our own
+    std::string opened = newPath;  // the caller's text may be our own
     close();
     const std::string pattern = systemPath(opened) + std::string("\\*");
     findHandle = FindFirstFileA(pattern.c_str(), &entry);
@@ -26,7 +26,7 @@ void Dir::open(const std::string& newPath) {
         throw FsError(opened, GetLastError());
     }
     firstPending = true;
-    path = opened;
+    path = std::move(opened);
 }
 
 void Dir::close() {

@@ -70,7 +70,7 @@ StreamFile makeTemporary(std::string& path) {
 std::string makeTemporaryDirectory(const std::string& base) {
     const std::string wanted = temporaryDirectory() + "\\" + base;
     for (int attempt = 1;;) {
-        const std::string path = makeUniqueFile(wanted);
+        std::string path = makeUniqueFile(wanted);
         try {
             removeFile(path);
             createDirectory(path);

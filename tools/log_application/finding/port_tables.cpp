@@ -30,7 +30,7 @@ std::optional<std::vector<HeldPort>> readTable(const Read& read) {
     // Aligned for the table.
     std::vector<DWORD> room(1024);
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        DWORD size = static_cast<DWORD>(room.size() * sizeof(DWORD));
+        DWORD size = static_cast<DWORD>(room.size()) * DWORD{sizeof(DWORD)};
         const DWORD result = read(room.data(), &size);
         if (result == ERROR_INSUFFICIENT_BUFFER) {
             room.resize(std::max<std::size_t>(2 * room.size(), size / sizeof(DWORD) + 1));

@@ -178,7 +178,7 @@ class HttpServer::Server : public httplib::Server {
                  [this](const auto& request, auto& response) { answer(request, response); });
         }
         set_exception_handler(
-            [](const auto&, auto& response, std::exception_ptr) { response.status = 500; });
+            [](const auto&, auto& response, const auto& /*error*/) { response.status = 500; });
         startListening(wantedPort);
     }
 
