@@ -36,11 +36,9 @@ inline std::string ownLoopbackAddress() {
 // Looks for processes at one address.
 class DiscoveryClient {
   public:
-    explicit DiscoveryClient(const std::string& processAddress) {
+    explicit DiscoveryClient(const std::string& processAddress) : DiscoveryClient() {
         target.setPort(log::Server::discoveryPort);
         target.fromString(processAddress);
-        bindToLoopback(socket);
-        limitReceiving(socket);
     }
 
     void send(const std::string& datagram) {
@@ -61,25 +59,20 @@ class DiscoveryClient {
         return reply();
     }
 
-    // Asks until somebody answers: a server that is starting has no socket yet.
-    std::string askUntilAnswered(const std::string& datagram) {
+    // Asks until somebody answers: a server that is starting has no socket yet. Uses a socket of
+    // its own, as a late answer would pass for the reply to the next request.
+    std::string askUntilAnswered(const std::string& datagram) const {
+        DiscoveryClient patient;
+        patient.target = target;
         const DWORD shortMs = 50;
-        socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &shortMs, sizeof shortMs);
+        patient.socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &shortMs, sizeof shortMs);
         std::string answer;
         for (int i = 0; i < 400 && answer.empty(); ++i) {
             try {
-                answer = ask(datagram);
+                answer = patient.ask(datagram);
             } catch (const NetError&) {
                 // Not yet.
             }
-        }
-        // What came late is of no use.
-        try {
-            for (;;) {
-                reply();
-            }
-        } catch (const NetError&) {
-            limitReceiving(socket);
         }
         return answer;
     }
@@ -96,6 +89,11 @@ class DiscoveryClient {
     net::IP4Address target;
 
   private:
+    DiscoveryClient() {
+        bindToLoopback(socket);
+        limitReceiving(socket);
+    }
+
     int marks = 4000000;
 };
 
