@@ -5,9 +5,10 @@
 
 namespace log_application {
 
-std::uint32_t SendBuffer::numberBehind(std::uint32_t number) {
-    constexpr std::uint32_t highest = 2'147'483'647;
-    return number >= highest ? 1 : number + 1;
+std::uint32_t SendBuffer::numberBehind(std::uint32_t number, std::uint64_t count) {
+    constexpr std::uint64_t highest = 2'147'483'647;
+    return count == 0 ? number
+                      : static_cast<std::uint32_t>((number + (count - 1) % highest) % highest + 1);
 }
 
 // Whether `frame` was written at least `ageMs` ago, and the collector has read since then.
@@ -46,6 +47,11 @@ void SendBuffer::add(const MakeFrame& makeFrame) {
     }
     reportLoss();
     push({makeFrame(nextNumber()), 0, false});
+}
+
+void SendBuffer::addLost(std::uint64_t count) {
+    lost += count;
+    number = numberBehind(number, count);
 }
 
 std::string SendBuffer::next(std::size_t size) {

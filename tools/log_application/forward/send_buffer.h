@@ -23,9 +23,9 @@ class SendBuffer {
     // How long a written frame is kept.
     static constexpr std::int64_t keptMs = 60'000;
 
-    // Returns the number of the frame that comes behind the one with `number`: 1 to 2147483647, and
-    // 1 again.
-    static std::uint32_t numberBehind(std::uint32_t number);
+    // Returns the number of the frame that comes `count` frames behind the one with `number`, 0
+    // for none: numbers run from 1 to 2147483647, and from 1 again.
+    static std::uint32_t numberBehind(std::uint32_t number, std::uint64_t count = 1);
 
     // Returns the frame with this number.
     using MakeFrame = std::function<std::string(std::uint32_t number)>;
@@ -41,8 +41,8 @@ class SendBuffer {
     // was lost is reported by a frame ahead of the next one that is added.
     void add(const MakeFrame& makeFrame);
 
-    // Counts frames that were lost elsewhere.
-    void addLost(std::uint64_t count) { lost += count; }
+    // Counts frames that were lost elsewhere. Their numbers are used up too.
+    void addLost(std::uint64_t count);
 
     // Returns the bytes to be written next: at most `size`, and none if all was written. A loss
     // that no frame followed is reported then.

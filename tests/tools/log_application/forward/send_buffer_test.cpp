@@ -137,7 +137,7 @@ TEST_F(SendBufferTest, LossesElsewhereCountToo) {
     buffer.addLost(7);
     EXPECT_TRUE(buffer.hasWork());
     add("a");
-    EXPECT_EQ(all(), "(1 lost 7)(2 a)");
+    EXPECT_EQ(all(), "(8 lost 7)(9 a)");
 }
 
 TEST_F(SendBufferTest, ReportsOfLossesTakeNoRoom) {
@@ -154,7 +154,7 @@ TEST_F(SendBufferTest, AReportIsWrittenAgainToo) {
     buffer.addLost(1);
     writeAll(0);
     buffer.rewind(1, 5000);
-    EXPECT_EQ(all(), "(1 lost 1)");
+    EXPECT_EQ(all(), "(2 lost 1)");
 }
 
 class SmallSendBuffer : public SendBufferTest {
@@ -191,6 +191,11 @@ TEST(SendBuffer, NumbersBeginAgainBehindTheHighest) {
     EXPECT_EQ(SendBuffer::numberBehind(0), 1u);
     EXPECT_EQ(SendBuffer::numberBehind(2'147'483'646), 2'147'483'647u);
     EXPECT_EQ(SendBuffer::numberBehind(2'147'483'647), 1u);
+    EXPECT_EQ(SendBuffer::numberBehind(2'147'483'640, 10), 3u);
+    EXPECT_EQ(SendBuffer::numberBehind(5, 0), 5u);
+    EXPECT_EQ(SendBuffer::numberBehind(0, 2'147'483'647), 2'147'483'647u);
+    EXPECT_EQ(SendBuffer::numberBehind(0, 3ull * 2'147'483'647 + 2), 2u);
+    EXPECT_EQ(SendBuffer::numberBehind(2'147'483'647, 0xFFFF'FFFF'FFFF'FFFF), 3u);
 }
 
 }  // namespace
