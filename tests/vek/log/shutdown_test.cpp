@@ -41,7 +41,7 @@ class DrainingManager : public testing::Test {
 
     void beginShutdown() {
         stopper = std::make_unique<ScopedThread>([this] { manager.shutdown(); });
-        ASSERT_TRUE(vek_test::becomesTrue([this] { return !x.passes(ERR); }));
+        ASSERT_TRUE(vek_test::becomesTrue([this] { return !x.passes(ERR) && !y.passes(ERR); }));
     }
 
     void finish() {
