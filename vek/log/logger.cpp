@@ -83,8 +83,12 @@ void Logger::logfv(Level messageLevel, const char* pattern, std::va_list argumen
     }
 }
 
-// Null if there is no spent message, or no memory for the text.
+// Null if there is no spent message, or no memory for the text; also for a long text, which is
+// better moved than copied, and whose message wouldn't be kept afterwards.
 Message* Logger::reuse(Level messageLevel, std::string_view text) const {
+    if (text.size() > SpentMessages::longestText) {
+        return nullptr;
+    }
     std::unique_ptr<Message> message = manager->takeSpent();
     if (message == nullptr) {
         return nullptr;

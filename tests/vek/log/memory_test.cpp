@@ -1,6 +1,7 @@
 // What messages cost in memory, and what happens when there is none.
 #include <climits>
 #include <cstdarg>
+#include <memory>
 #include <new>
 
 #include <gtest/gtest.h>
@@ -90,6 +91,17 @@ TEST_F(Memory, SpentMessageIsNoUseIfItsTextFindsNoMemory) {
         message = logger.makeMessage(INFO, std::move(text));
     }
     EXPECT_EQ(message, nullptr);
+}
+
+TEST_F(Memory, LongTextIsMovedAlsoIfThereIsASpentMessage) {
+    VEK_LOG(unnamed, INFO, "short");
+    manager.start();
+    manager.shutdown();
+    const Logger& logger = *manager.getLogger("");
+    std::string text(1000, 'x');
+    const char* const characters = text.data();
+    const std::unique_ptr<Message> message(logger.makeMessage(INFO, std::move(text)));
+    EXPECT_EQ(message->text.data(), characters);
 }
 
 TEST_F(Memory, StatementThatIsOffAllocatesNothing) {
