@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tools/log_application/program/console.h"
+#include "tools/log_application/program/waiting.h"
 #include "tools/log_application/web/token.h"
 #include "tools/log_application/web/watched_processes.h"
 #include "tools/log_application/web/web_page.h"
@@ -12,13 +13,6 @@
 namespace log_application {
 
 namespace {
-
-// How often the stop is checked, in milliseconds.
-constexpr std::int64_t pollMs = 200;
-
-std::int64_t nowMs() {
-    return vek::time::MonotonicClock(true).getValue();
-}
 
 // Requests the stop in any case, so that the threads end whose owners are destroyed next.
 class StopAtEnd : public vek::NoCopy {
@@ -60,15 +54,15 @@ void WebCommand::loop(WatchedProcesses& processes) {
     while (!stop.isRequested()) {
         vek::time::MonotonicClock deadline(true);
         const std::int64_t now = deadline.getValue();
-        const std::int64_t ready = merger.nextReady().value_or(now + pollMs);
-        deadline += std::clamp<std::int64_t>(ready - now, 0, pollMs);
+        const std::int64_t ready = merger.nextReady().value_or(now + stopPollMs);
+        deadline += std::clamp<std::int64_t>(ready - now, 0, stopPollMs);
         take(queue.take(deadline), processes);
-        store(merger.takeReady(nowMs()));
+        store(merger.takeReady(monotonicMs()));
     }
 }
 
 void WebCommand::take(std::vector<Arrival> arrivals, WatchedProcesses& processes) {
-    const std::int64_t now = nowMs();
+    const std::int64_t now = monotonicMs();
     for (Arrival& arrival : arrivals) {
         if (arrival.kind == Arrival::ended) {
             processes.noteEnd(arrival.source);

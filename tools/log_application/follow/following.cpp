@@ -5,19 +5,9 @@
 
 #include "tools/log_application/finding/process_finder.h"
 #include "tools/log_application/program/console.h"
+#include "tools/log_application/program/waiting.h"
 
 namespace log_application {
-
-namespace {
-
-// How often the stop is checked, in milliseconds.
-constexpr std::int64_t pollMs = 200;
-
-std::int64_t nowMs() {
-    return vek::time::MonotonicClock(true).getValue();
-}
-
-}  // namespace
 
 Following::Following(const Selection& wanted, const FollowOptions& followOptions,
                      StopSignal& stopSignal)
@@ -102,8 +92,8 @@ void Following::addFollower(const Selection& wanted, const std::optional<Process
 }
 
 vek::time::MonotonicClock Following::nextDeadline() const {
-    const std::int64_t now = nowMs();
-    std::int64_t wait = pollMs;
+    const std::int64_t now = monotonicMs();
+    std::int64_t wait = stopPollMs;
     if (const std::optional<std::int64_t> ready = merger->nextReady()) {
         wait = std::min(wait, *ready - now);
     }
@@ -126,7 +116,7 @@ void Following::run(LineOutput& output) {
     }
     while (!isFinished(output)) {
         take(queue.take(nextDeadline()));
-        pass(merger->takeReady(nowMs()), output);
+        pass(merger->takeReady(monotonicMs()), output);
         output.poll();
         timeIsUp = end && *end - vek::time::MonotonicClock(true) <= 0;
     }
@@ -139,7 +129,7 @@ void Following::run(LineOutput& output) {
 }
 
 void Following::take(std::vector<Arrival> arrivals) {
-    const std::int64_t now = nowMs();
+    const std::int64_t now = monotonicMs();
     for (Arrival& arrival : arrivals) {
         if (arrival.kind == Arrival::ended) {
             ++ended;

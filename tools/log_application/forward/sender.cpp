@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "tools/log_application/program/waiting.h"
 #include "tools/log_application/show/escape.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
@@ -23,10 +24,6 @@ constexpr std::int64_t idleMs = 200;
 
 // A connection that breaks earlier than this, in milliseconds, isn't reported as being back.
 constexpr std::int64_t soundAfterMs = 1000;
-
-std::int64_t nowMs() {
-    return vek::time::MonotonicClock(true).getValue();
-}
 
 vek::time::MonotonicClock in(std::int64_t milliseconds) {
     vek::time::MonotonicClock deadline(true);
@@ -92,7 +89,7 @@ std::vector<std::string> Sender::takeNotices() {
 std::uint64_t Sender::finish(std::int64_t limitMs) {
     {
         const ScopeGuard guard(condition);
-        finishAt = nowMs() + limitMs;
+        finishAt = monotonicMs() + limitMs;
         condition.wakeAll();
     }
     thread.join();
@@ -108,13 +105,13 @@ bool Sender::isFinishing() {
 bool Sender::isOver() {
     const ScopeGuard guard(condition);
     const bool isDone = isAllTaken || (!socket && !buffer.hasWork());
-    return finishAt && (isDone || nowMs() >= *finishAt);
+    return finishAt && (isDone || monotonicMs() >= *finishAt);
 }
 
 void Sender::run() {
     std::int64_t pauseMs = firstPauseMs;
     while (!isOver()) {
-        const std::int64_t begin = nowMs();
+        const std::int64_t begin = monotonicMs();
         try {
             connect();
             exchange(begin);
@@ -123,7 +120,7 @@ void Sender::run() {
                 // The attempt was given up.
                 return;
             }
-            const std::int64_t now = nowMs();
+            const std::int64_t now = monotonicMs();
             pauseMs = now - begin > longestPauseMs ? firstPauseMs : pauseMs;
             onBreak(error, now);
             pause(pauseMs);
@@ -166,7 +163,7 @@ void Sender::exchange(std::int64_t begin) {
             throw ClosedByCollector();
         }
         recordWritten(ready.toWrite ? socket->writeSome(bytes) : 0, bytes.size());
-        if (isSaidAway && nowMs() - begin >= soundAfterMs) {
+        if (isSaidAway && monotonicMs() - begin >= soundAfterMs) {
             isSaidAway = false;
             const ScopeGuard guard(condition);
             addNotice("sending to " + collector.text() + " again");
@@ -183,7 +180,7 @@ std::string Sender::waitForWork() {
 }
 
 void Sender::recordWritten(std::size_t size, std::size_t wanted) {
-    const std::int64_t now = nowMs();
+    const std::int64_t now = monotonicMs();
     const ScopeGuard guard(condition);
     buffer.written(size, now);
     if (size < wanted) {

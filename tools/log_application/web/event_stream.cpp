@@ -5,6 +5,7 @@
 
 #include "tools/log_application/connection/level_change.h"
 #include "tools/log_application/program/failure.h"
+#include "tools/log_application/program/waiting.h"
 #include "tools/log_application/show/ansi_text.h"
 #include "tools/log_application/show/escape.h"
 #include "tools/log_application/show/line_renderer.h"
@@ -96,7 +97,7 @@ bool EventStream::sendState(const BodyWriter& write) {
 }
 
 bool EventStream::sendRates(const BodyWriter& write) {
-    const std::int64_t last = vek::time::MonotonicClock(true).getValue() / 1000 - 1;
+    const std::int64_t last = monotonicMs() / 1000 - 1;
     if (last <= ratesUpTo) {
         return true;
     }

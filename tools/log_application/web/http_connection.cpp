@@ -4,21 +4,10 @@
 #include <array>
 #include <cstring>
 
+#include "tools/log_application/program/waiting.h"
 #include "tools/log_application/web/request_head.h"
-#include "vek/time/clock.h"
 
 namespace log_application {
-
-namespace {
-
-// How often the stop is checked, in milliseconds.
-constexpr std::int64_t pollMs = 200;
-
-std::int64_t nowMs() {
-    return vek::time::MonotonicClock(true).getValue();
-}
-
-}  // namespace
 
 HttpConnection::HttpConnection(SOCKET connected, const WebLimits& webLimits,
                                const std::atomic<bool>& stopFlag)
@@ -27,10 +16,10 @@ HttpConnection::HttpConnection(SOCKET connected, const WebLimits& webLimits,
     ioctlsocket(handle, static_cast<long>(FIONBIO), &nonBlocking);
 }
 
-// Returns false at `deadline`, on the clock of nowMs, or once stopped.
+// Returns false at `deadline`, on the clock of monotonicMs, or once stopped.
 bool HttpConnection::waitFor(bool writing, std::int64_t deadline) const {
     while (!stopped) {
-        const std::int64_t left = std::min(deadline - nowMs(), pollMs);
+        const std::int64_t left = std::min(deadline - monotonicMs(), stopPollMs);
         if (left <= 0) {
             return false;
         }
@@ -56,7 +45,7 @@ long HttpConnection::receive(char* buffer, std::size_t size, std::int64_t deadli
 
 HttpConnection::Outcome HttpConnection::readHead(std::string& head, std::int64_t waitMs) {
     constexpr std::string_view emptyLine = "\r\n\r\n";
-    std::int64_t deadline = nowMs() + waitMs;
+    std::int64_t deadline = monotonicMs() + waitMs;
     bool begun = false;
     std::string text;
     ahead.swap(text);
@@ -67,7 +56,7 @@ HttpConnection::Outcome HttpConnection::readHead(std::string& head, std::int64_t
         }
         if (!begun && !text.empty()) {
             begun = true;
-            deadline = nowMs() + limits.requestMs;
+            deadline = monotonicMs() + limits.requestMs;
         }
         std::array<char, 4096> buffer;
         const long size = receive(buffer.data(), buffer.size(), deadline);
@@ -83,7 +72,7 @@ HttpConnection::Outcome HttpConnection::readHead(std::string& head, std::int64_t
     if (end + emptyLine.size() > longestHead) {
         return Outcome::tooLarge;
     }
-    requestEnd = nowMs() + limits.requestMs;
+    requestEnd = monotonicMs() + limits.requestMs;
     ahead = text.substr(end + emptyLine.size());
     head = text.substr(0, end + emptyLine.size());
     return Outcome::complete;
@@ -118,7 +107,7 @@ long HttpConnection::read(char* buffer, std::size_t size) {
 }
 
 long HttpConnection::write(const char* text, std::size_t size) {
-    if (!waitFor(true, nowMs() + limits.writeMs)) {
+    if (!waitFor(true, monotonicMs() + limits.writeMs)) {
         return -1;
     }
     const long sent = send(handle, text, static_cast<int>(std::min<std::size_t>(size, 65536)), 0);

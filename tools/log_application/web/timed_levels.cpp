@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tools/log_application/program/console.h"
+#include "tools/log_application/program/waiting.h"
 #include "tools/log_application/show/ansi_text.h"
 #include "tools/log_application/show/escape.h"
 #include "vek/thread/scope_guard.h"
@@ -10,13 +11,6 @@
 namespace log_application {
 
 namespace {
-
-// How often the stop is checked, in milliseconds.
-constexpr std::int64_t pollMs = 200;
-
-std::int64_t nowMs() {
-    return vek::time::MonotonicClock(true).getValue();
-}
 
 // The logger's name as the process writes it: the page has it in UTF-8.
 std::string nameOf(const std::string& shown, const std::map<std::string, std::string>& loggers) {
@@ -71,7 +65,8 @@ void TimedLevels::set(std::size_t id, const Process& process, const Logger& logg
         return;
     }
     // An earlier change keeps what was before it.
-    changes.try_emplace(key, Change{std::move(earlier), 0}).first->second.end = nowMs() + *forMs;
+    changes.try_emplace(key, Change{std::move(earlier), 0}).first->second.end =
+        monotonicMs() + *forMs;
     changed.wakeAll();
 }
 
@@ -104,7 +99,7 @@ void TimedLevels::putBack(const Key& key) {
 
 std::vector<TimedLevels::Timed> TimedLevels::of(std::size_t id) const {
     std::vector<Timed> found;
-    const std::int64_t now = nowMs();
+    const std::int64_t now = monotonicMs();
     const vek::thread::ScopeGuard guard(changed);
     for (const auto& [key, change] : changes) {
         if (key.first == id) {
@@ -133,15 +128,15 @@ void TimedLevels::run() {
     while (!stop.isRequested()) {
         {
             const vek::thread::ScopeGuard guard(changed);
-            std::int64_t wait = pollMs;
+            std::int64_t wait = stopPollMs;
             for (const auto& [key, change] : changes) {
-                wait = std::clamp<std::int64_t>(change.end - nowMs(), 0, wait);
+                wait = std::clamp<std::int64_t>(change.end - monotonicMs(), 0, wait);
             }
             vek::time::MonotonicClock deadline(true);
             deadline += wait;
             changed.waitUntil(deadline);
         }
-        putBackDue(nowMs());
+        putBackDue(monotonicMs());
     }
 }
 
