@@ -109,10 +109,8 @@ using Terabytes = UnitValue<fileSizeUnits, 4>;
 // Parse a decimal number from 0 to 2^63 - 1 and a unit in either form and any case, such as "10 MB"
 // or "1500us". White space before both is skipped; text after the unit is ignored.
 //
-// Throw ParseError with the text if there is no such number ("no positive integer could be parsed",
-// though 0 is accepted) or no unit ("Couldn't find unit specification after value"); with the unit
-// in lower case if it is unknown ("couldn't deduce file size unit", "couldn't deduce time unit").
-// Thread-safe.
+// Throw ParseError with the text if there is no such number, although 0 is accepted, or no unit;
+// with the unit in lower case if it is unknown. Thread-safe.
 std::uint64_t parseFileSize(const std::string& text);  // bytes
 std::uint64_t parseDuration(const std::string& text);  // milliseconds
 
