@@ -42,6 +42,15 @@ void openWhatStays() {
     std::unique_lock<std::mutex> held(mutex);
     condition.notify_one();
     condition.wait_for(held, std::chrono::milliseconds(1));
+    // GoogleTest watches each thread that may fail an assertion, by a handle until its end.
+    EXPECT_NO_FATAL_FAILURE({});
+    // A thread that debugs another process keeps the object that it does so by.
+    using DbgUiConnectToDbg = LONG(WINAPI*)();
+    const auto connect = reinterpret_cast<DbgUiConnectToDbg>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleA("ntdll.dll"), "DbgUiConnectToDbg")));
+    if (connect != nullptr) {
+        connect();
+    }
 }
 
 // The type of the object and its name, as far as the system gives them.

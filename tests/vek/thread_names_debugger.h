@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -37,14 +38,28 @@ inline std::string textIn(HANDLE process, ULONG_PTR address) {
     return text;
 }
 
+// Windows closes the handles of debug events once the process has ended, Wine doesn't.
+inline void closeThoseStillOpen(const std::set<HANDLE>& handles) {
+    for (const HANDLE handle : handles) {
+        DWORD flags = 0;
+        if (GetHandleInformation(handle, &flags) != 0) {
+            CloseHandle(handle);
+        }
+    }
+}
+
 // Takes the debug events of `process` until its end.
 inline Debugged debug(HANDLE process) {
     Debugged seen;
+    std::set<HANDLE> handles;
     DEBUG_EVENT event = {};
     while (WaitForDebugEvent(&event, 60000) != 0) {
         DWORD answer = DBG_CONTINUE;
         if (event.dwDebugEventCode == CREATE_PROCESS_DEBUG_EVENT) {
             CloseHandle(event.u.CreateProcessInfo.hFile);
+            handles.insert({event.u.CreateProcessInfo.hProcess, event.u.CreateProcessInfo.hThread});
+        } else if (event.dwDebugEventCode == CREATE_THREAD_DEBUG_EVENT) {
+            handles.insert(event.u.CreateThread.hThread);
         } else if (event.dwDebugEventCode == LOAD_DLL_DEBUG_EVENT) {
             CloseHandle(event.u.LoadDll.hFile);
         } else if (event.dwDebugEventCode == EXCEPTION_DEBUG_EVENT) {
@@ -67,6 +82,7 @@ inline Debugged debug(HANDLE process) {
         }
         ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer);
         if (ended) {
+            closeThoseStillOpen(handles);
             return seen;
         }
     }
