@@ -4,6 +4,7 @@
 //
 //   unlocked    one of two threads counts without the mutex that the other one holds
 //   unsignaled  a thread reads what another one wrote, without waiting for its event
+#include <atomic>
 #include <cstdio>
 #include <string>
 #include <thread>
@@ -23,11 +24,22 @@ using vek::thread::Thread;
 constexpr DWORD limitMs = 60000;
 
 int count = 0;
+std::atomic<int> arrived = 0;
+
+// Returns on both threads once both are here. Otherwise one could end before the other starts, and
+// the locks that both take there would put them in an order. Relaxed, so that this makes none.
+void meet() {
+    arrived.fetch_add(1, std::memory_order_relaxed);
+    while (arrived.load(std::memory_order_relaxed) < 2) {
+        std::this_thread::yield();
+    }
+}
 
 class Counter : public Runnable {
   public:
     Counter(Mutex& toLock, bool doLock) : mutex(toLock), locks(doLock) {}
     void run() override {
+        meet();
         for (int i = 0; i < 1000; ++i) {
             if (locks) {
                 const ScopeGuard guard(mutex);
