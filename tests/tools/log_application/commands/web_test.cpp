@@ -271,7 +271,7 @@ TEST_F(WebTest, NoMessageOfABurstIsLost) {
     HttpPeer peer(page.port);
     peer.write(page.get("events"));
     const std::string all =
-        peer.readUntil("\"message " + std::to_string(count - 1) + "\"", 110'000);
+        peer.readUntil("\"message " + std::to_string(count - 1) + "\"", ToolRun::burstLimitMs);
     EXPECT_FALSE(holds(all, "event: missed"));
     EXPECT_FALSE(holds(all, "dropped"));
     int next = 0;
@@ -292,7 +292,7 @@ TEST_F(WebTest, ABrowserThatReadsNothingSlowsNoProcessAndWhatItHasMissedIsCounte
     const PageAddress page = addressOf(run);
     HttpPeer peer(page.port);
     peer.write(page.get("events"));
-    EXPECT_EQ(burst.process().wait(100'000), 0U) << burst.process().errors();
+    EXPECT_EQ(burst.process().wait(ToolRun::burstLimitMs), 0U) << burst.process().errors();
     HttpPeer second(page.port);
     second.write(page.get("events?after=0"));
     second.readUntil("event: missed\ndata: ");
