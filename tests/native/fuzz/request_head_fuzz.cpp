@@ -171,7 +171,9 @@ RequestHead checkHead(const std::string& head, std::size_t place) {
 
 // A head of parts, some of them right: whole texts are seldom accepted.
 std::string builtHead(FuzzedDataProvider& input) {
-    static constexpr std::array<const char*, 22> headers = {
+    static constexpr std::array<const char*, 24> headers = {
+        "Host: 127.0.0.1",
+        "Origin: http://localhost",
         "Host: 127.0.0.1:4711",
         "host:localhost:4711 ",
         "Host: evil.example:4711",
