@@ -260,6 +260,15 @@ TEST_F(WebTest, TooManyStreamsAreRefused) {
     HttpPeer further(page.port);
     further.write(page.get("events"));
     EXPECT_TRUE(holds(further.readUntil("\r\n\r\n"), " 503 "));
+    peers.pop_front();
+    EXPECT_TRUE(support::waitUntil(
+        [&page] {
+            HttpPeer next(page.port);
+            next.write(page.get("events"));
+            return holds(next.readUntil("\r\n\r\n"), " 200 OK");
+        },
+        60'000))
+        << "a page that was closed makes room for another";
 }
 
 // As many as a machine under full load manages in the time of a test; the browser's check has more.
