@@ -1,6 +1,8 @@
 // Tests of tools/log_application/web/event_stream.cpp: what WebTest can't bring about at will.
 #include "tools/log_application/web/event_stream.h"
 
+#include <functional>
+
 #include "tests/tools/log_application/support/tool_test.h"
 #include "tools/log_application/program/deep_stack.h"
 
@@ -22,9 +24,11 @@ class EventStreamTest : public ToolTest {
         store.add({MergedItem{{Arrival::message, 1, ""}, line}});
     }
 
-    // What a browser gets up to and with `last`, or its first 30 events.
-    std::string eventsUntil(const std::string& last, const std::string& include = "",
-                            const std::string& after = "") {
+    // What a browser gets up to and with `last`, or its first 30 events. `seen` is called for each
+    // event.
+    std::string eventsUntil(
+        const std::string& last, const std::string& include = "", const std::string& after = "",
+        const std::function<void(std::string_view)>& seen = [](std::string_view) {}) {
         log_application::WebRequest request;
         request.parameters.emplace("after", after);
         if (!include.empty()) {
@@ -36,6 +40,7 @@ class EventStreamTest : public ToolTest {
             EventStream(log_application::WebSources{store, rates, processes, stop})
                 .run(request, [&](std::string_view event) {
                     events += event;
+                    seen(event);
                     return !holds(events, last) && ++count < 30;
                 });
         });
@@ -76,10 +81,16 @@ TEST_F(EventStreamTest, SaysOnceThatASearchWasGivenUp) {
     addLine(std::string(1'000'000, 'x'));
     addLine("y");
     addLine("z");
-    const std::string events = eventsUntil("\"y\"", "^(x|y)*$");
     const std::string name = "event: undecided\n";
+    const std::string events =
+        eventsUntil("\"yy\"", "^(x|y)*$", "", [this, &name](std::string_view event) {
+            if (event.starts_with(name)) {
+                addLine("yy");
+            }
+        });
     EXPECT_TRUE(holds(events, name));
     EXPECT_EQ(events.find(name), events.rfind(name));
+    EXPECT_TRUE(holds(events, "\"y\"") && holds(events, "\"yy\""));
     EXPECT_FALSE(holds(events, "\"z\"")) << "others are filtered as before";
 }
 
@@ -102,17 +113,13 @@ TEST_F(EventStreamTest, ANumberThatIsNoneIsIgnored) {
 
 TEST_F(EventStreamTest, AnEarlierRunsNumberHidesNoNewLines) {
     addLine("old");
-    log_application::WebRequest request;
-    request.lastEventId = "1000000";
-    std::string events;
-    EventStream(log_application::WebSources{store, rates, processes, stop})
-        .run(request, [&](std::string_view event) {
-            if (events.empty()) {
-                addLine("new");
-            }
-            events += event;
-            return !holds(events, "\"new\"") && events.size() < 100'000;
-        });
+    bool isAdded = false;
+    const std::string events = eventsUntil("\"new\"", "", "1000000", [&](std::string_view) {
+        if (!isAdded) {
+            isAdded = true;
+            addLine("new");
+        }
+    });
     EXPECT_TRUE(holds(events, "\"new\"")) << events;
     EXPECT_FALSE(holds(events, "\"old\"")) << events;
 }

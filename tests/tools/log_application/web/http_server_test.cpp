@@ -128,7 +128,9 @@ TEST_F(HttpServerTest, RefusesAHugeHeader) {
 }
 
 TEST_F(HttpServerTest, EndsAConnectionWhoseHeaderNeverEnds) {
-    start();
+    WebLimits limits;
+    limits.requestMs = 120'000;
+    start(limits);
     HttpPeer peer(server->port());
     peer.write("GET / HTTP/1.1\r\nX: ");
     bool isOpen = true;
@@ -187,7 +189,9 @@ TEST_F(HttpServerTest, HalfARequestIsEndedInTimeAndHoldsUpNobody) {
     EXPECT_TRUE(holds(exchange(get("page", "Connection: close\r\n")), "[GET page"));
     EXPECT_TRUE(half.readAll().starts_with("HTTP/1.1 408 "));
     EXPECT_EQ(silent.readAll(), "");
+    EXPECT_TRUE(silent.readToTheEnd());
     EXPECT_FALSE(holds(body.readAll(), "[POST"));
+    EXPECT_TRUE(body.readToTheEnd());
 }
 
 TEST_F(HttpServerTest, AConnectionWithoutAFurtherRequestIsEndedInTime) {
