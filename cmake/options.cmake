@@ -38,6 +38,28 @@ if(VEK_CHECKED)
   target_compile_options(vek_options INTERFACE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
 endif()
 
+# precompiled(TARGET): the headers that nearly every source includes are compiled once for all libraries. Not with a compiler
+# cache: a precompiled header isn't the same in another checkout, and the cache would find nothing there. Not with clang
+# either: so one compiler sees each source with its own includes alone, and finds what one has forgotten.
+function(precompiled target)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU" OR CMAKE_CXX_COMPILER_LAUNCHER)
+    return()
+  endif()
+  if(NOT TARGET vek_headers)
+    file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/vek_headers.cpp CONTENT "// For the headers that are compiled with it.\n")
+    add_library(vek_headers OBJECT ${PROJECT_BINARY_DIR}/vek_headers.cpp)
+    target_link_libraries(vek_headers PRIVATE vek_options)
+    target_precompile_headers(vek_headers PRIVATE <memory> <ostream> <string> <vector>
+                              ${PROJECT_SOURCE_DIR}/vek/base/windows.h)
+  endif()
+  target_precompile_headers(${target} REUSE_FROM vek_headers)
+  # GCC 12 may take its own headers in a precompiled one for ours, and warn of faults inside std::string that aren't there
+  # (docs/building.md). That must not end a build.
+  if(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(${target} PRIVATE -Wno-error=stringop-overflow -Wno-error=stringop-overread -Wno-error=array-bounds)
+  endif()
+endfunction()
+
 # vek_library(NAME SOURCE... [HEADERS HEADER...] LINKS LIBRARY...): the library of one folder or chief header. It links what
 # is below it, and nothing else is visible to it, so that an arrow upwards doesn't link.
 # HEADERS are the public ones: `cmake --install` installs these and no others, and public headers include only these.
@@ -47,6 +69,7 @@ function(vek_library name)
   target_sources(vek_${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
   target_compile_features(vek_${name} PUBLIC cxx_std_20)
   target_link_libraries(vek_${name} PUBLIC $<BUILD_INTERFACE:vek_options> ${arg_LINKS})
+  precompiled(vek_${name})
   add_library(vek::${name} ALIAS vek_${name})
   vek_package_target(${name})
 endfunction()

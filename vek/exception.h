@@ -50,7 +50,7 @@ class Exception : public std::exception {
     explicit Exception(std::string ownText);
     Exception(std::string ownText, const Exception& causedBy);
 
-    std::string chainText(const char* separator) const;
+    std::string chainText(const char* separator) const;  // all descriptions, joined by it
 
     std::unique_ptr<Exception> cause;
     mutable std::string text;
@@ -80,7 +80,7 @@ class OsError : public ExceptionOf<OsError> {
     // `errorNumber` is the result of GetLastError.
     explicit OsError(std::uint32_t errorNumber) : errorCode(errorNumber) {}
 
-    std::uint32_t code() const { return errorCode; }
+    std::uint32_t code() const { return errorCode; }  // the error number
     std::string description() const override;
 
   private:
@@ -129,7 +129,7 @@ class ParseError : public ExceptionOf<ParseError> {
   public:
     ParseError(const std::string& unparsedInput, const std::string& reason);
 
-    const std::string& input() const { return inputText; }
+    const std::string& input() const { return inputText; }  // the text, unparsed
 
   private:
     std::string inputText;
@@ -148,8 +148,8 @@ class FsError : public ExceptionOf<FsError> {
   public:
     FsError(const std::string& failedPath, std::uint32_t errorNumber);
 
-    const OsError& osError() const { return error; }
-    const std::string& path() const { return pathText; }
+    const OsError& osError() const { return error; }      // the failed call
+    const std::string& path() const { return pathText; }  // as the thrower gave it
     std::string description() const override;
 
   private:
@@ -214,7 +214,7 @@ class RegistryOsError : public ExceptionOf<RegistryOsError, RegistryError> {
     RegistryOsError(const std::string& message, std::uint32_t errorNumber)
         : ExceptionOf(message), error(errorNumber) {}
 
-    const OsError& osError() const { return error; }
+    const OsError& osError() const { return error; }  // the failed call
     std::string description() const override;
 
   private:

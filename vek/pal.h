@@ -26,7 +26,7 @@ class VekPalInit {
 // Notified of a fork, on a system that has one; never called on Windows.
 class IForkHandler {
   public:
-    virtual void afterFork() = 0;
+    virtual void afterFork() = 0;  // in the child process
 
   protected:
     ~IForkHandler() = default;

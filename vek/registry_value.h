@@ -16,6 +16,7 @@ namespace vek {
 // A plain value, thread-safe on separate objects. The type says which field has the contents; the
 // others are empty.
 struct RegistryValue {
+    // What the contents are.
     enum Type : int {
         TYPE_UNKNOWN = -1,  // any other type of the system; without contents
         TYPE_NONE = 0,      // REG_NONE; without contents
@@ -64,6 +65,7 @@ struct RegistryValue {
     std::vector<unsigned char> systemData() const;
 };
 
+// Values with their names.
 using RegistryValueList = std::list<std::pair<std::string, RegistryValue>>;
 
 // Prints the contents, then " [", the type's name and "]". Bytes are printed as upper-case

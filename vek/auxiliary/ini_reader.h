@@ -18,7 +18,7 @@ namespace vek::aux {
 // Not thread-safe.
 class IniReader : private LineParser::LineCallback {
   public:
-    using Entries = std::list<std::pair<std::string, std::string>>;
+    using Entries = std::list<std::pair<std::string, std::string>>;  // keys and values
 
     // Reads all lines of the file `path`. Throws as LineParser::parse does; the entries read so far
     // are kept then.

@@ -12,7 +12,7 @@ namespace vek {
 template <class Object>
 class ScopeGuard : public NoCopy {
   public:
-    using Release = void (*)(Object*);
+    using Release = void (*)(Object*);  // called at the end of the scope
 
     // `guarded` is not owned and must live as long as the guard.
     ScopeGuard(Object* guarded, Release releaseGuarded)

@@ -13,8 +13,8 @@ namespace vek {
 // Throws std::system_error as std::mutex does.
 class VEK_CAPABILITY StdMutex : public NoCopy {
   public:
-    void lock() VEK_ACQUIRE() { mutex.lock(); }
-    void unlock() VEK_RELEASE() { mutex.unlock(); }
+    void lock() VEK_ACQUIRE() { mutex.lock(); }      // blocks until no other thread holds it
+    void unlock() VEK_RELEASE() { mutex.unlock(); }  // by the thread that holds it
 
     // Locks it and returns true, unless another thread holds it.
     bool tryLock() VEK_TRY_ACQUIRE(true) { return mutex.try_lock(); }

@@ -48,6 +48,7 @@ inline constexpr std::array<UnitRow, 10> durationUnits = {{
     {"y", "years", 31'104'000'000, 1, ""},
 }};
 
+// The same for file sizes.
 inline constexpr std::array<UnitRow, 5> fileSizeUnits = {{
     {"b", "bytes", 1, 1, " bytes"},
     {"kb", "kilobytes", std::uint64_t{1} << 10, 1, " kb"},
@@ -67,11 +68,13 @@ class UnitValue {
     constexpr explicit UnitValue(const UnitValue<table, otherIndex>& other)
         : ownCountValue(row.fromBase(other.toBase())) {}
 
+    // The number of units.
     constexpr std::uint64_t count() const { return ownCountValue; }
 
     // The amount in the family's base unit: milliseconds or bytes.
     constexpr std::uint64_t toBase() const { return row.toBase(ownCountValue); }
 
+    // The long name of the unit, and whether `text` is one of its names, as in UnitRow.
     static constexpr std::string_view longName() { return row.longForm; }
     static constexpr bool isForm(std::string_view text) { return row.isForm(text); }
 
@@ -89,6 +92,7 @@ class UnitValue {
     std::uint64_t ownCountValue;
 };
 
+// Durations.
 using Nanoseconds = UnitValue<durationUnits, 0>;
 using Microseconds = UnitValue<durationUnits, 1>;
 using Milliseconds = UnitValue<durationUnits, 2>;
@@ -100,6 +104,7 @@ using Weeks = UnitValue<durationUnits, 7>;
 using Months = UnitValue<durationUnits, 8>;
 using Years = UnitValue<durationUnits, 9>;
 
+// File sizes.
 using Bytes = UnitValue<fileSizeUnits, 0>;
 using Kilobytes = UnitValue<fileSizeUnits, 1>;
 using Megabytes = UnitValue<fileSizeUnits, 2>;

@@ -40,6 +40,7 @@ class AppendBuffer : public std::streambuf {
     // if no file is open, or if one of the two fails. Throws nothing.
     bool close();
 
+    // Whether a file is open. Throws nothing.
     bool isOpen() const { return file.isOpen(); }
 
   protected:

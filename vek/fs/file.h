@@ -11,6 +11,7 @@ namespace vek::fs {
 
 // What a file is opened for, written as Access::read. Any other number means readWrite.
 struct Access {
+    // The values.
     enum Number : std::uint32_t { read = 0, write = 1, readWrite = 2 };
 };
 
@@ -55,7 +56,7 @@ class File : public NoCopy {
     // CloseHandle. Throws OsError.
     virtual void close();
 
-    bool isOpen() const { return handle != INVALID_HANDLE_VALUE; }
+    bool isOpen() const { return handle != INVALID_HANDLE_VALUE; }  // without a system call
 
     // The handle, still owned by this object; INVALID_HANDLE_VALUE when closed.
     HANDLE nativeHandle() const { return handle; }

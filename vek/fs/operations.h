@@ -14,6 +14,7 @@ namespace vek::fs {
 
 // Attributes, times, size, volume and identity of a file or directory.
 struct Stat : BY_HANDLE_FILE_INFORMATION {
+    // Whether it is a directory.
     bool isDirectory() const { return (dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
 };
 

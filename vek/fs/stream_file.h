@@ -11,6 +11,7 @@ namespace vek::fs {
 
 // What an offset counts from, written as Whence::end. Any other number means begin.
 struct Whence {
+    // The values.
     enum Number : std::uint32_t { begin = 0, current = 1, end = 2 };
 };
 

@@ -76,6 +76,7 @@ class Manager : public thread::Runnable, public NoCopy {
     // All loggers, by name. Valid until `shutdown`.
     std::vector<Logger*> listLoggers() const;
 
+    // A logger that has a level of its own.
     struct LoggerLevel {
         std::string name;
         Level level;

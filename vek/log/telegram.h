@@ -69,7 +69,7 @@ class Telegram {
         addParam(key, std::string_view(value ? "true" : "false"));
     }
 
-    bool hasParam(std::string_view key) const;
+    bool hasParam(std::string_view key) const;  // whether there is an entry of `key`
 
     // Returns the first value of `key`, valid until the next change of `params`: an addition, a
     // removal, `parse` or `receive`. If there is none, returns a reference to `noParam`, which is
@@ -83,7 +83,7 @@ class Telegram {
     // Removes all entries of `key` and returns their number.
     std::size_t eraseParam(std::string_view key);
 
-    void clearParams() { params.clear(); }
+    void clearParams() { params.clear(); }  // removes all entries
 
     // The following operations use the connection. They throw UsageError if there is none, and what
     // TCPBuffer throws: RuntimeError for a telegram that is too large, NetError if the socket

@@ -55,6 +55,7 @@ class Socket : public NoCopy {
     void localAddress(Address& address) const;
     void peerAddress(Address& address) const;
 
+    // Switch SO_BROADCAST and SO_KEEPALIVE, and set SO_REUSEADDR. Call setsockopt.
     void setBroadcast(bool on);
     void setKeepAlive(bool on);
     void setReuseAddress();
@@ -84,6 +85,7 @@ class Socket : public NoCopy {
                        std::int64_t timeout);
 
   protected:
+    // Sets an option to 1 or 0, as an int. Calls setsockopt.
     void setFlag(int level, int name, bool on);
 
     NativeSocket handle;

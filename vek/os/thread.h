@@ -12,12 +12,12 @@
 
 namespace vek::os {
 
-using ThreadFunction = void (*)(void* argument);
-using ThreadFlag = std::atomic<int>;
+using ThreadFunction = void (*)(void* argument);  // what a thread runs
+using ThreadFlag = std::atomic<int>;              // has one of the three values below
 
-inline constexpr int threadIdle = 0;
-inline constexpr int threadStarted = 1;
-inline constexpr int threadStopping = 3;
+inline constexpr int threadIdle = 0;      // no thread was started
+inline constexpr int threadStarted = 1;   // it runs
+inline constexpr int threadStopping = 3;  // it is asked to end
 
 // Runs `function` with `argument` on a new thread whose stack has `stackSize` bytes, or the
 // program's default for 0. No exception may leave the function. `id`, which may be null, receives

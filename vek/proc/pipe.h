@@ -10,6 +10,7 @@
 
 namespace vek::proc {
 
+// The two ends of a pipe.
 enum class PipeEnd { read, write };
 
 // Owns its ends until StreamFile::takeReadEnd or takeWriteEnd takes them over. Not thread-safe.

@@ -34,6 +34,7 @@ namespace vek::thread {
 // wait. The rest is thread-safe.
 class Thread : public Runnable, public NoCopy {
   public:
+    // What the thread does, as `getState` returns it.
     enum State : std::uint32_t {
         CREATED = 0,      // not started yet
         RUNNING = 1,      // the body runs
@@ -89,7 +90,7 @@ class Thread : public Runnable, public NoCopy {
     // The thread's system id between `start` and `join`, else 0.
     std::uint32_t getId() const { return id; }
 
-    State getState() const;
+    State getState() const;  // what it does now
 
     // The system's id of the calling thread.
     static std::uint32_t currentId();

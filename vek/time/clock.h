@@ -19,7 +19,7 @@ namespace vek::time {
 // Anything that can be refreshed from the system's time.
 class OsClock {
   public:
-    virtual void refresh() = 0;
+    virtual void refresh() = 0;  // reads the system's time
 
   protected:
     OsClock() = default;
@@ -30,11 +30,12 @@ class OsClock {
 
 // The time that a clock reads.
 namespace clock_kind {
-inline constexpr std::uint32_t REALTIME = 0;
-inline constexpr std::uint32_t MONOTONIC = 1;
-inline constexpr std::uint32_t INIT = 2;
+inline constexpr std::uint32_t REALTIME = 0;   // since 1970-01-01 00:00 UTC
+inline constexpr std::uint32_t MONOTONIC = 1;  // from an arbitrary origin, never set back
+inline constexpr std::uint32_t INIT = 2;       // since start-up
 }  // namespace clock_kind
 
+// What the three clocks have in common. Not thread-safe.
 class ClockBase : public OsClock {
   public:
     // Reads the system's time for the clock's kind. A clock of any other kind than those above is
@@ -43,7 +44,7 @@ class ClockBase : public OsClock {
 
     // The time of the last refresh, plus what the operators below have added; starts at 0.
     std::int64_t getValue() const { return value; }
-    std::uint32_t getKind() const { return kind; }
+    std::uint32_t getKind() const { return kind; }  // one of clock_kind
 
     // Add or subtract a duration. A result beyond 64 bits wraps.
     ClockBase& operator+=(std::int64_t duration);

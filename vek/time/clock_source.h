@@ -15,6 +15,7 @@
 
 namespace vek::time {
 
+// What initClocks and initClockOrigin have found out.
 struct ClockState {
     // QueryPerformanceFrequency succeeded.
     bool performanceCounterAvailable = false;
@@ -34,7 +35,7 @@ void initClocks();
 // monotonicMilliseconds does.
 void initClockOrigin();
 
-const ClockState& clockState();
+const ClockState& clockState();  // set by the two above only
 
 // Returns the milliseconds since 1970-01-01 00:00 UTC. Throws nothing. Calls
 // GetSystemTimeAsFileTime.

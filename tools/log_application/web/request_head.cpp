@@ -115,8 +115,12 @@ std::optional<RequestLine> parseRequestLine(std::string_view line) {
 
 // Whether `text` is `before`, one of our two names, and our port.
 bool isOurs(const std::string& text, const std::string& before, std::uint16_t port) {
+    // Browsers leave out the usual port.
+    constexpr std::uint16_t usualPort = 80;
     const std::string end = ":" + std::to_string(port);
-    return text == before + "127.0.0.1" + end || text == before + "localhost" + end;
+    return std::ranges::any_of(std::array{"127.0.0.1", "localhost"}, [&](const char* name) {
+        return text == before + name + end || (port == usualPort && text == before + name);
+    });
 }
 
 bool isAllowed(const RequestLine& line, const Headers& headers, const WebAccess& access) {

@@ -41,9 +41,9 @@ struct RequestHead {
 // Checks `head`, which ends with the empty line. A request is served if
 //
 // - its method is GET, HEAD or POST, and it is well-formed HTTP/1.1,
-// - it has one "Host", 127.0.0.1 or localhost with our port: a name of another site that was made
-// to
-//   resolve to 127.0.0.1 is refused,
+// - it has one "Host", 127.0.0.1 or localhost with our port, which may be missing if it is 80: a
+// name
+//   of another site that was made to resolve to 127.0.0.1 is refused,
 // - its "Origin" is our own if it has one, which a POST must have,
 // - its path begins with "/TOKEN/"; the comparison takes the same time whatever is wrong,
 // - its body is a form of at most `longestBody` bytes with a "Content-Length".

@@ -17,6 +17,7 @@ namespace vek::log {
 // Thread-safe. Every operation throws std::system_error if the system fails.
 class VEK_CAPABILITY QueueLock : public NoCopy {
   public:
+    // What a thread waits for.
     enum Condition : std::size_t { notEmpty = 0, notFull = 1 };
 
     // Looks up the system's condition variables if that wasn't done before.

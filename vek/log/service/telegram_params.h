@@ -17,15 +17,16 @@ namespace vek::log {
 // allocation of its own then. The memory of removed entries is reused.
 class TelegramParams {
   public:
-    using Entry = std::pair<std::string, std::string>;
-    using Iterator = std::vector<Entry>::const_iterator;
+    using Entry = std::pair<std::string, std::string>;    // key and value
+    using Iterator = std::vector<Entry>::const_iterator;  // over the entries, sorted
 
-    Iterator begin() const { return entries.begin(); }
+    Iterator begin() const { return entries.begin(); }  // the first entry
+    // Behind the last entry.
     Iterator end() const { return entries.begin() + static_cast<std::ptrdiff_t>(count); }
-    std::size_t size() const { return count; }
-    bool empty() const { return count == 0; }
+    std::size_t size() const { return count; }  // the number of entries
+    bool empty() const { return count == 0; }   // whether there is no entry
 
-    void clear() { count = 0; }
+    void clear() { count = 0; }  // removes all entries
 
     // Reserves memory for `newCount` entries in all.
     void reserve(std::size_t newCount) { entries.reserve(newCount); }

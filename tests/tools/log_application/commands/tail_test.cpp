@@ -250,7 +250,7 @@ TEST_F(TailTest, SaysHowManyLinesItHadToDrop) {
     pipe.closeWriteEnd();
     Sleep(3000);
     const std::string output = pipe.readAll();
-    EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
+    EXPECT_EQ(run.wait(ToolRun::burstLimitMs), static_cast<DWORD>(exitLost));
     const std::string errors = run.errors();
     std::size_t dropped = 0;
     for (std::size_t at = 0; (at = errors.find(" lines of ", at)) != std::string::npos; ++at) {

@@ -2,10 +2,14 @@
 // discovery port with nobody.
 #include "tools/log_application/finding/host_search.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <iostream>
 #include <sstream>
+#include <thread>
 
+#include "tests/support/files.h"
 #include "tests/tools/log_application/support/scripted_discovery.h"
 #include "tests/tools/log_application/support/scripted_tables.h"
 #include "tests/tools/log_application/support/tool_test.h"
@@ -26,8 +30,8 @@ using Peer = ScriptedServer::Peer;
 constexpr std::uint32_t firstPid = 4'000'000'001;
 constexpr int manyClients = 100;
 
-// Answers as a log service does, for a hundred clients.
-void serve(Peer& peer) {
+// Answers as a log service does, and counts the clients that ask for messages.
+void serve(Peer& peer, std::atomic<int>& streams) {
     for (;;) {
         const std::string request = peer.request();
         const std::string type = request.substr(0, request.find(':'));
@@ -45,6 +49,7 @@ void serve(Peer& peer) {
         } else if (type == "persist-config") {
             peer.sendFrame("persist-config:ack");
         } else if (type == "get-messages") {
+            ++streams;
             peer.sendFrame(messageTelegram("live"));
             return;
         } else {
@@ -93,7 +98,8 @@ class ThreeHiddenProcesses : public HostSearchTest {
         for (std::uint32_t i = 0; i < 3; ++i) {
             const std::string name = "demo" + std::to_string(i);
             tables.addHolder(firstPid + i, name);
-            servers.push_back(std::make_unique<ScriptedServer>(serve, manyClients));
+            servers.push_back(std::make_unique<ScriptedServer>(
+                [&count = streams[i]](Peer& peer) { serve(peer, count); }, manyClients));
             tables.addListener(firstPid + i, servers.back()->port);
             options.selection.pids.push_back(firstPid + i);
         }
@@ -104,6 +110,7 @@ class ThreeHiddenProcesses : public HostSearchTest {
         }
     }
 
+    std::array<std::atomic<int>, 3> streams = {};
     std::vector<std::unique_ptr<ScriptedServer>> servers;
 };
 
@@ -155,9 +162,18 @@ TEST_F(ThreeHiddenProcesses, AreReachedByTail) {
 TEST_F(ThreeHiddenProcesses, AreFollowedAgainByTailWithReconnect) {
     options.output = OutputKind::raw;
     options.follow.reconnect = true;
-    options.follow.timeoutMs = 5000;
+    options.follow.timeoutMs = 60'000;
+    // Each server ends the connection behind its message and stays. With the fourth connection to
+    // a server two of its messages at least have arrived.
+    const std::jthread stopper([this] {
+        support::waitUntil(
+            [this] {
+                return std::ranges::all_of(streams, [](const auto& count) { return count >= 4; });
+            },
+            ToolRun::limitMs);
+        stop.request();
+    });
     const std::string shown = outputOf([&] { return TailCommand(options, stop).run(); });
-    // Each server ends the connection behind its message and stays.
     EXPECT_GE(lineCount(shown), 6u) << shown;
     EXPECT_EQ(shown.find_first_not_of("live\n"), std::string::npos) << shown;
 }
@@ -213,7 +229,8 @@ TEST_F(HostSearchTest, AProcessWithoutAProgramNameIsListedToo) {
 TEST_F(HostSearchTest, APortThatIsNoLogServiceIsPassedOver) {
     ScriptedServer other([](Peer& peer) { peer.sendBytes("HTTP/1.1 400\r\n\r\n"); });
     ScriptedServer silent([](Peer& peer) { peer.waitForEnd(); });
-    ScriptedServer service(serve);
+    std::atomic<int> streams = 0;
+    ScriptedServer service([&streams](Peer& peer) { serve(peer, streams); });
     tables.addHolder(firstPid, "demo");
     tables.addListener(firstPid, other.port);
     tables.addListener(firstPid, silent.port);

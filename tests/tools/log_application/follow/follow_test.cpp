@@ -17,7 +17,7 @@ TEST_F(FollowTest, NoneOf100000MessagesIsLostInAFile) {
     constexpr int count = 100'000;
     ServiceProcess burst("burst " + std::to_string(count), "burst", "", untilFollowed);
     ToolRun run("tail --output json " + burst.connect());
-    EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
+    EXPECT_EQ(run.wait(ToolRun::burstLimitMs), static_cast<DWORD>(exitLost));
     EXPECT_TRUE(holds(run.errors(), " has ended\n")) << run.errors();
     EXPECT_FALSE(holds(run.errors(), "dropped")) << run.errors();
     std::vector<std::string> lines;
@@ -109,7 +109,7 @@ TEST_F(FollowTest, NeverStallsTheProcessThatItFollows) {
     {
         ToolRun run("tail --buffer 100 " + burst.connect(), "", pipe.output());
         pipe.closeWriteEnd();
-        EXPECT_EQ(burst.process().wait(), 0u);
+        EXPECT_EQ(burst.process().wait(ToolRun::burstLimitMs), 0u);
     }
 }
 

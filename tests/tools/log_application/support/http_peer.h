@@ -63,6 +63,16 @@ class HttpPeer : public vek::NoCopy {
     }
     std::string readAll() { return readUntil(""); }
 
+    // Reads on. Returns whether the server has closed the connection; false if it sends nothing for
+    // 20 seconds.
+    bool readToTheEnd() {
+        char buffer[4096];
+        int size = 0;
+        while ((size = recv(handle, buffer, sizeof buffer, 0)) > 0) {
+        }
+        return size == 0 || WSAGetLastError() != WSAETIMEDOUT;
+    }
+
     bool isConnected = false;
 
   private:

@@ -4,8 +4,8 @@
 //     idle     makes the loggers "a" and "b" and logs "tick" at INFO to the one, "detail" at DEBUG
 //              to the other, again and again, until it is ended, or after 100 seconds
 //     burst    logs "message 0" and so on, COUNT messages, and ends
-//     work     logs what a busy program may log, at all levels, until it is ended, or after 100
-//              seconds
+//     work     logs what a busy program may log, at all levels, until it is ended, or after 6
+//              minutes
 //     hostile  logs markup in place of texts, again and again, until it is ended, or after 100
 //              seconds
 //     samples  logs one message of each kind that is hard to show, and ends
@@ -54,7 +54,7 @@ void work() {
     Logger& net = *Manager::instance().getLogger("net");
     Logger& store = *Manager::instance().getLogger("store");
     Logger& jobs = *Manager::instance().getLogger("jobs");
-    for (int i = 0; i < 1250; ++i) {
+    for (int i = 0; i < 4500; ++i) {
         VEK_LOG(net, DEBUG, "received frame of " << 200 + i * 37 % 900 << " bytes");
         if (i % 3 == 0) {
             VEK_LOG(jobs, INFO, "job " << 4000 + i / 3 << " taken, " << i % 7 << " waiting");

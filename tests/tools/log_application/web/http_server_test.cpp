@@ -91,8 +91,10 @@ TEST_F(HttpServerTest, EveryAnswerForbidsTheBrowserWhatThePageDoesNotNeed) {
                                        std::string("GET / HTTP/1.1\r\n") + host() + "\r\n"}) {
         const std::string answer = exchange(request);
         for (const char* const header :
-             {"Content-Security-Policy: default-src 'none'; script-src 'self';",
-              "frame-ancestors 'none'", "require-trusted-types-for 'script'",
+             {"Content-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; "
+              "img-src 'self'; connect-src 'self'; base-uri 'none'; form-action 'none'; "
+              "frame-ancestors 'none'; require-trusted-types-for 'script'; trusted-types "
+              "'none'\r\n",
               "X-Content-Type-Options: nosniff\r\n", "X-Frame-Options: DENY\r\n",
               "Referrer-Policy: no-referrer\r\n", "Cache-Control: no-store\r\n",
               "Cross-Origin-Resource-Policy: same-origin\r\n",
@@ -126,7 +128,9 @@ TEST_F(HttpServerTest, RefusesAHugeHeader) {
 }
 
 TEST_F(HttpServerTest, EndsAConnectionWhoseHeaderNeverEnds) {
-    start();
+    WebLimits limits;
+    limits.requestMs = 120'000;
+    start(limits);
     HttpPeer peer(server->port());
     peer.write("GET / HTTP/1.1\r\nX: ");
     bool isOpen = true;
@@ -185,7 +189,41 @@ TEST_F(HttpServerTest, HalfARequestIsEndedInTimeAndHoldsUpNobody) {
     EXPECT_TRUE(holds(exchange(get("page", "Connection: close\r\n")), "[GET page"));
     EXPECT_TRUE(half.readAll().starts_with("HTTP/1.1 408 "));
     EXPECT_EQ(silent.readAll(), "");
+    EXPECT_TRUE(silent.readToTheEnd());
     EXPECT_FALSE(holds(body.readAll(), "[POST"));
+    EXPECT_TRUE(body.readToTheEnd());
+}
+
+TEST_F(HttpServerTest, AConnectionWithoutAFurtherRequestIsEndedInTime) {
+    WebLimits limits;
+    limits.idleMs = 500;
+    limits.requestMs = 120'000;
+    start(limits);
+    HttpPeer peer(server->port());
+    peer.write(get("page"));
+    EXPECT_TRUE(holds(peer.readUntil("]"), "[GET page"));
+    EXPECT_TRUE(peer.readToTheEnd());
+}
+
+TEST_F(HttpServerTest, NothingFollowsOnARefusal) {
+    WebLimits limits;
+    limits.idleMs = 120'000;
+    start(limits);
+    HttpPeer peer(server->port());
+    peer.write("GET / HTTP/1.1\r\n" + host() + "\r\n" + get("page"));
+    EXPECT_FALSE(holds(peer.readUntil("[GET"), "[GET"));
+    EXPECT_TRUE(peer.readToTheEnd());
+}
+
+TEST_F(HttpServerTest, ABodyIsNeverARequest) {
+    start();
+    // Refused before its body is read.
+    const std::string answer = exchange(post("page", get("inner")));
+    EXPECT_TRUE(answer.starts_with("HTTP/1.1 405 ")) << answer;
+    EXPECT_FALSE(holds(answer, "[GET inner")) << answer;
+    HttpPeer peer(server->port());
+    peer.write(post("level", get("inner")) + get("outer"));
+    EXPECT_FALSE(holds(peer.readUntil("[GET outer"), "[GET inner"));
 }
 
 TEST_F(HttpServerTest, ARequestThatTricklesIsEndedInTime) {

@@ -55,6 +55,21 @@ TEST(RequestHeadTest, OriginMustBeOursIfThereIsOne) {
     EXPECT_EQ(statusOfPost(goodHost + form), 403);
 }
 
+TEST(RequestHeadTest, ThePortOfHttpMayBeLeftOut) {
+    const log_application::WebAccess usual = {80, access.token};
+    const std::string start = "GET " + goodPath + " HTTP/1.1\r\nHost: ";
+    for (const char* const ours : {"127.0.0.1", "localhost", "127.0.0.1:80"}) {
+        const std::string host = ours;
+        EXPECT_EQ(checkRequestHead(start + host + "\r\nOrigin: http://" + host + "\r\n\r\n", usual)
+                      .status,
+                  0)
+            << host;
+    }
+    for (const char* const foreign : {"127.0.0.1:", "127.0.0.1:4711", "evil.example", ""}) {
+        EXPECT_EQ(checkRequestHead(start + foreign + "\r\n\r\n", usual).status, 403) << foreign;
+    }
+}
+
 TEST(RequestHeadTest, PathMustBeginWithTheToken) {
     for (const char* const path :
          {"/", "/app.js", "/0123456789abcdef0123456789abcdef", "/0123456789abcdef0123456789abcdee/",

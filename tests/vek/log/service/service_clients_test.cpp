@@ -42,8 +42,10 @@ class ServiceClients : public LogServiceTest {
         EXPECT_NE(discovery->ask("discover-request:"), "");
     }
 
-    // Begins to stop, and waits a while. True if it has ended.
+    // Begins to stop, and waits a while. True if it has ended. The stop comes while the service
+    // waits for its clients: just behind an answer it would see the stop first.
     bool hasStopped() {
+        Sleep(observeMs);
         stopping = std::make_unique<vek_test::ScopedThread>([this] {
             server->stop();
             stopped = true;

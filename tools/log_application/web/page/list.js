@@ -53,7 +53,8 @@ export class LogList {
 
   toNewest() {
     this.atNewest = true;
-    this.schedule();
+    // At once: the event of an earlier scrolling may be due, and must find the list at its end.
+    this.draw();
   }
 
   refresh() {
@@ -114,9 +115,15 @@ export class LogList {
     }
   }
 
-  draw() {
+  // Returns the height of all rows.
+  setHeight() {
     const height = this.top(this.entries.length);
     this.rows.style.height = `${height}px`;
+    return height;
+  }
+
+  draw() {
+    const height = this.setHeight();
     this.viewport.setAttribute("aria-rowcount", String(this.entries.length));
     if (this.atNewest) {
       this.viewport.scrollTop = height;
@@ -302,6 +309,7 @@ export class LogList {
     this.shown.get(this.current)?.classList.remove("current");
     this.current = this.entries[index].n;
     this.atNewest = false;
+    this.setHeight();
     const top = this.top(index);
     const bottom = this.top(index + 1);
     if (top < this.viewport.scrollTop) {
