@@ -25,6 +25,8 @@ TEST(ArchiveName, IsPathOldNumberAndGzJoinedByDots) {
 
 TEST(ArchiveName, PatternHasAStarInThePlaceOfTheNumber) {
     EXPECT_EQ(archivePattern("C:\\a.b\\x.log"), "C:\\a.b\\x.log.old.*");
+    // The archives' names come with backslashes.
+    EXPECT_EQ(archivePattern("C:/a/x.log"), "C:\\a\\x.log.old.*");
 }
 
 TEST(ArchiveName, IsCompressedIfItEndsInGzWithADotOrWithout) {
