@@ -2,6 +2,7 @@
 #include "tests/support/files.h"
 #include "tests/support/helper_fixture.h"
 #include "tests/support/peer_event.h"
+#include "vek/exception.h"
 
 namespace {
 
@@ -18,9 +19,19 @@ class GuiRestart : public support::HelperFixture {
   protected:
     // The GUI's raw command line, or "" if it wasn't started.
     std::string guiCommandLine(unsigned waitMs = limitMs) {
-        return support::waitUntil([&] { return support::isReadable(guiFile()); }, waitMs)
-                   ? support::readFile(guiFile())
-                   : "";
+        std::string text;
+        support::waitUntil(
+            [&] {
+                try {
+                    text = support::readFile(guiFile());
+                } catch (const vek::FsError&) {
+                    // It isn't there, or the GUI is still giving it its name.
+                    return false;
+                }
+                return true;
+            },
+            waitMs);
+        return text;
     }
 
     // The helper passes the command line without quotes. If it contains blanks, the system tries
