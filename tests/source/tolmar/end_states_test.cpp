@@ -2,7 +2,6 @@
 // that a run can end in with the tables of README.md: no run may end in a state that isn't there,
 // and no row may be unreachable.
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <set>
 #include <sstream>
@@ -10,8 +9,8 @@
 #include <gtest/gtest.h>
 
 #include "source/tolmar/run_helper.h"
+#include "tests/source/tolmar/document_table.h"
 #include "tests/source/tolmar/scripted_system.h"
-#include "vek/base/text.h"
 #include "vek/log/configurator.h"
 #include "vek/pal.h"
 
@@ -29,26 +28,14 @@ using Fails = std::function<bool(const std::string& name, int index, int nth)>;
 // The first `columns` cells of each row of the table of README.md whose header starts with
 // `header`.
 EndStates documented(const std::string& header, std::size_t columns) {
-    std::ifstream readme(README_PATH);
-    EXPECT_TRUE(readme.good()) << README_PATH;
     EndStates states;
-    bool inTable = false;
-    for (std::string line; std::getline(readme, line);) {
-        vek::trim(line);
-        if (!line.starts_with("|")) {
-            inTable = false;
-        } else if (line.starts_with(header)) {
-            inTable = true;
-        } else if (inTable && !line.starts_with("|---")) {
-            std::vector<std::string> cells;
-            vek::split(line, '|', cells, true, false);
-            EXPECT_GE(cells.size(), columns) << line;
-            EndState state;
-            for (std::size_t i = 0; i < columns && i < cells.size(); ++i) {
-                state += (i == 0 ? "" : " | ") + cells[i];
-            }
-            EXPECT_TRUE(states.insert(state).second) << "twice in README.md: " << state;
+    for (const tolmar::test::Row& cells : tolmar::test::rowsOf(README_PATH, header)) {
+        EXPECT_GE(cells.size(), columns) << header;
+        EndState state;
+        for (std::size_t i = 0; i < columns && i < cells.size(); ++i) {
+            state += (i == 0 ? "" : " | ") + cells[i];
         }
+        EXPECT_TRUE(states.insert(state).second) << "twice in README.md: " << state;
     }
     return states;
 }

@@ -3,11 +3,11 @@
 // says: that has to bring the service up again.
 #include <algorithm>
 #include <cstddef>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
 #include "source/tolmar/run_helper.h"
+#include "tests/source/tolmar/document_table.h"
 #include "tests/source/tolmar/scripted_system.h"
 #include "vek/base/text.h"
 
@@ -15,6 +15,8 @@ namespace {
 
 using tolmar::test::Exited;
 using tolmar::test::NeverEnds;
+using tolmar::test::Row;
+using tolmar::test::rowsOf;
 using tolmar::test::ScriptedSystem;
 
 // No std::exception, so that the helper catches it as little as its end.
@@ -27,29 +29,6 @@ struct NoLog {
     explicit NoLog(std::nullptr_t) {}
     void configure(const std::string&) {}
 };
-
-using Row = std::vector<std::string>;
-
-// The rows of the table of the document `path` whose header begins with `header`.
-std::vector<Row> rowsOf(const char* path, const std::string& header) {
-    std::ifstream document(path);
-    EXPECT_TRUE(document.good()) << path;
-    std::vector<Row> rows;
-    bool inTable = false;
-    for (std::string line; std::getline(document, line);) {
-        vek::trim(line);
-        if (!line.starts_with("|")) {
-            inTable = false;
-        } else if (line.starts_with(header)) {
-            inTable = true;
-        } else if (inTable && !line.starts_with("|---")) {
-            rows.emplace_back();
-            vek::split(line, '|', rows.back(), true, false);
-        }
-    }
-    EXPECT_FALSE(rows.empty()) << path;
-    return rows;
-}
 
 std::string contentOf(const ScriptedSystem& system, const char* path) {
     const auto file = system.files.find(path);
