@@ -16,7 +16,6 @@ SCRATCH = TOP / "build" / "soak"
 # The bound of every wait for something that is bound to happen, in seconds: far above what it takes on a busy machine.
 LIMIT = 300
 
-
 # A part ends after so many faults.
 MOST_FAULTS = 20
 

@@ -1,8 +1,9 @@
 """log_messages.py MESSAGES THREADS CLIENTS SEED [MINUTES]
 
-MESSAGES messages of THREADS threads through a file that is rotated and compressed by the real gzip, while CLIENTS clients
-come and go. Each message has to be in the files once and in the order of its thread, each client has to get them without a gap, and
-handles and memory have to be level, after the first tenth of the messages and at the end. After MINUTES it ends early. Prints the figures and the faults; ends with 1 for a fault."""
+MESSAGES messages of THREADS threads through a file that is rotated and compressed by the real gzip, while CLIENTS clients come and
+go. Each message has to be in the files once and in the order of its thread, each client has to get them without a gap, and handles and
+memory have to be level, after the first tenth of the messages and at the end. After MINUTES it ends early. Prints the figures and the
+faults; ends with 1 for a fault."""
 import gzip
 import json
 import subprocess
@@ -115,7 +116,8 @@ class Run:
         archives = self.process.archives()
         wrong, count = judge_files(archives, self.process.directory / "soak.log", self.threads, self.of_each * rounds)
         return faults + wrong, {
-            "messages": count, "of": self.of_each * self.rounds * self.threads, "threads": self.threads, "archives": len(archives), "clients": len(self.clients),
+            "messages": count, "of": self.of_each * self.rounds * self.threads, "threads": self.threads,
+            "archives": len(archives), "clients": len(self.clients),
             "visits": visits, "received": received, "handles": "%d, then %d" % (self.uses[0][0], self.uses[1][0]),
             "KB on the heaps": "%d, then %d" % (self.uses[0][1] // 1024, self.uses[1][1] // 1024),
             "private KB": "%d, then %d" % (self.uses[0][2] // 1024, self.uses[1][2] // 1024), "seconds": round(logged)}
