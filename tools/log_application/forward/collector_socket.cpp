@@ -62,7 +62,7 @@ CollectorSocket::CollectorSocket(const RawAddress& address, std::int64_t limitMs
 void CollectorSocket::waitForConnection(std::int64_t limitMs, const std::function<bool()>& isOver) {
     vek::time::MonotonicClock end(true);
     end += limitMs;
-    while (!waitFor(true, pollMs).toWrite) {
+    while (!isReady(Event::connected, pollMs)) {
         if (isOver() || end - vek::time::MonotonicClock(true) <= 0) {
             throw vek::NetError(WSAETIMEDOUT);
         }
@@ -70,15 +70,26 @@ void CollectorSocket::waitForConnection(std::int64_t limitMs, const std::functio
 }
 
 CollectorSocket::Ready CollectorSocket::waitFor(bool toWrite, std::int64_t limitMs) {
+    if (!toWrite) {
+        return {isReady(Event::readable, limitMs), false};
+    }
+    const bool isWritable = isReady(Event::writable, limitMs);
+    return {isReady(Event::readable, 0), isWritable};
+}
+
+// The socket is in one set alone: Wine's server 8.0 dies if a socket is in the set for reading and
+// in another one while its peer closes the connection. Only a connect that fails needs the third
+// set.
+bool CollectorSocket::isReady(Event event, std::int64_t limitMs) {
     const auto setOf = [this](bool isWanted) {
         fd_set set = {};
         set.fd_count = isWanted ? 1 : 0;
         set.fd_array[0] = handle;
         return set;
     };
-    fd_set reading = setOf(true);
-    fd_set writing = setOf(toWrite);
-    fd_set failing = setOf(true);
+    fd_set reading = setOf(event == Event::readable);
+    fd_set writing = setOf(event != Event::readable);
+    fd_set failing = setOf(event == Event::connected);
     const std::int64_t wait = std::max<std::int64_t>(limitMs, 0);
     timeval limit = {static_cast<long>(wait / 1000), static_cast<long>(wait % 1000 * 1000)};
     if (::select(0, &reading, &writing, &failing, &limit) == SOCKET_ERROR) {
@@ -90,7 +101,7 @@ CollectorSocket::Ready CollectorSocket::waitFor(bool toWrite, std::int64_t limit
     if (failure != 0 || failing.fd_count != 0) {
         throw vek::NetError(failure != 0 ? failure : WSAECONNABORTED);
     }
-    return {reading.fd_count != 0, writing.fd_count != 0};
+    return reading.fd_count + writing.fd_count != 0;
 }
 
 std::size_t CollectorSocket::writeSome(const std::string& bytes) {

@@ -26,8 +26,9 @@ class CollectorSocket : public vek::net::IPSocketT<vek::net::DataSocket> {
         bool toWrite = false;
     };
 
-    // Blocks for up to `limitMs` milliseconds until something can be read, or written if `toWrite`
-    // is set. Calls select.
+    // Blocks for up to `limitMs` milliseconds until something can be written if `toWrite` is set,
+    // otherwise until something can be read. Returns both, but `toWrite` only if it was set. Calls
+    // select.
     Ready waitFor(bool toWrite, std::int64_t limitMs);
 
     // Writes as much of `bytes` as the system takes at once. Returns how much that is. Calls
@@ -42,6 +43,9 @@ class CollectorSocket : public vek::net::IPSocketT<vek::net::DataSocket> {
     void endWriting() { shutdown(true, false); }
 
   private:
+    enum class Event { connected, readable, writable };
+
+    bool isReady(Event event, std::int64_t limitMs);
     void waitForConnection(std::int64_t limitMs, const std::function<bool()>& isOver);
 };
 
