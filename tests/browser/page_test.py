@@ -309,6 +309,14 @@ def scene_hostile(browser):
     browser.screenshot(f"{SHOTS}/hostile.png")
     saved = save(browser, "#save-text", "log.txt")
     expect(any("<script>" in line for line in saved), "the messages in the saved text")
+    # A logger with a name outside ASCII has its level set like any other.
+    own = f"{card('<u>bad</u>')}.querySelector('[aria-label^=\"Level of the logger größe 日本 of\"]')"
+    expect(browser.run(f"!{TEXTS}.includes('a name outside ASCII')"), "a message below the level")
+    browser.run(f"{card('<u>bad</u>')}.querySelector('details summary').click()")
+    browser.wait_for("the logger", own)
+    browser.run(f"""(() => {{ const s = {own}; s.value = 'DEBUG'; s.dispatchEvent(new Event('change', {{ bubbles: true }})); }})()""")
+    browser.click("#newest")
+    browser.wait_for("its message", f"{TEXTS}.includes('a name outside ASCII')")
     bad.end()
     browser.click("#newest")
 

@@ -77,12 +77,16 @@ void work() {
 
 void hostile() {
     Logger& logger = *Manager::instance().getLogger("<b>bold</b>");
+    Logger& foreign = *Manager::instance().getLogger(
+        "gr\xC3\xB6\xC3\x9F"
+        "e \xE6\x97\xA5\xE6\x9C\xAC");
     for (int i = 0; i < 500; ++i) {
         submitWith(logger, ERR,
                    "<script>document.title='owned'</script><img src=x onerror=\"document.title="
                    "'owned'\"> \x1b[31m \xE2\x80\xAE" +
                        std::to_string(i),
                    {{"<i>key</i>", "<svg onload=alert(1)>"}});
+        VEK_LOG(foreign, DEBUG, "a name outside ASCII");
         Sleep(200);
     }
 }
