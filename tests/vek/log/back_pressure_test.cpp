@@ -89,6 +89,7 @@ TEST_F(BackPressure, ThreadThatHasFilledTheQueueBehindTheStopMarkIsLetGo) {
     Logger& logger = *manager.getLogger("x");
     logger.emit(INFO, "first");
     manager.start();
+    ASSERT_TRUE(door.isReached());
     // The sink is busy, so the loggers can't be muted after the mark yet.
     ScopedThread stopper([&] { manager.shutdown(); });
     Sleep(200);

@@ -142,19 +142,30 @@ class LogCapture {
 class Door {
   public:
     Door() = default;
-    ~Door() { CloseHandle(event); }
+    ~Door() {
+        CloseHandle(event);
+        CloseHandle(reached);
+    }
     Door(const Door&) = delete;
     Door& operator=(const Door&) = delete;
 
     void open() { SetEvent(event); }
     // False if it isn't opened in time.
     bool pass() const {
-        return WaitForSingleObject(event, static_cast<DWORD>(longEnough.count() * 1000)) ==
+        SetEvent(reached);
+        return isSignaledInTime(event);
+    }
+    // Waits until somebody has come to it. False if nobody comes in time.
+    bool isReached() const { return isSignaledInTime(reached); }
+
+  private:
+    static bool isSignaledInTime(HANDLE object) {
+        return WaitForSingleObject(object, static_cast<DWORD>(longEnough.count() * 1000)) ==
                WAIT_OBJECT_0;
     }
 
-  private:
     const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE reached = CreateEventA(nullptr, TRUE, FALSE, nullptr);
 };
 
 // A message whose destruction, by the manager's worker and without its mutex, waits for a door: the

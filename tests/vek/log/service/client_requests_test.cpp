@@ -287,6 +287,7 @@ TEST_F(ClientRequests, NoMessageIsDispatchedDuringTheReplyAboutSinks) {
         const vek_test::LogCapture capture(manager, log::INVALID,
                                            [&](const log::Message&) { door.pass(); });
         VEK_LOG(*manager.getLogger("x"), log::WARN, "held");
+        ASSERT_TRUE(door.isReached());
         client->send("evidence-info:");
         const DWORD shortMs = 200;
         client->socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &shortMs, sizeof shortMs);

@@ -223,6 +223,7 @@ TEST_F(ServiceClients, ClientThatVanishesDuringItsReplyIsReportedAndTheOthersSer
     }
     // The reply, of 201 telegrams, waits for the message being written.
     manager.getLogger("x")->emit(log::WARN, "held");
+    ASSERT_TRUE(door.isReached());
     { ServiceClient(port).send("evidence-info:"); }
     Sleep(100);
     door.open();
