@@ -120,6 +120,16 @@ TEST(Pipe, EndThatCannotBeClosedIsMarkedInvalidAllTheSame) {
     EXPECT_EQ(pipe.writeEnd, INVALID_HANDLE_VALUE);
 }
 
+TEST(Pipe, ClosesTheReadEndFirstAndKeepsTheOtherIfThatFails) {
+    Pipe pipe;
+    loseEnds(pipe);
+    EXPECT_THROW(pipe.close(), vek::OsError);
+    EXPECT_EQ(pipe.readEnd, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(pipe.writeEnd, ULongToHandle(0x7ffffff4));
+    EXPECT_THROW(pipe.close(), vek::OsError);
+    EXPECT_EQ(pipe.writeEnd, INVALID_HANDLE_VALUE);
+}
+
 TEST(Pipe, EndWithAnOpenEndIsReportedAndClosesIt) {
     const std::string report = "Usage error: One or both Pipe FDs weren't closed\n";
     // The first error text opens handles of the system's own.
