@@ -6,12 +6,13 @@
 #include <string>
 #include <utility>
 
+#include "tests/tools/log_application/support/tool_run.h"
 #include "vek/base/no_copy.h"
 #include "vek/base/windows.h"
 
 namespace log_application_test {
 
-// Reads and writes give up after 20 seconds. Winsock must be started.
+// A read or write gives up once it has waited for ToolRun::limitMs. Winsock must be started.
 class HttpPeer : public vek::NoCopy {
   public:
     explicit HttpPeer(std::uint16_t port, const char* address = "127.0.0.1")
@@ -20,7 +21,7 @@ class HttpPeer : public vek::NoCopy {
         place.sin_family = AF_INET;
         place.sin_port = htons(port);
         place.sin_addr.s_addr = inet_addr(address);
-        const DWORD limitMs = 20'000;
+        const DWORD limitMs = ToolRun::limitMs;
         setsockopt(handle, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&limitMs),
                    sizeof limitMs);
         setsockopt(handle, SOL_SOCKET, SO_SNDTIMEO, reinterpret_cast<const char*>(&limitMs),
@@ -44,7 +45,7 @@ class HttpPeer : public vek::NoCopy {
 
     // Reads until `text` has come, the end, or `limitMs` milliseconds are over. Returns everything
     // up to and with `text`, or all there is.
-    std::string readUntil(const std::string& text, unsigned limitMs = 40'000) {
+    std::string readUntil(const std::string& text, unsigned limitMs = ToolRun::burstLimitMs) {
         std::size_t found = std::string::npos;
         std::size_t from = 0;
         const ULONGLONG end = GetTickCount64() + limitMs;
@@ -64,7 +65,7 @@ class HttpPeer : public vek::NoCopy {
     std::string readAll() { return readUntil(""); }
 
     // Reads on. Returns whether the server has closed the connection; false if it sends nothing for
-    // 20 seconds.
+    // ToolRun::limitMs.
     bool readToTheEnd() {
         char buffer[4096];
         int size = 0;

@@ -1,9 +1,10 @@
-// log_service_program MODE [COUNT] -- OPTION...: a process with a log service, under the name that
-// the environment variable LOG_SERVICE_NAME gives. The options go to the configurator.
+// log_service_program MODE [COUNT [SIZE]] -- OPTION...: a process with a log service, under the
+// name that the environment variable LOG_SERVICE_NAME gives. The options go to the configurator.
 //
 //     idle     makes the loggers "a" and "b" and logs "tick" at INFO to the one, "detail" at DEBUG
 //              to the other, again and again, until it is ended, or after 100 seconds
-//     burst    logs "message 0" and so on, COUNT messages, and ends
+//     burst    logs "message 0" and so on, COUNT messages, and ends. With a SIZE, "message 0 xxx",
+//              each of that many bytes
 //     work     logs what a busy program may log, at all levels, until it is ended, or after 6
 //              minutes
 //     hostile  logs markup in place of texts, again and again, until it is ended, or after 100
@@ -91,10 +92,15 @@ void hostile() {
     }
 }
 
-void burst(int count) {
+void burst(int count, std::size_t size) {
     Logger& logger = *Manager::instance().getLogger("burst");
     for (int i = 0; i < count; ++i) {
-        VEK_LOG(logger, ERR, "message " << i);
+        std::string text = "message " + std::to_string(i);
+        if (text.size() < size) {
+            text += ' ';
+            text.resize(size, 'x');
+        }
+        VEK_LOG(logger, ERR, text);
     }
 }
 
@@ -111,7 +117,7 @@ void samples() {
     VEK_LOG(logger, ERR, "");
 }
 
-int run(const std::string& mode, int count, std::vector<std::string> options) {
+int run(const std::string& mode, int count, std::size_t size, std::vector<std::string> options) {
     vek::VekPal pal(false, 0, 0, nullptr);
     std::string name;
     vek::getEnv("LOG_SERVICE_NAME", name);
@@ -126,7 +132,7 @@ int run(const std::string& mode, int count, std::vector<std::string> options) {
     } else if (mode == "hostile") {
         hostile();
     } else if (mode == "burst") {
-        burst(count);
+        burst(count, size);
     } else {
         samples();
     }
@@ -147,7 +153,8 @@ int main(int argumentCount, char** arguments) {
         }
     }
     try {
-        return run(own.at(0), own.size() > 1 ? std::stoi(own[1]) : 0, options);
+        return run(own.at(0), own.size() > 1 ? std::stoi(own[1]) : 0,
+                   own.size() > 2 ? std::stoul(own[2]) : 0, options);
     } catch (const std::exception& error) {
         std::cerr << error.what() << std::endl;
         return 9;

@@ -2,12 +2,19 @@
 
 #include <utility>
 
+#include "tests/tools/log_application/support/tool_run.h"
+
 namespace log_application_test {
 
 namespace {
 
 // The clients of a test come within this time, in seconds.
-constexpr int clientLimit = 30;
+constexpr int clientLimit = ToolRun::limitMs / 1000;
+
+void limitReceiving(vek::net::Socket& socket) {
+    const DWORD limitMs = ToolRun::limitMs;
+    socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &limitMs, sizeof limitMs);
+}
 
 }  // namespace
 
@@ -90,7 +97,7 @@ void ScriptedServer::serve(int clients) {
             return;
         }
         vek::net::TCPSocket socket(listener.accept());
-        vek::test::limitReceiving(socket);
+        limitReceiving(socket);
         Peer peer(socket);
         try {
             script(peer);

@@ -28,7 +28,7 @@ class ScriptedServer {
         void sendBytes(const std::string& bytes);
         void sendFrame(const std::string& payload);
 
-        // Blocks until the client has closed the connection, for up to 20 seconds.
+        // Blocks until the client has closed the connection, for up to ToolRun::limitMs.
         void waitForEnd();
 
       private:
