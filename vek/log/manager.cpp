@@ -172,8 +172,9 @@ void Manager::removeSink(Sink* sink) {
 
 void Manager::start() {
     const StdGuard guard(lifecycle);
-    thread.start();
+    // Ahead of the worker, which holds it for as long as a sink takes to write.
     const StdGuard mutexGuard(mutex);
+    thread.start();
     phase = Phase::open;
 }
 
