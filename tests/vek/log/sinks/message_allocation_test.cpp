@@ -138,4 +138,19 @@ TEST_F(Allocations, MemoryThatRunsOutCostsTheDebuggerSinkNoLaterMessage) {
     EXPECT_EQ(debugger.texts().back(), "later\n");
 }
 
+// The time's text needs memory too, and its lack comes out of the middle of the line.
+TEST_F(Allocations, MemoryThatRunsOutInsideALineCostsTheDebuggerSinkNoLaterMessage) {
+    const DebuggerOutput debugger;
+    DebuggerSink sink({true, false, false, false, INVALID, compileFormat("{msg}{date}")});
+    SampleMessage large(INFO, std::string(100000, 'x'));
+    large.timestamp += 2 * 86400000;  // no test has printed this second yet
+    {
+        const support::MemoryLimit limit(INT_MAX, SIZE_MAX, 10);
+        EXPECT_THROW(sink.store(large), std::bad_alloc);
+    }
+    sink.store(SampleMessage(INFO, "later"));
+    ASSERT_EQ(debugger.texts().size(), 1u);
+    EXPECT_EQ(debugger.texts().back().rfind("later", 0), 0u);
+}
+
 }  // namespace
