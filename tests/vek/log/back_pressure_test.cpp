@@ -65,13 +65,15 @@ TEST_F(BackPressure, ShutdownWithAFullQueueWaitsItsTurnAndLosesNothing) {
             door.pass();
         }
     });
-    manager.getLogger("x")->emit(INFO, "first");
+    // Looked up before the worker starts: it holds the manager up while it is held.
+    Logger& logger = *manager.getLogger("x");
+    logger.emit(INFO, "first");
     for (std::size_t i = 1; i < Manager::queueCapacity; ++i) {
-        manager.getLogger("x")->emit(INFO, "next");
+        logger.emit(INFO, "next");
     }
     manager.start();
     // The worker holds the first message in hand, so this one finds the last room.
-    manager.getLogger("x")->emit(INFO, "last");
+    logger.emit(INFO, "last");
     const unsigned before = sleepCount();
     ScopedThread stopper([&] { manager.shutdown(); });
     ASSERT_TRUE(vek_test::becomesTrue([&] { return sleepCount() > before; }));
