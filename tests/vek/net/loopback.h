@@ -21,8 +21,8 @@ namespace vek::test {
 // Upper bound of each receive in a test.
 constexpr std::uint32_t receiveLimitMs = 20000;
 
-inline void limitReceiving(net::Socket& socket) {
-    socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &receiveLimitMs, sizeof receiveLimitMs);
+inline void limitReceiving(net::Socket& socket, std::uint32_t limitMs = receiveLimitMs) {
+    socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &limitMs, sizeof limitMs);
 }
 
 inline net::IP4Address loopbackAddress(std::uint16_t port = 0) {

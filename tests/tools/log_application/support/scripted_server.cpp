@@ -11,11 +11,6 @@ namespace {
 // The clients of a test come within this time, in seconds.
 constexpr int clientLimit = ToolRun::limitMs / 1000;
 
-void limitReceiving(vek::net::Socket& socket) {
-    const DWORD limitMs = ToolRun::limitMs;
-    socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &limitMs, sizeof limitMs);
-}
-
 }  // namespace
 
 std::string frameOf(const std::string& payload) {
@@ -97,7 +92,7 @@ void ScriptedServer::serve(int clients) {
             return;
         }
         vek::net::TCPSocket socket(listener.accept());
-        limitReceiving(socket);
+        vek::test::limitReceiving(socket, ToolRun::limitMs);
         Peer peer(socket);
         try {
             script(peer);

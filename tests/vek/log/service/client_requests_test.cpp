@@ -289,8 +289,7 @@ TEST_F(ClientRequests, NoMessageIsDispatchedDuringTheReplyAboutSinks) {
         VEK_LOG(*manager.getLogger("x"), log::WARN, "held");
         ASSERT_TRUE(door.isReached());
         client->send("evidence-info:");
-        const DWORD shortMs = 200;
-        client->socket.setOption(SOL_SOCKET, SO_RCVTIMEO, &shortMs, sizeof shortMs);
+        limitReceiving(client->socket, 200);
         EXPECT_EQ(codeThrownBy<NetError>([&] { client->receive(); }),
                   static_cast<std::uint32_t>(WSAETIMEDOUT));
         limitReceiving(client->socket);
