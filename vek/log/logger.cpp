@@ -39,6 +39,10 @@ void Logger::renew(Level initialLevel, std::uint32_t processId) {
 }
 
 std::ostream& Logger::stream() {
+    // A statement within a statement must not wait for its own thread.
+    if (!lock.isHeldByCaller()) {
+        gate.enter();
+    }
     try {
         lock.lock();
     } catch (...) {

@@ -15,6 +15,7 @@
 #include "vek/base/no_copy.h"
 #include "vek/log/level.h"
 #include "vek/log/message.h"
+#include "vek/log/queue/gate.h"
 #include "vek/log/text_buffer.h"
 #include "vek/thread/mutex.h"
 
@@ -63,7 +64,7 @@ class Logger : public NoCopy {
     // once afterwards, unless this throws. Format flags that a statement sets, as by std::hex,
     // deliberately stay for the next statements. Throws OsError with code 1131
     // (ERROR_POSSIBLE_DEADLOCK) if this thread holds the lock already, as in a statement within a
-    // statement on the same logger.
+    // statement on the same logger, and std::system_error if the system can't let it wait.
     std::ostream& stream() VEK_ACQUIRE(lock);
 
     // A copy of the stream's text. For the thread that holds the lock.
@@ -73,7 +74,10 @@ class Logger : public NoCopy {
     void emitStream(Level messageLevel) VEK_REQUIRES(lock);
 
     // Unlocks this logger. For the thread that holds the lock.
-    void releaseStream() VEK_RELEASE(lock) { lock.unlock(); }
+    void releaseStream() VEK_RELEASE(lock) {
+        lock.unlock();
+        gate.leave();
+    }
 
     // --- messages ---
 
@@ -126,6 +130,8 @@ class Logger : public NoCopy {
     // Keeps its memory from one statement to the next.
     TextBuffer buffer VEK_GUARDED_BY(lock);
     std::ostream out VEK_GUARDED_BY(lock){&buffer};
+    // Threads wait here, and the lock behind it finds a second lock by its owner.
+    Gate gate;
     thread::Mutex lock{true};
 };
 

@@ -3,36 +3,23 @@
 #include <atomic>
 #include <memory>
 #include <new>
-#include <system_error>
-
-#include <gtest/gtest.h>
 
 #include "tests/vek/log/log_capture.h"
-#include "tests/vek/thread/lock_support.h"
+#include "tests/vek/log/queue/waiting_threads.h"
 
 namespace {
 
 using vek::log::BoundedQueue;
-using vek_test::LookedUpIn;
-using vek_test::nativeLibrary;
-using vek_test::olderLibrary;
 using vek_test::ScopedThread;
-using vek_test::watchedLibrary;
+using vek_test::systemErrorOf;
 
 using Element = std::unique_ptr<int>;
 using Queue = BoundedQueue<Element>;
 
-// On the system's own condition variables, and on the runtime's.
-class BoundedQueueOn : public testing::TestWithParam<const char*> {
-  protected:
-    const LookedUpIn library{GetParam(), GetParam()};
-};
+class BoundedQueueOn : public vek_test::OnEachSystem {};
+INSTANTIATE_TEST_SUITE_P(Systems, BoundedQueueOn, vek_test::eachSystem, vek_test::systemName);
 
-INSTANTIATE_TEST_SUITE_P(Systems, BoundedQueueOn, testing::Values(nativeLibrary, olderLibrary),
-                         [](const auto& instance) {
-                             return std::string(
-                                 instance.param == std::string(nativeLibrary) ? "New" : "Old");
-                         });
+using WatchedQueue = vek_test::WatchedSleeps;
 
 TEST_P(BoundedQueueOn, GivesWhatCameFirstFirst) {
     Queue queue(3);
@@ -102,23 +89,6 @@ struct Fragile {
 
     int number;
     std::atomic<int>* movesToFailure;
-};
-
-// With a library that counts sleeping threads.
-class WatchedQueue : public testing::Test {
-  protected:
-    // Since the start of the test.
-    unsigned sleeps() const { return sleepCount() - sleepsBefore; }
-    bool someoneSleeps(unsigned times) {
-        return vek_test::becomesTrue([&] { return sleeps() >= times; });
-    }
-
-    const LookedUpIn library{watchedLibrary, nativeLibrary};
-    unsigned(WINAPI* const sleepCount)() =
-        vek::resolveFunction<unsigned(WINAPI*)()>(library.conditionLibrary(), "sleepCount");
-    void(WINAPI* const failSleepsWith)(DWORD) =
-        vek::resolveFunction<void(WINAPI*)(DWORD)>(library.conditionLibrary(), "failSleepsWith");
-    const unsigned sleepsBefore = sleepCount();
 };
 
 TEST_F(WatchedQueue, SleepsOnlyWhenEmpty) {
@@ -208,17 +178,6 @@ TEST_F(WatchedQueue, ProducerThatIsWokenAndFailsLeavesItsRoomToTheNext) {
     EXPECT_TRUE(vek_test::becomesTrue([&] { return appended == 1 && failures == 1; }));
     // Frees the second, if it still waits.
     queue.clear();
-}
-
-// The code that `wait` fails with, if it fails as the standard library's conditions do.
-template <class Wait>
-int systemErrorOf(Wait wait) {
-    try {
-        wait();
-    } catch (const std::system_error& error) {
-        return error.code().value();
-    }
-    return 0;
 }
 
 TEST_F(WatchedQueue, FailureToSleepIsTheStandardSystemErrorAndLeavesTheQueueUsable) {
