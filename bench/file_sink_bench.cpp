@@ -32,6 +32,11 @@ std::string temporaryFile() {
     return name;
 }
 
+Message sampleMessage() {
+    return Message("tolmarhlp", "copied 345 of 12345 files, C:\\some\\folder\\name.txt", INFO,
+                   GetCurrentProcessId());
+}
+
 void storeAll(FileSink& sink, const Message& message) {
     for (int i = 0; i < lines; ++i) {
         sink.store(message);
@@ -76,8 +81,7 @@ HANDLE openBare(DWORD access) {
 }
 
 void measure(const char* what, FileSinkConfig config, double target = 0) {
-    const Message message("tolmarhlp", "copied 345 of 12345 files, C:\\some\\folder\\name.txt",
-                          INFO, GetCurrentProcessId());
+    const Message message = sampleMessage();
     config.path = temporaryFile();
     const HANDLE bare = openBare(FILE_APPEND_DATA);
     {
@@ -108,6 +112,24 @@ void measureAppending() {
     CloseHandle(moved);
 }
 
+// After 11 seconds a sink that rotates looks at the file's size after each message, and not after
+// each hundredth.
+void measureAge(FileSinkConfig config) {
+    const Message message = sampleMessage();
+    config.path = temporaryFile();
+    const std::string oldPath = config.path;
+    FileSink old(config);
+    Sleep(static_cast<DWORD>(vek_bench::repetitions(11100, 1)));
+    config.path = temporaryFile();
+    FileSink young(config);
+    compare(
+        "FileSink::store, older than 11 s, compared with a young sink", rounds, lines,
+        [&] { storeAll(old, message); }, [&] { storeAll(young, message); }, 1.2);
+    vek_bench::require(old.isGood() && young.isGood(), "the log files can't be written");
+    DeleteFileA(oldPath.c_str());
+    DeleteFileA(config.path.c_str());
+}
+
 void measureAll() {
     vek::time::initClocks();
     FileSinkConfig config;
@@ -118,6 +140,7 @@ void measureAll() {
     config.rotate = true;
     config.rotate_size = 1 << 20;
     measure("FileSink::store, rotation not yet due", config, 2);
+    measureAge(config);
     config.format = compileFormat("{date} [{level}] {category}: {msg}");
     measure("FileSink::store, with the date", config);
     config.format.clear();

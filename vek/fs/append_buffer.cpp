@@ -6,6 +6,7 @@
 
 #include "vek/exception.h"
 #include "vek/fs/system_path.h"
+#include "vek/os/file.h"
 
 namespace vek::fs {
 
@@ -75,12 +76,11 @@ int AppendBuffer::sync() {
 
 AppendBuffer::pos_type AppendBuffer::seekoff(off_type offset, std::ios_base::seekdir from,
                                              std::ios_base::openmode) {
-    LARGE_INTEGER position = {};
-    if (!isOpen() || offset != 0 || from != std::ios_base::cur ||
-        SetFilePointerEx(file.nativeHandle(), position, &position, FILE_CURRENT) == 0) {
+    if (!isOpen() || offset != 0 || from != std::ios_base::cur) {
         return pos_type(off_type(-1));
     }
-    return pos_type(position.QuadPart + static_cast<off_type>(used));
+    const std::int64_t position = os::filePosition(file.nativeHandle());
+    return pos_type(position < 0 ? off_type(-1) : position + static_cast<off_type>(used));
 }
 
 bool AppendBuffer::append(const char* bytes, std::size_t size) {

@@ -7,8 +7,13 @@
 #include <sys/types.h>
 #include <sys/utime.h>
 
+#include "vek/base/windows.h"
+// Needs the types of windows.h.
+#include <winternl.h>
+
 #include "vek/os/bounded_text.h"
 #include "vek/os/calendar.h"
+#include "vek/os/library.h"
 
 namespace vek::os {
 
@@ -133,6 +138,21 @@ int findNext(HANDLE find, char* name, int* kind, std::int32_t* time, std::uint32
 
 int findClose(HANDLE find) {
     return FindClose(find) != 0 ? 1 : 0;
+}
+
+std::int64_t filePosition(HANDLE file) {
+    using Query = decltype(&::NtQueryInformationFile);
+    static const auto query = reinterpret_cast<Query>(reinterpret_cast<void (*)()>(
+        libraryFunction(GetModuleHandleA("ntdll"), "NtQueryInformationFile")));
+    if (query != nullptr) {
+        IO_STATUS_BLOCK status = {};
+        FILE_POSITION_INFORMATION position = {};
+        return query(file, &status, &position, sizeof position, FilePositionInformation) >= 0
+                   ? position.CurrentByteOffset.QuadPart
+                   : -1;
+    }
+    LARGE_INTEGER position = {};
+    return SetFilePointerEx(file, position, &position, FILE_CURRENT) != 0 ? position.QuadPart : -1;
 }
 
 }  // namespace vek::os

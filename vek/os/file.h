@@ -69,4 +69,10 @@ int findNext(HANDLE find, char* name, int* kind, std::int32_t* time, std::uint32
 // Ends a search. Calls FindClose.
 int findClose(HANDLE find);
 
+// Returns the position of the open `file`, in bytes from its start; -1 on failure, as for a pipe,
+// which may leave GetLastError alone.
+// Calls NtQueryInformationFile, or SetFilePointerEx where there is none: that takes twice the time,
+// because it also sets the position.
+std::int64_t filePosition(HANDLE file);
+
 }  // namespace vek::os

@@ -388,4 +388,50 @@ TEST_F(Find, BadSearchIsTheSystemsError) {
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
 }
 
+// As the other way to ask for it tells.
+std::int64_t positionBySeeking(HANDLE file) {
+    LARGE_INTEGER position = {};
+    return SetFilePointerEx(file, position, &position, FILE_CURRENT) != 0 ? position.QuadPart : -1;
+}
+
+TEST_F(OsFile, PositionIsWhereTheNextByteGoes) {
+    const HANDLE file = CreateFileA(path("x").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(vek::os::filePosition(file), 0);
+    for (const std::int64_t expected : {std::int64_t{3}, std::int64_t{5'000'000'000}}) {
+        LARGE_INTEGER position;
+        position.QuadPart = expected;
+        EXPECT_NE(SetFilePointerEx(file, position, nullptr, FILE_BEGIN), 0);
+        EXPECT_EQ(vek::os::filePosition(file), expected);
+        EXPECT_EQ(positionBySeeking(file), expected);
+    }
+    DWORD written = 0;
+    EXPECT_NE(WriteFile(file, "four", 4, &written, nullptr), 0);
+    EXPECT_EQ(vek::os::filePosition(file), 5'000'000'004);
+    CloseHandle(file);
+}
+
+TEST_F(OsFile, WhatHasNoPositionGivesMinusOne) {
+    HANDLE readEnd = nullptr;
+    HANDLE writeEnd = nullptr;
+    ASSERT_NE(CreatePipe(&readEnd, &writeEnd, nullptr, 0), 0);
+    EXPECT_EQ(vek::os::filePosition(readEnd), -1);
+    EXPECT_EQ(vek::os::filePosition(writeEnd), -1);
+    CloseHandle(readEnd);
+    CloseHandle(writeEnd);
+    EXPECT_EQ(vek::os::filePosition(INVALID_HANDLE_VALUE), -1);
+    EXPECT_EQ(vek::os::filePosition(nullptr), -1);
+}
+
+TEST_F(OsFile, PositionOfADeviceIsThatOfASeek) {
+    const HANDLE device = CreateFileA("NUL", GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(device, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(vek::os::filePosition(device), positionBySeeking(device));
+    DWORD written = 0;
+    EXPECT_NE(WriteFile(device, "four", 4, &written, nullptr), 0);
+    EXPECT_EQ(vek::os::filePosition(device), positionBySeeking(device));
+    CloseHandle(device);
+}
+
 }  // namespace
