@@ -44,6 +44,18 @@ bool used[pageCount];
 std::size_t cursor = 0;
 int blocks = 0;
 
+// Allocating leaves the thread's last error as it was, as with the C runtime's heap.
+class Unnoticed {
+  public:
+    Unnoticed() : error(GetLastError()) {}
+    ~Unnoticed() { SetLastError(error); }
+    Unnoticed(const Unnoticed&) = delete;
+    Unnoticed& operator=(const Unnoticed&) = delete;
+
+  private:
+    const DWORD error;
+};
+
 class Locked {
   public:
     Locked() { AcquireSRWLockExclusive(&lock); }
@@ -112,6 +124,7 @@ bool makeRegion() {
 
 // A guarded block, or null if there is no room.
 void* allocateGuarded(std::size_t size) {
+    const Unnoticed unnoticed;
     const Locked locked;
     if (size > largestBlock || blocks == mostBlocks || !makeRegion()) {
         return nullptr;
@@ -148,6 +161,7 @@ void checkFence(const std::byte* from, const std::byte* to, const void* block, s
 }
 
 void freeGuarded(std::byte* block, std::size_t expected) {
+    const Unnoticed unnoticed;
     const Locked locked;
     const std::size_t first = static_cast<std::size_t>(block - region) / pageSize;
     const Page page = pages[first];

@@ -5,12 +5,12 @@
 #include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "vek/base/std_mutex.h"
 #include "vek/base/windows.h"
 #include "vek/log/manager.h"
 #include "vek/log/sink.h"
@@ -56,12 +56,12 @@ class LogCapture {
 
     // The manager has destroyed the sink.
     bool destroyed() const {
-        const std::lock_guard<std::mutex> guard(state->mutex);
+        const vek::StdGuard guard(state->mutex);
         return state->sinkDestroyed;
     }
 
     std::vector<Captured> messages() const {
-        const std::lock_guard<std::mutex> guard(state->mutex);
+        const vek::StdGuard guard(state->mutex);
         return state->messages;
     }
 
@@ -75,22 +75,23 @@ class LogCapture {
 
     // Waits until `count` messages have come. False if they don't in time.
     bool waitFor(std::size_t count) const {
-        std::unique_lock<std::mutex> held(state->mutex);
-        return state->changed.wait_for(held, longEnough,
+        vek::StdGuard held(state->mutex);
+        return state->changed.wait_for(held.forWait(), longEnough,
                                        [&] { return state->messages.size() >= count; });
     }
 
     // Waits until the manager has destroyed the sink.
     bool waitForDestruction() const {
-        std::unique_lock<std::mutex> held(state->mutex);
-        return state->changed.wait_for(held, longEnough, [&] { return state->sinkDestroyed; });
+        vek::StdGuard held(state->mutex);
+        return state->changed.wait_for(held.forWait(), longEnough,
+                                       [&] { return state->sinkDestroyed; });
     }
 
     vek::log::Sink* getSink() const { return sink; }
 
   private:
     struct State {
-        std::mutex mutex;
+        vek::MemberStdMutex mutex;
         std::condition_variable changed;
         std::vector<Captured> messages;
         bool sinkDestroyed = false;
@@ -103,7 +104,7 @@ class LogCapture {
             config.max_level = maxLevel;
         }
         ~CaptureSink() override {
-            const std::lock_guard<std::mutex> guard(state->mutex);
+            const vek::StdGuard guard(state->mutex);
             state->sinkDestroyed = true;
             state->changed.notify_all();
         }
@@ -121,7 +122,7 @@ class LogCapture {
             if (onStore) {
                 onStore(message);
             }
-            const std::lock_guard<std::mutex> guard(state->mutex);
+            const vek::StdGuard guard(state->mutex);
             state->messages.push_back({message.level, message.category, message.text, message.pid,
                                        message.tid, message.timestamp.getValue(), withAttrs,
                                        attrs});

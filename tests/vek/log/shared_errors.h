@@ -4,9 +4,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <iostream>
-#include <mutex>
 #include <streambuf>
 #include <string>
+
+#include "vek/base/std_mutex.h"
 
 namespace vek::test {
 
@@ -19,14 +20,14 @@ class SharedErrors {
     SharedErrors& operator=(const SharedErrors&) = delete;
 
     std::string text() const {
-        const std::lock_guard<std::mutex> guard(buffer.mutex);
+        const vek::StdGuard guard(buffer.mutex);
         return buffer.written;
     }
 
     // Waits until `part` has been written. False if it isn't in time.
     bool waitFor(const std::string& part) const {
-        std::unique_lock<std::mutex> held(buffer.mutex);
-        return buffer.changed.wait_for(held, std::chrono::seconds(60), [&] {
+        vek::StdGuard held(buffer.mutex);
+        return buffer.changed.wait_for(held.forWait(), std::chrono::seconds(60), [&] {
             return buffer.written.find(part) != std::string::npos;
         });
     }
@@ -34,13 +35,13 @@ class SharedErrors {
   private:
     class Buffer : public std::streambuf {
       public:
-        mutable std::mutex mutex;
+        mutable vek::MemberStdMutex mutex;
         mutable std::condition_variable changed;
         std::string written;
 
       protected:
         std::streamsize xsputn(const char* text, std::streamsize size) override {
-            const std::lock_guard<std::mutex> guard(mutex);
+            const vek::StdGuard guard(mutex);
             written.append(text, static_cast<std::size_t>(size));
             changed.notify_all();
             return size;

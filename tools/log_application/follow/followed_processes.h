@@ -24,7 +24,7 @@ class FollowedProcesses : public vek::NoCopy {
     }
 
   private:
-    vek::StdMutex lock;
+    vek::MemberStdMutex lock;
     std::set<Endpoint> endpoints VEK_GUARDED_BY(lock);
 };
 
