@@ -302,15 +302,16 @@ class Hostile(unittest.TestCase):
 class Fuzz(unittest.TestCase):
     TEXT = "Done 500 runs\nstat::number_of_executed_units: 500\n"
 
-    def test_a_run_of_all_inputs_is_accepted(self):
-        self.assertEqual(fuzz.judge("hex", 0, self.TEXT, 500), [])
+    def test_a_run_without_a_fault_is_accepted_and_its_inputs_are_counted(self):
+        self.assertEqual(fuzz.judge("hex", 0, self.TEXT), [])
+        self.assertEqual(fuzz.counted(self.TEXT), 500)
 
     def test_a_fault_is_found(self):
-        self.assertIn("AddressSanitizer", fuzz.judge("hex", 1, "==1==ERROR: AddressSanitizer: x\n" + self.TEXT, 500)[0])
+        self.assertIn("AddressSanitizer", fuzz.judge("hex", 1, "==1==ERROR: AddressSanitizer: x\n" + self.TEXT)[0])
 
-    def test_fewer_inputs_or_no_count_are_faults(self):
-        self.assertEqual(len(fuzz.judge("hex", 0, self.TEXT, 501)), 1)
-        self.assertEqual(len(fuzz.judge("hex", 0, "", 500)), 1)
+    def test_no_input_or_no_count_are_faults(self):
+        self.assertEqual(len(fuzz.judge("hex", 0, self.TEXT.replace("units: 500", "units: 0"))), 1)
+        self.assertEqual(len(fuzz.judge("hex", 0, "")), 1)
 
 
 class Jobs(unittest.TestCase):
