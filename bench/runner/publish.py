@@ -28,6 +28,8 @@ STYLES = {  # colour, line width, dash type
     "glog": ("#cc79a7", 1.5, 1),
     "easyloggingpp": ("#56b4e9", 1.5, 1),
 }
+# A run with a larger part of its steps disturbed is worth no more than a trial.
+MOST_DISTURBED = 0.05
 HEAD = """set terminal svg size {width},{height} dynamic background '#ffffff' font 'sans-serif,13'
 set output '{path}'
 set multiplot layout 1,2
@@ -112,10 +114,16 @@ def section(results):
     repetitions = results.data["repetitions"]
     lines = [f"Measured on {day}, {versions}, {described.get('cores', '?')} cores, commit {described.get('commit', '?')}; "
              + (f"medians of {repetitions} repetitions." if repetitions > 1 else "one repetition.")]
-    if results.data["disturbed"]:
-        lines[0] += (f" **The machine was busy in {len(results.data['disturbed'])} of the steps: "
+    disturbed = len(results.data["disturbed"])
+    steps = {tuple(entry[key] for key in ("contestant", "mode", "threads", "appending", "flushed"))
+             for entry in results.figures("peers")}
+    if disturbed > len(steps) * repetitions * MOST_DISTURBED:
+        lines[0] += (f" **The machine was busy in {disturbed} of the steps: "
                      "the figures show that the comparison works, and no more.**")
-    return lines + ["", *tables.peer_table(results)]
+    elif disturbed:
+        lines[0] += f" Other processes took more than 5 % of a core in {disturbed} of {len(steps) * repetitions} steps."
+    return lines + ["", *tables.peer_table(results), "", "Run by run, with the library and the way to open the file that is best "
+                    "in that run:", "", *tables.target_table(results)]
 
 
 def with_section(document, lines):

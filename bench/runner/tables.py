@@ -79,7 +79,54 @@ def peer_table(results):
     return ["| " + " | ".join(row) + " |" for row in rows]
 
 
+PEERS = [name for name in CONTESTANTS if name != "own" and not name.startswith("floor_")]
+
+
+def target_rows(results):
+    """What ours has to reach beside the libraries: (text, limit, whether less is better, the ratio in each repetition)."""
+
+    def values(contestant, mode, threads, name):
+        """Of each way to open the file, the values of all repetitions."""
+        found = [figure["own"] for figure in results.figures("peers")
+                 if (figure["contestant"], figure["mode"], figure["threads"], figure["figure"],
+                     figure["flushed"]) == (contestant, mode, threads, name, True)]
+        return list(zip(*found))
+
+    def ratios(mode, threads, name, peers, best):
+        own = values("own", mode, threads, name)
+        others = [found for found in (values(peer, mode, threads, name) for peer in peers) if found]
+        return [mine[0] / best(value for way in theirs for value in way) for mine, *theirs in zip(own, *others) if theirs]
+
+    rows = []
+    for threads in (1, 4):
+        many = f", {threads} thread{'s' if threads > 1 else ''}"
+        rows.append(("p50" + many + ": ours, of spdlog's", 1, True, ratios("statement", threads, "p50", ["spdlog"], min)))
+        for name in ("p99", "mean"):
+            rows.append((name + many + ": ours, of the best library's", 1, True,
+                         ratios("statement", threads, name, PEERS, min)))
+        rows.append(("messages/s" + many + ": ours, of the best library's", 1.2, False,
+                     ratios("throughput", threads, "throughput", PEERS, max)))
+    rows.append(("messages/s: ours with 8 threads, of ours with 4", 1, False,
+                 [eight[0] / four[0] for eight, four in zip(values("own", "throughput", 8, "throughput"),
+                                                            values("own", "throughput", 4, "throughput"))]))
+    return [row for row in rows if row[3]]
+
+
+def target_table(results):
+    """The targets, run by run, as lines of a Markdown table."""
+    rows = target_rows(results)
+    if not rows:
+        return []
+    runs = max(len(ratios) for _, _, _, ratios in rows)
+    lines = ["| | target | " + " | ".join(f"run {run + 1}" for run in range(runs)) + " | reached in |", "| --- " * (runs + 3) + "|"]
+    for text, limit, less, ratios in rows:
+        reached = sum(ratio <= limit if less else ratio >= limit for ratio in ratios)
+        lines.append(f"| {text} | at {'most' if less else 'least'} {limit} | " +
+                     " | ".join(f"{ratio:.2f}" for ratio in ratios) + f" | {reached} of {len(ratios)} |")
+    return lines
+
+
 def benchmark_lines(results, benchmark):
     if benchmark == "peers":
-        return peer_table(results)
+        return [*peer_table(results), "", *target_table(results)]
     return [figure_line(figure) for figure in results.figures(benchmark)]

@@ -310,8 +310,34 @@ class Publishing(Folder):
         self.assertNotIn("busy", text)
 
     def test_figures_of_a_busy_machine_are_marked(self):
-        lines = publish.section(results.load(self.peers_file([{"step": "x", "share": 1, "busiest": "y"}])))
-        self.assertIn("The machine was busy in 1 of the steps", lines[0])
+        disturbed = {"step": "x", "share": 1, "busiest": "y"}
+        lines = publish.section(results.load(self.peers_file([disturbed] * 4)))
+        self.assertIn("The machine was busy in 4 of the steps", lines[0])
+        lines = publish.section(results.load(self.peers_file([disturbed] * 3)))
+        self.assertIn("more than 5 % of a core in 3 of 66 steps", lines[0])
+        self.assertNotIn("busy", lines[0])
+
+    def test_each_run_is_held_against_the_targets(self):
+        data = results.Results()
+        # Of two runs: ours, one that waits for its file, and one that is better in the other way of opening it. Floors don't count.
+        times = {("own", False): (100, 300), ("spdlog", False): (200, 200), ("spdlog", True): (150, 250),
+                 ("glog", False): (120, 400), ("glog", True): (130, 400), ("floor_system", False): (1, 1)}
+        rates = {("own", False): (240, 100), ("spdlog", False): (50, 50), ("spdlog", True): (50, 50),
+                 ("glog", False): (100, 90), ("glog", True): (200, 90), ("floor_system", False): (900, 900)}
+        for (contestant, appending), values in times.items():
+            for step in run.peer_steps([contestant]):
+                if step.more["appending"] != appending or step.more["threads"] != 1 or not step.more["flushed"]:
+                    continue
+                for name in {"statement": ("p50", "p99", "mean"), "throughput": ("throughput",)}.get(step.more["mode"], ()):
+                    for value in rates[contestant, appending] if name == "throughput" else values:
+                        data.add("peers", {"name": step.prefix + name, "unit": "ns", "better": "lower", "own": value},
+                                 **step.more, figure=name)
+        lines = tables.target_table(data)
+        self.assertEqual(lines[0], "| | target | run 1 | run 2 | reached in |")
+        self.assertIn("| p50, 1 thread: ours, of spdlog's | at most 1 | 0.67 | 1.50 | 1 of 2 |", lines)
+        self.assertIn("| p99, 1 thread: ours, of the best library's | at most 1 | 0.83 | 1.50 | 1 of 2 |", lines)
+        self.assertIn("| messages/s, 1 thread: ours, of the best library's | at least 1.2 | 1.20 | 1.11 | 1 of 2 |", lines)
+        self.assertEqual(len(lines), 6)
 
     def test_check_finds_a_table_that_is_not_the_files(self):
         source, target = self.peers_file(), self.document(self.DOCUMENT)
