@@ -33,7 +33,7 @@ class BoundedQueue : public NoCopy {
     void push(Element element) {
         const Turn turn(*this);
         while (elements.size() >= capacity) {
-            lock.wait(QueueLock::notFull, size);
+            lock.wait(QueueLock::notFull, size, size);
         }
         elements.push_back(std::move(element));
     }
@@ -43,7 +43,7 @@ class BoundedQueue : public NoCopy {
     Element pop() {
         const Turn turn(*this);
         while (elements.empty()) {
-            lock.wait(QueueLock::notEmpty, size);
+            lock.wait(QueueLock::notEmpty, size, size);
         }
         Element element = std::move(elements.front());
         elements.pop_front();

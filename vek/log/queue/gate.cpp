@@ -30,7 +30,7 @@ class VEK_SCOPED_CAPABILITY Gate::Waiting : public NoCopy {
 void Gate::waitForTurn() {
     const Waiting turn(*this);
     while (inside.exchange(1) != 0) {
-        lock.wait(isFree, inside);
+        lock.wait(isFree, inside, 1);
     }
 }
 

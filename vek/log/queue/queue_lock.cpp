@@ -63,20 +63,19 @@ void QueueLock::unlock() {
     }
 }
 
-void QueueLock::wait(Condition condition, const std::atomic<std::size_t>& size) {
+void QueueLock::wait(Condition condition, const std::atomic<std::size_t>& size,
+                     std::size_t before) {
     bool& isLooking = waiters[condition].isLooking;
     if (!isLooking) {
-        const std::size_t before = size.load(std::memory_order_relaxed);
         isLooking = true;
         unlock();
         lookForChange(size, before);
         lock();
         isLooking = false;
-        if (size.load(std::memory_order_relaxed) != before) {
-            return;
-        }
     }
-    sleep(condition);
+    if (size.load() == before) {
+        sleep(condition);
+    }
 }
 
 void QueueLock::sleep(Condition condition) {

@@ -28,13 +28,15 @@ class VEK_CAPABILITY QueueLock : public NoCopy {
     void lock() VEK_ACQUIRE();
     void unlock() VEK_RELEASE();
 
-    // Call with the mutex held, while the condition doesn't hold and `size` is the size of the
-    // queue: unlocks the mutex, blocks until the condition may hold, and locks it again. The mutex
-    // is held also if this throws.
+    // Call with the mutex held, and with the value `before` of `size` for which the condition
+    // doesn't hold: unlocks the mutex, blocks until the condition may hold, and locks it again.
+    // Whoever changes `size` must then lock the mutex once and ask `mustWake`. The mutex is held
+    // also if this throws.
     //
     // One thread for each condition first looks for some microseconds whether `size` changes: going
     // to sleep and being woken takes longer than the other side mostly needs. The others sleep.
-    void wait(Condition condition, const std::atomic<std::size_t>& size) VEK_REQUIRES(this);
+    void wait(Condition condition, const std::atomic<std::size_t>& size, std::size_t before)
+        VEK_REQUIRES(this);
 
     // Call with the mutex held, when `condition` holds: whether a sleeping thread must be woken for
     // it. If so, call `wake` once after unlocking. Returns false if a thread is on its way already,

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "tests/vek/log/log_capture.h"
@@ -44,6 +45,32 @@ TEST_P(GateOn, LetsOneThreadInAtATimeAndForgetsNone) {
     }
     EXPECT_EQ(mostInside, 0);
     EXPECT_EQ(passed, threadCount * each);
+}
+
+TEST_P(GateOn, ForgetsNoneOfThoseWhoComeTogether) {
+    constexpr int threadCount = 3;
+    constexpr int rounds = 3000;
+    Gate gate;
+    // In each round all come at once, and the last to leave finds nobody who comes later.
+    std::atomic<int> came = 0;
+    std::atomic<int> passed = 0;
+    {
+        std::vector<std::unique_ptr<ScopedThread>> threads;
+        for (int t = 0; t < threadCount; ++t) {
+            threads.push_back(std::make_unique<ScopedThread>([&] {
+                for (int round = 1; round <= rounds; ++round) {
+                    ++came;
+                    while (came < round * threadCount) {
+                        std::this_thread::yield();
+                    }
+                    gate.enter();
+                    gate.leave();
+                    ++passed;
+                }
+            }));
+        }
+    }
+    EXPECT_EQ(passed, threadCount * rounds);
 }
 
 TEST_F(WatchedGate, SleepsOnlyWhileAnotherThreadIsInside) {
