@@ -199,6 +199,8 @@ int measureThroughput(int threads) {
 void measureAll() {
     Request request = parseRequest(vek_bench::options.arguments);
     request.setup.file = logFilePath();
+    // An earlier process of the same number may have left one.
+    DeleteFileA(request.setup.file.c_str());
     contestant().open(request.setup);
     const int sent = request.mode == "off"         ? measureOff()
                      : request.mode == "statement" ? measureStatement(request.threads)

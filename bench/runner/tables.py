@@ -122,7 +122,7 @@ def target_table(results):
     for text, limit, less, ratios in rows:
         reached = sum(ratio <= limit if less else ratio >= limit for ratio in ratios)
         lines.append(f"| {text} | at {'most' if less else 'least'} {limit} | " +
-                     " | ".join(f"{ratio:.2f}" for ratio in ratios) + f" | {reached} of {len(ratios)} |")
+                     " | ".join([f"{ratio:.2f}" for ratio in ratios] + ["-"] * (runs - len(ratios))) + f" | {reached} of {len(ratios)} |")
     return lines
 
 

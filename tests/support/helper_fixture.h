@@ -19,7 +19,7 @@ constexpr unsigned limitMs = 40000;
 
 // An upper bound for a run in which the helper waits for nothing: far above what a process takes on
 // a busy machine, and below every loop of the helper that runs out (15 and 90 seconds).
-constexpr double atOnceMs = 4000;
+constexpr double atOnceMs = 12000;
 
 // The state after a run of the helper. A version is 0 if there is no file, and -1 if it is not one
 // of the fake service's.

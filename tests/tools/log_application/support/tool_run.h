@@ -40,7 +40,8 @@ class ToolRun : public vek::NoCopy {
 
     DWORD processId() const { return id; }
 
-    // Calls TerminateProcess.
+    // Ends the program without any clean-up, and waits for its end: log_service_program by its own
+    // hand, others by TerminateProcess.
     void terminate();
 
   private:
