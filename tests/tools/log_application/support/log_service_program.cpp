@@ -15,12 +15,10 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <tclap/CmdLine.h>
 
-#include "tests/tools/log_application/support/end_request.h"
 #include "vek/base/environment.h"
 #include "vek/base/windows.h"
 #include "vek/exception.h"
@@ -141,16 +139,6 @@ int run(const std::string& mode, int count, std::size_t size, std::vector<std::s
     return 0;
 }
 
-// Makes this process end itself as soon as a test wants it killed.
-void endAtRequest() {
-    const HANDLE request = CreateEventA(
-        nullptr, TRUE, FALSE, log_application_test::endRequestName(GetCurrentProcessId()).c_str());
-    std::thread([request] {
-        WaitForSingleObject(request, INFINITE);
-        TerminateProcess(GetCurrentProcess(), 99);
-    }).detach();
-}
-
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -164,7 +152,6 @@ int main(int argumentCount, char** arguments) {
             (behind ? options : own).emplace_back(arguments[i]);
         }
     }
-    endAtRequest();
     try {
         return run(own.at(0), own.size() > 1 ? std::stoi(own[1]) : 0,
                    own.size() > 2 ? std::stoul(own[2]) : 0, options);

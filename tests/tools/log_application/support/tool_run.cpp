@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "tests/support/files.h"
-#include "tests/tools/log_application/support/end_request.h"
 #include "vek/base/text.h"
 #include "vek/exception.h"
 
@@ -99,17 +98,6 @@ DWORD ToolRun::wait(DWORD limit) {
 }
 
 void ToolRun::terminate() {
-    // Wine kills another process by a signal to each of its threads. On a busy machine the peers of
-    // one that was killed so were seen to notice nothing for a minute, though it had ended for
-    // whoever waited for it. A process that ends itself goes whole.
-    const HANDLE request = OpenEventA(EVENT_MODIFY_STATE, FALSE, endRequestName(id).c_str());
-    if (request != nullptr) {
-        SetEvent(request);
-        CloseHandle(request);
-        if (WaitForSingleObject(process, limitMs) == WAIT_OBJECT_0) {
-            return;
-        }
-    }
     TerminateProcess(process, 99);
     WaitForSingleObject(process, limitMs);
 }

@@ -40,8 +40,7 @@ class ToolRun : public vek::NoCopy {
 
     DWORD processId() const { return id; }
 
-    // Ends the program without any clean-up, and waits for its end: log_service_program by its own
-    // hand, others by TerminateProcess.
+    // Calls TerminateProcess.
     void terminate();
 
   private:
