@@ -70,9 +70,9 @@ TEST_F(RequestsTest, SetPutsTheEarlierLevelsBackAfterATime) {
 }
 
 TEST_F(RequestsTest, SetForATimeSaysIfTheProcessHasEndedMeanwhile) {
-    ToolRun run("set a=TRACE --for 2s " + demo.connect());
+    ToolRun run("set a=TRACE --for 4s " + demo.connect());
     ASSERT_TRUE(run.waitForErrors("come back"));
-    demo.kill();
+    demo.process().terminate();
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
     EXPECT_TRUE(holds(run.errors(), "can't be connected to")) << run.errors();
 }
