@@ -50,6 +50,11 @@ TEST_F(ClientHarm, UnreadAnswersAboutSinksBlockTheLogUntilTheClientEnds) {
     }
     log::Logger& logger = *manager.getLogger("x");
     ServiceClient client(port);
+    // Of a fixed size, as otherwise the system makes room for more when it has waited for a while.
+    const int received = 16 * 1024;
+    EXPECT_EQ(setsockopt(client.socket.nativeHandle(), SOL_SOCKET, SO_RCVBUF,
+                         reinterpret_cast<const char*>(&received), sizeof received),
+              0);
     EXPECT_EQ(client.ask("change-scope:"), "change-scope:ack");
     std::unique_ptr<Blocked> loggerMaker;
     // Each answer is some 130 KB; the system's buffers take several.
