@@ -53,7 +53,7 @@ struct Contestant {
     void (*open)(const Setup&);
     void (*close)();
     void (*runOff)(int count);
-    void (*runOn)(int count);
+    void (*runOn)(int first, int count);
     // Stores the time of each statement, in ticks.
     void (*runTimed)(int count, std::uint64_t* times);
 };
@@ -80,8 +80,8 @@ struct Loops {
             asm volatile("" ::: "memory");
         }
     }
-    static void on(int count) {
-        for (int i = 0; i < count; ++i) {
+    static void on(int first, int count) {
+        for (int i = first; i < first + count; ++i) {
             Library::on(i);
         }
     }

@@ -51,6 +51,9 @@ using vek_bench::report;
 constexpr int burstSize = 20;
 constexpr DWORD pauseMs = 2;
 constexpr int warmUp = 200;
+// Of the throughput: until the queue is full, and then what is measured.
+constexpr int fillMs = 100;
+constexpr int windowMs = 200;
 
 struct Request {
     std::string mode = "throughput";
@@ -83,9 +86,10 @@ std::string logFilePath() {
     return directory + std::string("peer-") + std::to_string(GetCurrentProcessId()) + ".log";
 }
 
-// Calls `body(thread)` in `count` threads, all released together. Returns once all have returned.
-template <class Body>
-void onThreads(int count, Body body) {
+// Calls `body(thread)` in `count` threads, all released together, and `meanwhile()` in this one.
+// Returns once all have returned.
+template <class Body, class Meanwhile>
+void onThreads(int count, Body body, Meanwhile meanwhile) {
     const HANDLE released = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     std::atomic<int> ready = 0;
     std::vector<std::thread> threads;
@@ -100,14 +104,15 @@ void onThreads(int count, Body body) {
         Sleep(1);
     }
     SetEvent(released);
+    meanwhile();
     for (std::thread& thread : threads) {
         thread.join();
     }
     CloseHandle(released);
 }
 
-// How many statements are in the file. A library may write lines of its own.
-int statementsIn(const std::string& path) {
+// The content of the file.
+std::string contentOf(const std::string& path) {
     std::FILE* const file = std::fopen(path.c_str(), "rb");
     vek_bench::require(file != nullptr, "there is no log file " + path);
     std::string text;
@@ -116,8 +121,14 @@ int statementsIn(const std::string& path) {
         text.append(buffer.data(), size);
     }
     std::fclose(file);
+    return text;
+}
+
+// How many statements begin in `text` from `from` up to `to`. A library may write lines of its own.
+int statementsIn(const std::string& text, std::size_t from = 0,
+                 std::size_t to = std::string::npos) {
     int count = 0;
-    for (std::size_t at = 0; (at = text.find("request ", at)) != std::string::npos; ++at) {
+    for (std::size_t at = from; (at = text.find("request ", at)) < to; ++at) {
         ++count;
     }
     return count;
@@ -138,7 +149,7 @@ int measureOff() {
         times.push_back(timeOf(statements));
     }
     // One line, to see that the statements were off and the logger was on.
-    contestant().runOn(1);
+    contestant().runOn(0, 1);
     contestant().close();
     report({.name = "off", .own = vek_bench::median(times)});
     return 1;
@@ -169,31 +180,80 @@ int measureStatement(int threads) {
     const int bursts = repetitions(1000, 10);
     const int each = burstSize * bursts;
     std::vector<std::uint64_t> times(static_cast<std::size_t>(each * threads));
-    onThreads(threads, [&](int thread) {
+    const auto burstsOf = [&](int thread) {
         std::uint64_t* out = times.data() + thread * each;
-        contestant().runOn(warmUp);
+        contestant().runOn(0, warmUp);
         for (int burst = 0; burst < bursts; ++burst, out += burstSize) {
             Sleep(pauseMs);
             contestant().runTimed(burstSize, out);
         }
-    });
+    };
+    onThreads(threads, burstsOf, [] {});
     contestant().close();
     reportTimes(times, perTick);
     return (each + warmUp) * threads;
 }
 
-// From the first statement to the last line in the file, as fast as the threads can log.
-int measureThroughput(int threads) {
-    const int each = repetitions(200'000, 2'000) / threads;
-    const double time = vek_bench::nanoseconds([&] {
-        onThreads(threads, [&](int) { contestant().runOn(each); });
-        contestant().close();
+// The size of the file; 0 if there is none.
+std::uint64_t sizeOf(const std::string& path) {
+    // By a handle: the directory's entry of an open file may be older.
+    const HANDLE file = CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return 0;
+    }
+    LARGE_INTEGER size = {};
+    GetFileSizeEx(file, &size);
+    CloseHandle(file);
+    return static_cast<std::uint64_t>(size.QuadPart);
+}
+
+// The size of the file after `ms` milliseconds, and not before it is above `least`, which takes
+// longer on a machine that has much else to do. Gives up after half a minute.
+std::uint64_t sizeAfter(int ms, const std::string& path, std::uint64_t least) {
+    Sleep(static_cast<DWORD>(ms));
+    std::uint64_t size = sizeOf(path);
+    for (int tries = 30'000; size <= least && tries > 0; --tries) {
+        Sleep(1);
+        size = sizeOf(path);
+    }
+    return size;
+}
+
+// How many lines come into the file while the threads log as fast as they can. What happens ahead
+// of that, until the queue is full, and afterwards, until it is empty, doesn't count, so a short
+// window gives the rate of a long run.
+int measureThroughput(int threads, const std::string& path) {
+    // Statements between two looks at `over`.
+    constexpr int portion = 50;
+    std::atomic<bool> over = false;
+    std::atomic<int> sent = 0;
+    std::uint64_t from = 0;
+    std::uint64_t to = 0;
+    double time = 0;
+    const auto logUntilOver = [&](int) {
+        int logged = 0;
+        for (; !over; logged += portion) {
+            contestant().runOn(logged, portion);
+        }
+        sent += logged;
+    };
+    onThreads(threads, logUntilOver, [&] {
+        from = sizeAfter(fillMs, path, 0);
+        time =
+            vek_bench::nanoseconds([&] { to = sizeAfter(repetitions(windowMs, 20), path, from); });
+        over = true;
     });
+    contestant().close();
+    vek_bench::require(to > from, "no message came into the file in the window");
+    const int lines =
+        statementsIn(contentOf(path), static_cast<std::size_t>(from), static_cast<std::size_t>(to));
     report({.name = "throughput",
-            .own = each * threads / time * 1e9,
+            .own = lines / time * 1e9,
             .unit = "messages/s",
             .higherIsBetter = true});
-    return each * threads;
+    return sent;
 }
 
 void measureAll() {
@@ -202,10 +262,11 @@ void measureAll() {
     // An earlier process of the same number may have left one.
     DeleteFileA(request.setup.file.c_str());
     contestant().open(request.setup);
-    const int sent = request.mode == "off"         ? measureOff()
-                     : request.mode == "statement" ? measureStatement(request.threads)
-                                                   : measureThroughput(request.threads);
-    const int found = statementsIn(request.setup.file);
+    const int sent = request.mode == "off" ? measureOff()
+                     : request.mode == "statement"
+                         ? measureStatement(request.threads)
+                         : measureThroughput(request.threads, request.setup.file);
+    const int found = statementsIn(contentOf(request.setup.file));
     DeleteFileA(request.setup.file.c_str());
     vek_bench::require(found == sent, std::string(contestant().name()) + ": " +
                                           std::to_string(found) + " of " + std::to_string(sent) +
@@ -223,7 +284,7 @@ int main(int argc, char** argv) {
         "Takes one measurement of one logging library:\n"
         "  off         the time of a statement below the threshold\n"
         "  statement   the distribution of the time inside a statement, in bursts of 20\n"
-        "  throughput  messages a second until the last is in the file (default)\n"
+        "  throughput  messages a second that come into the file while the threads log (default)\n"
         "  THREADS     how many threads log (default 1)\n"
         "  appending   the file is opened for FILE_APPEND_DATA, as the log's own file sink does\n"
         "  unflushed   the file isn't flushed after each message\n",

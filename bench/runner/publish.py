@@ -112,16 +112,21 @@ def section(results):
     day = described.get("date", "an unknown day")
     versions = ", ".join(described[key] for key in ("processor", "wine") if described.get(key))
     repetitions = results.data["repetitions"]
-    lines = [f"Measured on {day}, {versions}, {described.get('cores', '?')} cores, commit {described.get('commit', '?')}; "
-             + (f"medians of {repetitions} repetitions." if repetitions > 1 else "one repetition.")]
-    disturbed = len(results.data["disturbed"])
-    steps = {tuple(entry[key] for key in ("contestant", "mode", "threads", "appending", "flushed"))
+    # Of each step's figures one, which says how often the step was taken.
+    steps = {tuple(entry[key] for key in ("contestant", "mode", "threads", "appending", "flushed")): entry
              for entry in results.figures("peers")}
-    if disturbed > len(steps) * repetitions * MOST_DISTURBED:
+    taken = sum(sum(map(len, entry["rounds"])) if "rounds" in entry else repetitions for entry in steps.values())
+    rounds = max((len(values) for entry in steps.values() for values in entry.get("rounds", [])), default=0)
+    lines = [f"Measured on {day}, {versions}, {described.get('cores', '?')} cores, commit {described.get('commit', '?')}; "
+             + (f"medians of {repetitions} repetitions." if repetitions > 1 else "one repetition.")
+             + (f" Messages/s: medians of {rounds} rounds in each repetition." if rounds else
+                " Messages/s: measured once in each repetition.")]
+    disturbed = len(results.data["disturbed"])
+    if disturbed > taken * MOST_DISTURBED:
         lines[0] += (f" **The machine was busy in {disturbed} of the steps: "
                      "the figures show that the comparison works, and no more.**")
     elif disturbed:
-        lines[0] += f" Other processes took more than 5 % of a core in {disturbed} of {len(steps) * repetitions} steps."
+        lines[0] += f" Other processes took more than 5 % of a core in {disturbed} of {taken} steps."
     return lines + ["", *tables.peer_table(results), "", "Run by run, with the library and the way to open the file that is best "
                     "in that run:", "", *tables.target_table(results)]
 

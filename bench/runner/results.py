@@ -19,6 +19,20 @@ def spread(values):
     return (max(values) - min(values)) / middle if middle else 0.0
 
 
+def values_by_round(figure):
+    """For each repetition the values of its rounds. Most figures are measured once in a repetition, a round of its own."""
+    return figure.get("rounds") or [[value] for value in figure["own"]]
+
+
+def round_ratios(own, other):
+    """For each repetition the median of the rounds' ratios of two figures; None if no round holds both."""
+    medians = []
+    for ours, theirs in zip(values_by_round(own), values_by_round(other)):
+        ratios = [a / b for a, b in zip(ours, theirs) if a is not None and b is not None]
+        medians.append(statistics.median(ratios) if ratios else None)
+    return medians
+
+
 def compared_values(figure):
     """The values to compare two runs by: the ratios to the other side, which the machine affects less, or the values."""
     if figure.get("other"):
@@ -27,7 +41,11 @@ def compared_values(figure):
 
 
 class Results:
-    """Figures by (benchmark, name). A figure's "own" and "other" hold one value for each repetition."""
+    """Figures by (benchmark, name). A figure's "own" and "other" hold one value for each repetition.
+
+    What a repetition measures several times, in rounds, has "rounds" too: for each repetition a list of the rounds' values,
+    with None for a round that failed. "own" are their medians then.
+    """
 
     def __init__(self, data=None):
         self.data = data or {"machine": {}, "repetitions": 0, "disturbed": [], "figures": []}
@@ -45,6 +63,18 @@ class Results:
         self.index[key]["own"].append(printed["own"])
         if "other" in printed:
             self.index[key]["other"].append(printed["other"])
+
+    def add_round(self, benchmark, printed, repetition, turn, /, **more):
+        """Adds the value of one round; `repetition` and `turn` count from 0."""
+        figure = self.index.get((benchmark, printed["name"]))
+        if figure is None:
+            self.add(benchmark, printed, **more)
+            figure = self.index[benchmark, printed["name"]]
+        rounds = figure.setdefault("rounds", [])
+        rounds += [[] for _ in range(repetition + 1 - len(rounds))]
+        values = rounds[repetition]
+        values += [None] * (turn - len(values)) + [printed["own"]]
+        figure["own"] = [statistics.median(value for value in values if value is not None) for values in rounds if values]
 
     def figures(self, benchmark):
         return [f for f in self.data["figures"] if f["benchmark"] == benchmark]
@@ -74,10 +104,15 @@ def load(path):
                 for key, kind in PEER_KEYS.items():
                     if not isinstance(figure[key], kind):
                         raise ValueError(f"{key} of '{figure['name']}' is wrong")
+                if 0 in figure["own"]:
+                    raise ValueError(f"'{figure['name']}' is 0")
             series = [figure["own"]] + ([figure["other"]] if "other" in figure else [])
             for values in series:
                 if not values or not all(isinstance(v, (int, float)) and v >= 0 for v in values):
                     raise ValueError(f"figure '{figure['name']}' has no values")
+            for values in figure.get("rounds", []):
+                if not isinstance(values, list) or not all(v is None or isinstance(v, (int, float)) and v > 0 for v in values):
+                    raise ValueError(f"the rounds of '{figure['name']}' are wrong")
             if len(series) == 2 and (len(series[0]) != len(series[1]) or 0 in series[1]):
                 raise ValueError(f"figure '{figure['name']}' can't be compared with its other side")
         data = {"machine": {}, "repetitions": 0, "disturbed": [], **data}

@@ -3,6 +3,7 @@
 import argparse
 import json
 import os
+import random
 import subprocess
 import sys
 import tempfile
@@ -26,6 +27,11 @@ PROGRAMS = {
 }
 STEP_LIMIT_SECONDS = 600
 OWN = "own"
+# How many turns of all contestants a repetition takes to measure the messages a second.
+ROUNDS = 6
+# The turn goes through the contestants with 1 thread, then with 2, and so on. 4 and 8 are taken together, because ours with 8
+# is compared with ours with 4.
+THREADS_OF_A_TURN = ((1,), (2,), (4, 8))
 
 
 class StepError(Exception):
@@ -35,38 +41,61 @@ class StepError(Exception):
 class Step:
     """One run of a program: its arguments, and what its figures are filed under."""
 
-    def __init__(self, benchmark, program, arguments=(), prefix="", more=None):
+    # `turn`: the number of the round that the step belongs to, from 0; None if a repetition takes the step once.
+    def __init__(self, benchmark, program, arguments=(), prefix="", more=None, turn=None):
         self.benchmark = benchmark
         self.program = program
         self.arguments = list(arguments)
         self.prefix = prefix
         self.more = more or {}
+        self.turn = turn
 
     def title(self):
-        return " ".join([self.benchmark, self.program.removeprefix("peer_") if self.more else "", *self.arguments]).strip()
+        title = " ".join([self.benchmark, self.program.removeprefix("peer_") if self.more else "", *self.arguments]).strip()
+        return title if self.turn is None else f"{title}, round {self.turn + 1}"
 
 
-def _peer_step(contestant, mode, threads, appending, flushed):
+def _peer_step(contestant, mode, threads, appending, flushed, turn=None):
     arguments = [mode, str(threads)] + ["appending"] * appending + ["unflushed"] * (not flushed)
     prefix = ", ".join([contestant, f"{threads} thread{'s' if threads > 1 else ''}"] + ["appending"] * appending +
                        ["unflushed"] * (not flushed)) + ": "
     return Step("peers", f"peer_{contestant}", arguments, prefix, {
-        "contestant": contestant, "mode": mode, "threads": threads, "appending": appending, "flushed": flushed})
+        "contestant": contestant, "mode": mode, "threads": threads, "appending": appending, "flushed": flushed}, turn)
+
+
+def _ways(contestant):
+    """Whether the file is opened for appending. Ours is measured once: it always appends."""
+    return (False,) if contestant == OWN else (False, True)
+
+
+def throughput_rounds(contestants, smoke=False):
+    """The messages a second with a flush, each contestant and number of threads once in each round.
+
+    What is compared lies seconds apart, so that a slow moment of the machine affects all alike. The order differs from
+    round to round, and is the same in each run.
+    """
+    steps = []
+    for turn in range(1 if smoke else ROUNDS):
+        ways = [(contestant, appending) for contestant in contestants for appending in _ways(contestant)]
+        for together in ((2,),) if smoke else THREADS_OF_A_TURN:
+            random.Random(f"{turn} {together}").shuffle(ways)
+            for contestant, appending in ways:
+                for threads in together[::-1] if turn % 2 else together:
+                    steps.append(_peer_step(contestant, "throughput", threads, appending, True, turn))
+    return steps
 
 
 def peer_steps(contestants, smoke=False):
-    """All measurements of the logging libraries. Ours always appends and always flushes."""
+    """All measurements of the logging libraries. Ours always flushes."""
     steps = []
     for contestant in contestants:
         steps.append(_peer_step(contestant, "off", 1, False, True))
-        for appending in (False,) if contestant == OWN else (False, True):
+        for appending in _ways(contestant):
             for threads in (2,) if smoke else (1, 4):
                 steps.append(_peer_step(contestant, "statement", threads, appending, True))
-            for threads in (2,) if smoke else (1, 2, 4, 8):
-                steps.append(_peer_step(contestant, "throughput", threads, appending, True))
         if contestant != OWN and not smoke:
             steps += [_peer_step(contestant, "throughput", threads, False, False) for threads in (1, 4)]
-    return steps
+    return steps + throughput_rounds(contestants, smoke)
 
 
 def run_program(command, limit=STEP_LIMIT_SECONDS):
@@ -108,7 +137,7 @@ class Run:
         self.failures = {}
         self.steps_taken = 0
 
-    def take(self, step):
+    def take(self, step, repetition):
         command = [*self.options.runner, os.path.join(self.options.bin, step.program + ".exe"), "--json",
                    *(["--smoke"] if self.options.smoke else []), *step.arguments]
         self.steps_taken += 1
@@ -125,7 +154,11 @@ class Run:
         for figure in figures:
             name = figure["name"]
             more = {**step.more, "figure": name} if step.more else {}
-            self.results.add(step.benchmark, {**figure, "name": step.prefix + name}, **more)
+            figure = {**figure, "name": step.prefix + name}
+            if step.turn is None:
+                self.results.add(step.benchmark, figure, **more)
+            else:
+                self.results.add_round(step.benchmark, figure, repetition, step.turn, **more)
 
     def take_all(self, plan):
         """`plan`: the steps of each benchmark. Repetitions are outermost, so that a slow minute affects all alike."""
@@ -136,7 +169,7 @@ class Run:
                 for number, step in enumerate(steps, 1):
                     if len(steps) > 1:
                         print(f"   {step.title()} ({number} of {len(steps)})", flush=True)
-                    self.take(step)
+                    self.take(step, repetition)
                 if repetition == self.options.repeat - 1:
                     for line in tables.benchmark_lines(self.results, benchmark):
                         print(line, flush=True)

@@ -1,8 +1,9 @@
 """Results as text: a line for each figure, and the table of the logging libraries."""
 
+import itertools
 import statistics
 
-from results import compared_values, spread
+from results import compared_values, round_ratios, spread
 
 # In the order of the tables, with the names that they are shown by.
 CONTESTANTS = {
@@ -85,30 +86,31 @@ PEERS = [name for name in CONTESTANTS if name != "own" and not name.startswith("
 def target_rows(results):
     """What ours has to reach beside the libraries: (text, limit, whether less is better, the ratio in each repetition)."""
 
-    def values(contestant, mode, threads, name):
-        """Of each way to open the file, the values of all repetitions."""
-        found = [figure["own"] for figure in results.figures("peers")
-                 if (figure["contestant"], figure["mode"], figure["threads"], figure["figure"],
-                     figure["flushed"]) == (contestant, mode, threads, name, True)]
-        return list(zip(*found))
+    def figures(contestant, mode, threads, name):
+        """One for each way to open the file."""
+        return [figure for figure in results.figures("peers")
+                if (figure["contestant"], figure["mode"], figure["threads"], figure["figure"],
+                    figure["flushed"]) == (contestant, mode, threads, name, True)]
 
-    def ratios(mode, threads, name, peers, best):
-        own = values("own", mode, threads, name)
-        others = [found for found in (values(peer, mode, threads, name) for peer in peers) if found]
-        return [mine[0] / best(value for way in theirs for value in way) for mine, *theirs in zip(own, *others) if theirs]
+    def ratios(mode, threads, name, peers, worst):
+        """Of the ratios to each peer and way the worst; None for a repetition in which one of them is missing."""
+        own = figures("own", mode, threads, name)
+        theirs = [figure for peer in peers for figure in figures(peer, mode, threads, name)]
+        beside = itertools.zip_longest(*(round_ratios(own[0], figure) for figure in theirs)) if own else []
+        return [None if None in run else worst(run) for run in beside]
 
     rows = []
     for threads in (1, 4):
         many = f", {threads} thread{'s' if threads > 1 else ''}"
-        rows.append(("p50" + many + ": ours, of spdlog's", 1, True, ratios("statement", threads, "p50", ["spdlog"], min)))
+        rows.append(("p50" + many + ": ours, of spdlog's", 1, True, ratios("statement", threads, "p50", ["spdlog"], max)))
         for name in ("p99", "mean"):
             rows.append((name + many + ": ours, of the best library's", 1, True,
-                         ratios("statement", threads, name, PEERS, min)))
+                         ratios("statement", threads, name, PEERS, max)))
         rows.append(("messages/s" + many + ": ours, of the best library's", 1.2, False,
-                     ratios("throughput", threads, "throughput", PEERS, max)))
-    rows.append(("messages/s: ours with 8 threads, of ours with 4", 1, False,
-                 [eight[0] / four[0] for eight, four in zip(values("own", "throughput", 8, "throughput"),
-                                                            values("own", "throughput", 4, "throughput"))]))
+                     ratios("throughput", threads, "throughput", PEERS, min)))
+    four, eight = (figures("own", "throughput", threads, "throughput") for threads in (4, 8))
+    if four and eight:
+        rows.append(("messages/s: ours with 8 threads, of ours with 4", 1, False, round_ratios(eight[0], four[0])))
     return [row for row in rows if row[3]]
 
 
@@ -120,9 +122,10 @@ def target_table(results):
     runs = max(len(ratios) for _, _, _, ratios in rows)
     lines = ["| | target | " + " | ".join(f"run {run + 1}" for run in range(runs)) + " | reached in |", "| --- " * (runs + 3) + "|"]
     for text, limit, less, ratios in rows:
-        reached = sum(ratio <= limit if less else ratio >= limit for ratio in ratios)
-        lines.append(f"| {text} | at {'most' if less else 'least'} {limit} | " +
-                     " | ".join([f"{ratio:.2f}" for ratio in ratios] + ["-"] * (runs - len(ratios))) + f" | {reached} of {len(ratios)} |")
+        known = [ratio for ratio in ratios if ratio is not None]
+        reached = sum(ratio <= limit if less else ratio >= limit for ratio in known)
+        cells = ["-" if ratio is None else f"{ratio:.2f}" for ratio in ratios + [None] * (runs - len(ratios))]
+        lines.append(f"| {text} | at {'most' if less else 'least'} {limit} | {' | '.join(cells)} | {reached} of {len(known)} |")
     return lines
 
 

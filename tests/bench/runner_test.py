@@ -12,6 +12,7 @@ import sys
 import tempfile
 import time
 import unittest
+import unittest.mock
 
 runner = sys.argv.pop(1)
 sys.path.insert(0, runner)
@@ -194,7 +195,9 @@ class Comparison(Folder):
     def test_bad_files_are_refused_with_their_name(self):
         good = self.results_file("good", own=[1, 2, 3])
         bad = ["", "[]", "{}", '{"figures": [], "machine": 5}', '{"figures": [], "disturbed": {}}',
-               '{"figures": [{"benchmark": "peers", "name": "a", "unit": "ns", "better": "lower", "own": [1]}]}', '{"figures": 5}', '{"figures": [{}]}', "\0", '{"figures": [null]}']
+               '{"figures": [{"benchmark": "peers", "name": "a", "unit": "ns", "better": "lower", "own": [1]}]}',
+               '{"figures": [{"benchmark": "peers", "name": "a", "unit": "ns", "better": "lower", "own": [0], "contestant": "own", '
+               '"mode": "off", "threads": 1, "appending": false, "flushed": true, "figure": "off"}]}', '{"figures": 5}', '{"figures": [{}]}', "\0", '{"figures": [null]}']
         for text in bad:
             with open(self.path("bad"), "w", encoding="utf-8") as file:
                 file.write(text)
@@ -269,8 +272,131 @@ class PeerTable(unittest.TestCase):
         steps = run.peer_steps(["own", "spdlog"])
         ways = {(step.more["contestant"], step.more["appending"]) for step in steps}
         self.assertEqual(ways, {("own", False), ("spdlog", False), ("spdlog", True)})
-        rates = {step.more["threads"] for step in steps if step.more["mode"] == "throughput" and step.more["flushed"]}
-        self.assertEqual(rates, {1, 2, 4, 8})
+
+
+def peer_figure(data, step, name, values):
+    """Adds a figure of the contestant as a run does; `values` has the rounds' list or the value of each repetition."""
+    printed = {"name": step.prefix + name, "unit": "ns", "better": "lower"}
+    for repetition, value in enumerate(values):
+        if step.turn is None:
+            data.add("peers", {**printed, "own": value}, **step.more, figure=name)
+            continue
+        for turn, of_turn in enumerate(value):
+            if of_turn is not None:
+                data.add_round("peers", {**printed, "own": of_turn}, repetition, turn, **step.more, figure=name)
+
+
+class Rounds(Folder):
+    CONTESTANTS = ["own", "spdlog", "glog"]
+
+    def turns(self):
+        """Of each round (contestant, appending, threads) of its steps."""
+        turns = {}
+        for step in run.throughput_rounds(self.CONTESTANTS):
+            turns.setdefault(step.turn, []).append((step.more["contestant"], step.more["appending"], step.more["threads"]))
+        return list(turns.values())
+
+    def test_each_round_takes_each_contestant_with_each_number_of_threads_once(self):
+        ways = [("own", False), ("spdlog", False), ("spdlog", True), ("glog", False), ("glog", True)]
+        expected = sorted((*way, threads) for way in ways for threads in (1, 2, 4, 8))
+        self.assertEqual(len(self.turns()), run.ROUNDS)
+        for turn in self.turns():
+            self.assertEqual(sorted(turn), expected)
+
+    def test_a_round_ends_before_the_next_begins(self):
+        turns = [step.turn for step in run.peer_steps(self.CONTESTANTS) if step.turn is not None]
+        self.assertEqual(turns, sorted(turns))
+
+    def test_nothing_is_measured_outside_the_rounds_that_the_table_compares(self):
+        for step in run.peer_steps(self.CONTESTANTS):
+            if step.more["mode"] == "throughput":
+                self.assertEqual(step.turn is not None, step.more["flushed"], step.title())
+
+    def test_what_is_compared_is_measured_side_by_side(self):
+        for number, turn in enumerate(self.turns()):
+            threads = [step[2] for step in turn]
+            self.assertEqual(threads[:10], [1] * 5 + [2] * 5)
+            # 4 and 8 of each contestant, one after the other.
+            self.assertEqual(threads[10:], [8, 4] * 5 if number % 2 else [4, 8] * 5)
+            self.assertEqual([step[:2] for step in turn[10::2]], [step[:2] for step in turn[11::2]])
+
+    def test_the_order_differs_from_round_to_round_and_is_the_same_in_each_run(self):
+        turns = self.turns()
+        self.assertEqual(turns, self.turns())
+        self.assertEqual(len({str(turn[:5]) for turn in turns}), run.ROUNDS)
+        self.assertGreater(len({turn.index(("own", False, 1)) for turn in turns}), 2)
+
+    def run_of(self, script):
+        """Three rounds of ours, twice, with a program that has $2 for the mode, $3 for the threads, and counts its runs."""
+        self.program("peer_own", f"""echo $2 $3 >> {self.path('runs')}
+            turn=$(grep -c "^throughput $3$" {self.path('runs')})
+            {script}
+            echo '{{"name": "'$2'", "unit": "messages/s", "better": "higher", "own": '$3$turn'}}'""")
+        with unittest.mock.patch.object(run, "ROUNDS", 3):
+            code, output = self.bench("--repeat", "2", "--contestants", "own", "--json", self.path("out.json"), "peers")
+        figures = results.load(self.path("out.json")).figures("peers")
+        return code, output, {figure["threads"]: figure for figure in figures if figure["mode"] == "throughput"}
+
+    def test_the_file_has_all_rounds_and_their_medians(self):
+        code, output, figures = self.run_of("")
+        self.assertEqual(code, 0)
+        self.assertEqual(set(figures), {1, 2, 4, 8})
+        self.assertEqual(figures[4]["rounds"], [[41, 42, 43], [44, 45, 46]])
+        self.assertEqual(figures[4]["own"], [42, 45])
+        self.assertIn("peers own throughput 4, round 3", output)
+
+    def test_a_round_that_failed_leaves_the_others_at_their_places(self):
+        code, output, figures = self.run_of('[ "$3$turn" != 42 ] && [ "$3$turn" != 46 ] || exit 1')
+        self.assertEqual(code, 1)
+        self.assertEqual(figures[4]["rounds"], [[41, None, 43], [44, 45]])
+        self.assertEqual(figures[4]["own"], [42, 44.5])
+        self.assertIn("peers own throughput 4, round 2: exit code 1", output)
+        self.assertIn("peers own throughput 4, round 3: exit code 1", output)
+
+    def test_a_repetition_whose_rounds_all_failed_has_no_median(self):
+        code, _, figures = self.run_of('[ "$3" != 4 ] || [ "$turn" -gt 3 ] || exit 1')
+        self.assertEqual(code, 1)
+        self.assertEqual(figures[4]["rounds"], [[], [44, 45, 46]])
+        self.assertEqual(figures[4]["own"], [45])
+
+    def targets(self, rounds):
+        """The table's rows of messages a second, as lists of cells. `rounds`: (contestant, threads): lists of each repetition."""
+        data = results.Results()
+        for (contestant, threads), values in rounds.items():
+            step = next(step for step in run.throughput_rounds([contestant])
+                        if step.more["threads"] == threads and not step.more["appending"])
+            peer_figure(data, step, "throughput", values)
+        rows = [line.strip("| ").split(" | ") for line in tables.target_table(data)[2:]]
+        return {row[0]: row[2:] for row in rows}
+
+    def test_a_ratio_is_the_median_of_the_rounds_ratios(self):
+        # Neither the ratio of the medians, which is 1.33, nor that to the best of each round, which is 1.05.
+        rows = self.targets({("own", 1): [[100, 200, 300]], ("spdlog", 1): [[200, 50, 150]], ("glog", 1): [[10, 190, 10]]})
+        self.assertEqual(rows["messages/s, 1 thread: ours, of the best library's"], ["2.00", "1 of 1"])
+
+    def test_the_best_library_is_the_one_with_the_smallest_ratio_of_the_run(self):
+        rows = self.targets({("own", 4): [[200] * 3] * 2, ("spdlog", 4): [[100] * 3, [250] * 3],
+                             ("glog", 4): [[125] * 3, [100] * 3], ("floor_system", 4): [[900] * 3] * 2})
+        self.assertEqual(rows["messages/s, 4 threads: ours, of the best library's"], ["1.60", "0.80", "1 of 2"])
+
+    def test_8_threads_are_compared_with_4_of_the_same_round(self):
+        rows = self.targets({("own", 4): [[100, 200, 400], [100, 100, 100]], ("own", 8): [[200, 300, 400], [90, 90, 90]]})
+        self.assertEqual(rows["messages/s: ours with 8 threads, of ours with 4"], ["1.50", "0.90", "1 of 2"])
+
+    def test_only_rounds_that_hold_both_are_compared(self):
+        rows = self.targets({("own", 1): [[100, None, 300]], ("glog", 1): [[50, 1, None, 1]]})
+        self.assertEqual(rows["messages/s, 1 thread: ours, of the best library's"], ["2.00", "1 of 1"])
+
+    def test_a_run_without_one_of_the_libraries_has_no_ratio(self):
+        rows = self.targets({("own", 1): [[100], [100], [100]], ("glog", 1): [[50], [50], [50]], ("spdlog", 1): [[10], [], [10]]})
+        self.assertEqual(rows["messages/s, 1 thread: ours, of the best library's"], ["2.00", "-", "2.00", "2 of 2"])
+        rows = self.targets({("own", 1): [[100], [100]], ("glog", 1): [[50], [50]], ("spdlog", 1): [[10]]})
+        self.assertEqual(rows["messages/s, 1 thread: ours, of the best library's"], ["2.00", "-", "1 of 1"])
+
+    def test_wrong_rounds_in_a_file_are_refused(self):
+        for rounds in (5, [5], [["x"]], [[0]], [[-1]], {"a": 1}):
+            code, _ = self.bench("--show", self.results_file("bad", own=[1], rounds=rounds))
+            self.assertEqual(code, 2, rounds)
 
 
 class Publishing(Folder):
@@ -292,9 +418,10 @@ class Publishing(Folder):
         for contestant in ("own", "spdlog"):
             for step in run.peer_steps([contestant]):
                 names = {"statement": ["p50", "p90", "p99", "mean"], "off": ["off"], "throughput": ["throughput"]}
+                if step.turn:
+                    continue
                 for name in names[step.more["mode"]]:
-                    data.add("peers", {"name": step.prefix + name, "unit": "ns", "better": "lower", "own": 1500},
-                             **step.more, figure=name)
+                    peer_figure(data, step, name, [1500] * 3 if step.turn is None else [[1500] * run.ROUNDS] * 3)
         data.save(self.path("peers.json"))
         return self.path("peers.json")
 
@@ -303,18 +430,28 @@ class Publishing(Folder):
         text = publish.with_section(self.DOCUMENT, lines)
         self.assertTrue(text.startswith("before\n<!-- peers -->\nMeasured on 2026-01-02"))
         self.assertTrue(text.endswith("|\n<!-- end of peers -->\nafter\n"))
-        self.assertIn("medians of 3 repetitions", text)
+        self.assertIn(f"medians of 3 repetitions. Messages/s: medians of {run.ROUNDS} rounds in each repetition.", text)
         self.assertIn("| ours | 1.50 / 1.50 |", text)
         self.assertIn("| spdlog, appending | 1.50 / 1.50 |", text)
         self.assertNotIn("old", text)
         self.assertNotIn("busy", text)
 
+    def test_a_file_without_rounds_is_published_as_one(self):
+        data = results.load(self.peers_file())
+        for figure in data.data["figures"]:
+            figure.pop("rounds", None)
+        lines = publish.section(data)
+        self.assertIn("Messages/s: measured once in each repetition.", lines[0])
+        self.assertIn("| messages/s, 1 thread: ours, of the best library's | at least 1.2 | 1.00 | 1.00 | 1.00 | 0 of 3 |", lines)
+
     def test_figures_of_a_busy_machine_are_marked(self):
         disturbed = {"step": "x", "share": 1, "busiest": "y"}
-        lines = publish.section(results.load(self.peers_file([disturbed] * 4)))
-        self.assertIn("The machine was busy in 4 of the steps", lines[0])
-        lines = publish.section(results.load(self.peers_file([disturbed] * 3)))
-        self.assertIn("more than 5 % of a core in 3 of 66 steps", lines[0])
+        # 10 steps in each of the 3 repetitions, and 12 in each of their rounds.
+        steps = 3 * (10 + 12 * run.ROUNDS)
+        lines = publish.section(results.load(self.peers_file([disturbed] * (steps // 20 + 1))))
+        self.assertIn(f"The machine was busy in {steps // 20 + 1} of the steps", lines[0])
+        lines = publish.section(results.load(self.peers_file([disturbed] * (steps // 20))))
+        self.assertIn(f"more than 5 % of a core in {steps // 20} of {steps} steps", lines[0])
         self.assertNotIn("busy", lines[0])
 
     def test_each_run_is_held_against_the_targets(self):
@@ -328,10 +465,10 @@ class Publishing(Folder):
             for step in run.peer_steps([contestant]):
                 if step.more["appending"] != appending or step.more["threads"] != 1 or not step.more["flushed"]:
                     continue
-                for name in {"statement": ("p50", "p99", "mean"), "throughput": ("throughput",)}.get(step.more["mode"], ()):
-                    for value in rates[contestant, appending] if name == "throughput" else values:
-                        data.add("peers", {"name": step.prefix + name, "unit": "ns", "better": "lower", "own": value},
-                                 **step.more, figure=name)
+                if step.turn == 0:
+                    peer_figure(data, step, "throughput", [[rate] for rate in rates[contestant, appending]])
+                for name in ("p50", "p99", "mean") if step.more["mode"] == "statement" else ():
+                    peer_figure(data, step, name, values)
         lines = tables.target_table(data)
         self.assertEqual(lines[0], "| | target | run 1 | run 2 | reached in |")
         self.assertIn("| p50, 1 thread: ours, of spdlog's | at most 1 | 0.67 | 1.50 | 1 of 2 |", lines)
