@@ -14,7 +14,7 @@ using namespace vek::test;
 // How long it is watched that nothing happens.
 constexpr DWORD observeMs = 300;
 
-// Its description is a megabyte.
+// Its description nearly fills a telegram.
 class WordySink final : public log::Sink {
   public:
     WordySink() : Sink(config) {}
@@ -22,7 +22,7 @@ class WordySink final : public log::Sink {
     using Sink::store;
     void store(const log::Message&) override {}
     int type() const override { return -1; }
-    std::string id() const override { return std::string(1 << 20, 'x'); }
+    std::string id() const override { return std::string(16'000, 'x'); }
 
   private:
     const log::SinkConfig config;
@@ -59,12 +59,14 @@ class ClientHarm : public LogServiceTest {
 
 TEST_F(ClientHarm, UnreadAnswersAboutSinksBlockTheLogUntilTheClientEnds) {
     const vek_test::LogCapture sink(manager);
-    manager.addSink(new WordySink);
+    for (int i = 0; i < 64; ++i) {
+        manager.addSink(new WordySink);
+    }
     log::Logger& logger = *manager.getLogger("x");
     ServiceClient client(port);
     EXPECT_EQ(client.ask("change-scope:"), "change-scope:ack");
     std::unique_ptr<Blocked> loggerMaker;
-    // The system's buffers take several answers.
+    // Each answer is a megabyte; the system's buffers take several.
     for (int i = 0; i < 1000 && loggerMaker == nullptr; ++i) {
         client.send("evidence-info:");
         auto maker = std::make_unique<Blocked>([this] { manager.getLogger("late"); });
