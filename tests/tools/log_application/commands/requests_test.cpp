@@ -70,7 +70,7 @@ TEST_F(RequestsTest, SetPutsTheEarlierLevelsBackAfterATime) {
 }
 
 TEST_F(RequestsTest, SetForATimeSaysIfTheProcessHasEndedMeanwhile) {
-    ToolRun run("set a=TRACE --for 2s " + demo.connect());
+    ToolRun run("set a=TRACE --for 4s " + demo.connect());
     ASSERT_TRUE(run.waitForErrors("come back"));
     demo.process().terminate();
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));

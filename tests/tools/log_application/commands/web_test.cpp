@@ -232,7 +232,7 @@ TEST_F(WebTest, AProcessThatEndsAndReturnsIsFollowedAgain) {
     HttpPeer peer(page.port);
     peer.write(page.get("events"));
     peer.readUntil("\"tick ");
-    service.reset();
+    service->kill();
     const std::string ending = peer.readUntil("\"state\":\"ended\"");
     EXPECT_TRUE(ending.ends_with("\"ended\"")) << ending;
     service = std::make_unique<ServiceProcess>("idle", name, ticking);

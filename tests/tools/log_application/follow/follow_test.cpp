@@ -70,7 +70,7 @@ TEST_F(FollowTest, SaysThatAKilledProcessHasEnded) {
     ServiceProcess demo("idle", ownName("demo"), "default_level = \"INFO\";");
     ToolRun run("tail --name " + demo.name);
     ASSERT_TRUE(run.waitForOutput("tick"));
-    demo.process().terminate();
+    demo.kill();
     EXPECT_EQ(run.wait(), static_cast<DWORD>(exitLost));
     EXPECT_TRUE(holds(run.errors(), demo.label() + " has ended\n")) << run.errors();
 }
@@ -83,6 +83,7 @@ TEST_F(FollowTest, WaitsForAProcessAndFollowsTheNextOneOfItsName) {
         ServiceProcess first("idle", name, "default_level = \"INFO\";");
         EXPECT_TRUE(run.waitForErrors("following " + first.label())) << run.errors();
         EXPECT_TRUE(run.waitForOutput("tick")) << run.errors();
+        first.kill();
     }
     EXPECT_TRUE(run.waitForErrors(" has ended")) << run.errors();
     ServiceProcess second("idle", name, "default_level = \"INFO\";");

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "tests/support/files.h"
+#include "tests/support/turns.h"
 #include "tools/log_application/finding/discovery.h"
 #include "vek/base/environment.h"
 
@@ -52,6 +53,15 @@ ServiceProcess::ServiceProcess(const std::string& mode, const std::string& proce
 
 std::string ServiceProcess::label() const {
     return name + " (" + std::to_string(run->processId()) + ")";
+}
+
+void ServiceProcess::kill() {
+    constexpr int turns = 30;
+    run->suspendMainThread();
+    for (int i = 0; i < turns; ++i) {
+        support::letTurnPass();
+    }
+    run->terminate();
 }
 
 ServiceProcess::~ServiceProcess() {

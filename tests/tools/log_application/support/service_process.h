@@ -28,6 +28,12 @@ class ServiceProcess : public vek::NoCopy {
 
     ToolRun& process() { return *run; }
 
+    // Ends it by TerminateProcess in the midst of its work, in a way that its peers see it. Wine
+    // keeps the sockets of a process for good if it is killed in the moment in which `select` has
+    // found one ready and not yet returned. So nothing more is logged first, and what has been
+    // logged gets the time to be sent: then `select` waits.
+    void kill();
+
     // "demo (4242)".
     std::string label() const;
 

@@ -78,13 +78,14 @@ ToolRun::ToolRun(const std::string& tail, const std::string& program, HANDLE out
     if (created == 0) {
         throw vek::FsError(path, failure);
     }
-    CloseHandle(started.hThread);
     process = started.hProcess;
+    mainThread = started.hThread;
     id = started.dwProcessId;
 }
 
 ToolRun::~ToolRun() {
     terminate();
+    CloseHandle(mainThread);
     CloseHandle(process);
     support::waitUntil([this] { return DeleteFileA(outputPath.c_str()) != 0; }, 2000);
     support::waitUntil([this] { return DeleteFileA(errorPath.c_str()) != 0; }, 2000);
@@ -100,6 +101,10 @@ DWORD ToolRun::wait(DWORD limit) {
 void ToolRun::terminate() {
     TerminateProcess(process, 99);
     WaitForSingleObject(process, limitMs);
+}
+
+void ToolRun::suspendMainThread() {
+    SuspendThread(mainThread);
 }
 
 std::string ToolRun::output() const {

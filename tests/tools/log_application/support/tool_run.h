@@ -43,10 +43,14 @@ class ToolRun : public vek::NoCopy {
     // Calls TerminateProcess.
     void terminate();
 
+    // Stops its main thread for good. Calls SuspendThread.
+    void suspendMainThread();
+
   private:
     const std::string outputPath;
     const std::string errorPath;
     HANDLE process = nullptr;
+    HANDLE mainThread = nullptr;
     DWORD id = 0;
 };
 
