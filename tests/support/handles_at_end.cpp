@@ -2,9 +2,10 @@
 // and names them.
 //
 // One kind is not counted: the event of a std::mutex, or of a mutex of the runtime, in static
-// storage. The runtime makes it when a thread first has to wait for the mutex, and never closes it.
-// The event of a mutex elsewhere is counted. Nor is what the system's libraries keep for
-// themselves: see isSystemsOwn.
+// storage. The runtime makes it when a thread first has to wait for the mutex, and closes it behind
+// main, or never for an object that is not destroyed, such as log::Manager::instance(). The event
+// of a mutex elsewhere is counted. Nor is what the system's libraries keep for themselves: see
+// isSystemsOwn.
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>

@@ -1,5 +1,5 @@
-// vek::StdMutex, vek::MemberStdMutex and vek::StdGuard: std::mutex and std::unique_lock, with the
-// annotations that let the compiler check their use (see vek/base/compiler.h).
+// vek::StdMutex and vek::StdGuard: std::mutex and std::unique_lock, with the annotations that let
+// the compiler check their use (see vek/base/compiler.h).
 #pragma once
 
 #include <condition_variable>
@@ -10,8 +10,7 @@
 
 namespace vek {
 
-// Throws std::system_error as std::mutex does. For variables, which other threads may use until the
-// process ends: its destructor does nothing.
+// Throws std::system_error as std::mutex does.
 class VEK_CAPABILITY StdMutex : public NoCopy {
   public:
     void lock() VEK_ACQUIRE() { mutex.lock(); }      // blocks until no other thread holds it
@@ -22,18 +21,8 @@ class VEK_CAPABILITY StdMutex : public NoCopy {
 
   private:
     friend class StdGuard;
-    friend class MemberStdMutex;
 
     std::mutex mutex;
-};
-
-// For objects that come and go. The destructor frees what the runtime has allocated at the first
-// lock, and the event that it has opened if a thread had to wait; that of std::mutex doesn't. No
-// thread may hold the mutex then.
-class VEK_CAPABILITY MemberStdMutex : public StdMutex {
-  public:
-    MemberStdMutex() = default;
-    ~MemberStdMutex();
 };
 
 // Holds a StdMutex for a scope.

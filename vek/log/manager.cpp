@@ -17,12 +17,15 @@ Manager::~Manager() {
 
 Manager& Manager::instance() {
     struct Instance {
-        // Deliberately never deleted: other threads may be in the middle of a statement when the
+        // Deliberately never destroyed: other threads may be in the middle of a statement when the
         // process ends.
-        Manager& manager = *new Manager;
+        union {
+            Manager manager;
+        };
+        Instance() : manager() {}
         ~Instance() { manager.end(); }
     };
-    static const Instance instance;
+    static Instance instance;
     return instance.manager;
 }
 

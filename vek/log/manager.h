@@ -180,7 +180,7 @@ class Manager : public thread::Runnable, public NoCopy {
     vek::thread::Thread thread;
     // Held during each dispatch. Locked before a sink's own locks and before the configurator's,
     // and never together with the queue's.
-    mutable MemberStdMutex mutex;
+    mutable StdMutex mutex;
     std::uint32_t pid VEK_GUARDED_BY(mutex);
     LevelSource* configurator VEK_GUARDED_BY(mutex) = nullptr;
     // From before a `shutdown`, muted. Kept for threads that still use them, and for `getLogger`.
@@ -191,7 +191,7 @@ class Manager : public thread::Runnable, public NoCopy {
     // The destructor runs, or the process ends.
     bool ending VEK_GUARDED_BY(mutex) = false;
     // Guards the starting and joining of the worker. Locked before all others.
-    MemberStdMutex lifecycle;
+    StdMutex lifecycle;
 };
 
 }  // namespace vek::log

@@ -91,7 +91,7 @@ class LogCapture {
 
   private:
     struct State {
-        vek::MemberStdMutex mutex;
+        vek::StdMutex mutex;
         std::condition_variable changed;
         std::vector<Captured> messages;
         bool sinkDestroyed = false;

@@ -215,4 +215,12 @@ TEST_F(Memory, MessageThatTheQueueHasNoMemoryForIsDestroyed) {
     EXPECT_EQ(CountedMessage::count, queued);
 }
 
+// Variables are where the end of the checked build's tests looks for mutexes that live until the
+// process ends: the runtime keeps the event of one for which a thread has waited.
+TEST(ManagerOfTheProcess, IsAVariable) {
+    MEMORY_BASIC_INFORMATION area = {};
+    ASSERT_NE(VirtualQuery(&Manager::instance(), &area, sizeof area), 0u);
+    EXPECT_EQ(area.AllocationBase, GetModuleHandleA(nullptr));
+}
+
 }  // namespace

@@ -35,7 +35,7 @@ class SharedErrors {
   private:
     class Buffer : public std::streambuf {
       public:
-        mutable vek::MemberStdMutex mutex;
+        mutable vek::StdMutex mutex;
         mutable std::condition_variable changed;
         std::string written;
 

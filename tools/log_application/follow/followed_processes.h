@@ -24,7 +24,7 @@ class FollowedProcesses : public vek::NoCopy {
     }
 
   private:
-    vek::MemberStdMutex lock;
+    vek::StdMutex lock;
     std::set<Endpoint> endpoints VEK_GUARDED_BY(lock);
 };
 

@@ -65,7 +65,7 @@ class Follower : public vek::thread::Runnable, public vek::NoCopy {
     const std::size_t source;
     const Selection selection;
     std::optional<Process> process;  // used on the thread alone
-    mutable vek::MemberStdMutex shownLock;
+    mutable vek::StdMutex shownLock;
     std::optional<Process> shownProcess VEK_GUARDED_BY(shownLock);
     bool wasConnected = false;
     vek::thread::Thread thread;

@@ -2,9 +2,10 @@
 #include "tools/log_application/web/http_server.h"
 
 #include <condition_variable>
-#include <mutex>
+#include <memory>
 #include <thread>
 
+#include "vek/base/std_mutex.h"
 #include "vek/base/windows.h"
 // Connections that wait to be accepted.
 #define CPPHTTPLIB_LISTEN_BACKLOG 32
@@ -97,22 +98,22 @@ class ConnectionThreads : public httplib::TaskQueue {
 
     void enqueue(std::function<void()> serve) override {
         {
-            const std::lock_guard guard(lock);
-            refusing = running >= limit;
-            running += refusing ? 0 : 1;
+            const vek::StdGuard guard(threads->lock);
+            refusing = threads->running >= limit;
+            threads->running += refusing ? 0 : 1;
         }
         if (!refusing) {
             try {
-                std::thread([this, serve] {
+                std::thread([threads = threads, serve] {
                     serve();
-                    const std::lock_guard guard(lock);
-                    --running;
-                    ended.notify_all();
+                    const vek::StdGuard guard(threads->lock);
+                    --threads->running;
+                    threads->ended.notify_all();
                 }).detach();
                 return;
             } catch (const std::system_error&) {
-                const std::lock_guard guard(lock);
-                --running;
+                const vek::StdGuard guard(threads->lock);
+                --threads->running;
                 refusing = true;
             }
         }
@@ -121,16 +122,23 @@ class ConnectionThreads : public httplib::TaskQueue {
     }
 
     void shutdown() override {
-        std::unique_lock guard(lock);
-        ended.wait(guard, [this] { return running == 0; });
+        vek::StdGuard guard(threads->lock);
+        while (threads->running != 0) {
+            threads->ended.wait(guard.forWait());
+        }
     }
 
   private:
+    // Each thread owns a share: the last one may still be unlocking when `shutdown` returns.
+    struct Threads {
+        vek::StdMutex lock;
+        std::condition_variable ended;
+        std::size_t running VEK_GUARDED_BY(lock) = 0;
+    };
+
     const std::size_t limit;
     bool& refusing;  // used by the accepting thread alone
-    std::mutex lock;
-    std::condition_variable ended;
-    std::size_t running = 0;
+    const std::shared_ptr<Threads> threads = std::make_shared<Threads>();
 };
 
 }  // namespace

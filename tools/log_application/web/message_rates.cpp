@@ -1,7 +1,5 @@
 #include "tools/log_application/web/message_rates.h"
 
-#include <mutex>
-
 namespace log_application {
 
 void MessageRates::count(std::int64_t second, std::optional<vek::log::Level> level) {

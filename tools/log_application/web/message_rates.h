@@ -4,11 +4,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <optional>
 #include <vector>
 
 #include "vek/base/no_copy.h"
-#include "vek/base/std_mutex.h"
 #include "vek/log/level.h"
 
 namespace log_application {
@@ -35,7 +35,7 @@ class MessageRates : public vek::NoCopy {
         Second counts = {};
     };
 
-    mutable vek::MemberStdMutex lock;
+    mutable std::mutex lock;
     // Each second has one place, at its number modulo the size.
     std::array<Slot, secondsKept> slots;
 };

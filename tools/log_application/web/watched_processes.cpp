@@ -1,7 +1,6 @@
 #include "tools/log_application/web/watched_processes.h"
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
 #include "tools/log_application/finding/host_search.h"

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,7 +18,6 @@
 #include "tools/log_application/follow/line_queue.h"
 #include "tools/log_application/program/stop_signal.h"
 #include "tools/log_application/web/timed_levels.h"
-#include "vek/base/std_mutex.h"
 
 namespace log_application {
 
@@ -93,7 +93,7 @@ class WatchedProcesses : public vek::thread::Runnable, public vek::NoCopy {
     LineQueue& queue;
     FollowedProcesses followed;
     std::atomic<std::uint64_t> changeCount = 1;
-    mutable vek::MemberStdMutex lock;
+    mutable std::mutex lock;
     std::map<std::size_t, Watched>
         processes;  // guarded by `lock`; the thread alone adds and removes
     std::map<std::size_t, std::string> names;  // guarded by `lock`; also of removed ones
