@@ -83,6 +83,11 @@ void openWhatStays() {
     }
 }
 
+bool isOpen(std::uintptr_t value) {
+    DWORD flags = 0;
+    return GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0;
+}
+
 // The type of the object and its name, as far as the system gives them.
 std::string describe(std::uintptr_t value) {
     using NtQueryObject = LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*);
@@ -186,11 +191,12 @@ class HandlesAtEnd : public testing::Environment {
 
     void TearDown() override {
         using Clock = std::chrono::steady_clock;
-        std::set<std::uintptr_t> more;
+        // Once: on a busy machine it takes seconds.
+        std::set<std::uintptr_t> more = support::openHandles();
         // Threads that have been waited for may still be about to close what they had.
-        const auto limit = Clock::now() + std::chrono::seconds(3);
+        const auto limit = Clock::now() + std::chrono::seconds(10);
         do {
-            more = support::openHandles();
+            std::erase_if(more, [](std::uintptr_t value) { return !isOpen(value); });
             if (more.size() > before_.size()) {
                 for (const std::uintptr_t event : eventsOfStaticMutexes()) {
                     more.erase(before_.contains(event) ? 0 : event);
