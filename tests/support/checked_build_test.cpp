@@ -1,6 +1,8 @@
 // That the checked build finds the faults that it is made for: each is made here on purpose, in a
 // process of its own.
+#include <chrono>
 #include <climits>
+#include <condition_variable>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -113,6 +115,17 @@ TEST(CheckedBuild, DoesNotCountTheEventOfAMutexInAVariable) {
     waitFor(mutex);
 }
 
+void waitFor(std::condition_variable& condition) {
+    std::mutex mutex;
+    std::unique_lock<std::mutex> held(mutex);
+    condition.wait_for(held, std::chrono::milliseconds(1));
+}
+
+TEST(CheckedBuild, DoesNotCountTheSemaphoresOfAConditionInAVariable) {
+    static std::condition_variable condition;
+    waitFor(condition);
+}
+
 // These fail the program that they run in, at its end: CTest runs each by itself and expects that.
 TEST(LeftHandle, DISABLED_IsOpenAtTheEnd) {
     ASSERT_NE(CreateEventA(nullptr, TRUE, FALSE, "left open"), nullptr);
@@ -120,6 +133,10 @@ TEST(LeftHandle, DISABLED_IsOpenAtTheEnd) {
 
 TEST(LeftHandle, DISABLED_IsThatOfAMutexOnTheHeap) {
     waitFor(*new std::mutex);
+}
+
+TEST(LeftHandle, DISABLED_AreThoseOfAConditionOnTheHeap) {
+    waitFor(*new std::condition_variable);
 }
 
 }  // namespace

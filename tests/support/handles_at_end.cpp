@@ -136,9 +136,27 @@ bool isMutexWithEvent(const FreeMutex* mutex) {
            mutex->owner == static_cast<DWORD>(-1);
 }
 
-// The events of the mutexes in the program's variables.
-std::set<std::uintptr_t> eventsOfStaticMutexes() {
-    std::set<std::uintptr_t> events;
+// What a pthread_cond_t points to in the runtime.
+struct Condition {
+    unsigned valid;  // `validCondition`
+    int busy;
+    LONG waiters[3];
+    CRITICAL_SECTION locks[2];
+    LONG queued;
+    CRITICAL_SECTION blockLock;
+    LONG blocked;
+    HANDLE semaphores[2];
+};
+constexpr unsigned validCondition = 0xC0BAB1FD;
+
+bool isCondition(const Condition* condition) {
+    return reinterpret_cast<std::uintptr_t>(condition) % alignof(Condition) == 0 &&
+           isReadable(condition, sizeof *condition) && condition->valid == validCondition;
+}
+
+// The events of the mutexes in the program's variables, and the semaphores of the conditions.
+std::set<std::uintptr_t> handlesOfStaticLocks() {
+    std::set<std::uintptr_t> handles;
     const auto* const image = reinterpret_cast<const char*>(GetModuleHandleA(nullptr));
     const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(image);
     const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(image + dos->e_lfanew);
@@ -150,14 +168,21 @@ std::set<std::uintptr_t> eventsOfStaticMutexes() {
             continue;
         }
         const auto* const words =
-            reinterpret_cast<const FreeMutex* const*>(image + section->VirtualAddress);
+            reinterpret_cast<const void* const*>(image + section->VirtualAddress);
         for (std::size_t word = 0; word < section->Misc.VirtualSize / sizeof *words; ++word) {
-            if (isMutexWithEvent(words[word])) {
-                events.insert(reinterpret_cast<std::uintptr_t>(words[word]->event));
+            const auto* const mutex = static_cast<const FreeMutex*>(words[word]);
+            if (isMutexWithEvent(mutex)) {
+                handles.insert(reinterpret_cast<std::uintptr_t>(mutex->event));
+            }
+            const auto* const condition = static_cast<const Condition*>(words[word]);
+            if (isCondition(condition)) {
+                for (const HANDLE semaphore : condition->semaphores) {
+                    handles.insert(reinterpret_cast<std::uintptr_t>(semaphore));
+                }
             }
         }
     }
-    return events;
+    return handles;
 }
 
 // Whether the described object is one that a library of the system opens when it is first needed,
@@ -198,8 +223,8 @@ class HandlesAtEnd : public testing::Environment {
         do {
             std::erase_if(more, [](std::uintptr_t value) { return !isOpen(value); });
             if (more.size() > before_.size()) {
-                for (const std::uintptr_t event : eventsOfStaticMutexes()) {
-                    more.erase(before_.contains(event) ? 0 : event);
+                for (const std::uintptr_t handle : handlesOfStaticLocks()) {
+                    more.erase(before_.contains(handle) ? 0 : handle);
                 }
                 std::erase_if(more, [&](std::uintptr_t value) {
                     return !before_.contains(value) && isSystemsOwn(describe(value));
