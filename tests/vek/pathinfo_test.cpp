@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/processor_time.h"
 #include "tests/vek/temporary_directory.h"
 #include "vek/base/host_name.h"
 #include "vek/base/text.h"
@@ -271,19 +272,19 @@ TEST_F(PathInfoTest, ThousandsOfKeysTakeNoTime) {
         const std::string number = std::to_string(i);
         content += "key" + number + (i % 2 == 0 ? "=%WINDIR%\\" : "={key0}\\") + number + "\n";
     }
-    const auto start = std::chrono::steady_clock::now();
+    const support::ProcessorTime time;
     EXPECT_EQ(valueOf(content, "key3999"), "C:\\base\\3999");
     // It took 13 seconds when each value was searched for each key.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_LT(time.used(), std::chrono::seconds(5));
 }
 
 TEST_F(PathInfoTest, HostileValuesTakeNoTime) {
-    const auto start = std::chrono::steady_clock::now();
+    const support::ProcessorTime time;
     const std::string many(20000, '{');
     EXPECT_EQ(valueOf("a=1\nb=" + many + "}\n", "b"), many + "}");
     const std::string signs(20000, '%');
     EXPECT_EQ(valueOf("a=1\nb=" + signs + "\n", "b"), signs);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_LT(time.used(), std::chrono::seconds(5));
 }
 
 TEST_F(PathInfoTest, Utf16FileIsReportedAsSuch) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/processor_time.h"
 #include "tests/vek/temporary_directory.h"
 #include "vek/base/text.h"
 #include "vek/exception.h"
@@ -106,7 +107,7 @@ TEST(IniReader, KeepsTheOrderThatTheSimpleWayGives) {
 }
 
 TEST(IniReader, ReadsManyRepeatedKeysInNoTime) {
-    const auto start = std::chrono::steady_clock::now();
+    const support::ProcessorTime time;
     IniReader reader;
     for (int round = 0; round < 2; ++round) {
         for (int i = 0; i < 20000; ++i) {
@@ -116,7 +117,7 @@ TEST(IniReader, ReadsManyRepeatedKeysInNoTime) {
     EXPECT_EQ(reader.entries().size(), 20000u);
     EXPECT_EQ(reader.entries().front().second, "1");
     // It took more than ten seconds when each line went through all entries.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_LT(time.used(), std::chrono::seconds(5));
 }
 
 }  // namespace
