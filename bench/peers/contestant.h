@@ -53,6 +53,7 @@ struct Contestant {
     void (*open)(const Setup&);
     void (*close)();
     void (*runOff)(int count);
+    // Logs `count` statements with the numbers from `first` on.
     void (*runOn)(int first, int count);
     // Stores the time of each statement, in ticks.
     void (*runTimed)(int count, std::uint64_t* times);

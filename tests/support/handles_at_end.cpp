@@ -1,11 +1,11 @@
 // Fails a test program of the checked build that ends with more open handles than it began with,
 // and names them.
 //
-// One kind is not counted: the event of a std::mutex, or of a mutex of the runtime, in static
-// storage. The runtime makes it when a thread first has to wait for the mutex, and closes it behind
-// main, or never for an object that is not destroyed, such as log::Manager::instance(). The event
-// of a mutex elsewhere is counted. Nor is what the system's libraries keep for themselves: see
-// isSystemsOwn.
+// Not counted are the event of a std::mutex, or of a mutex of the runtime, and the semaphores of a
+// std::condition_variable, in static storage. The runtime makes them when a thread first has to
+// wait, and closes them behind main, or never for an object that is not destroyed, such as
+// log::Manager::instance(). Those of objects elsewhere are counted. Nor is what the system's
+// libraries keep for themselves: see isSystemsOwn.
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
